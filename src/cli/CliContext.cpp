@@ -1,0 +1,32 @@
+#include "CliContext.h"
+
+#include "Brevano.h"
+#include "BrevanoData.h"
+
+void CliContext::loadStore()
+{
+    m_data.loadDataFile();
+    m_engine.linkSaveData(m_data.saveData());
+    if (!m_data.loadError().isEmpty()) {
+        m_err << "brevano: warning: " << m_data.pathForDataFile()
+              << " could not be read (" << m_data.loadError()
+              << "); using the defaults. It is kept as Brevano.data.bad at the next save.\n";
+        m_err.flush();
+    }
+}
+
+bool CliContext::saveStore()
+{
+    QString error;
+    if (m_data.saveDataFile(&error))
+        return true;
+    fail(QStringLiteral("could not save %1: %2").arg(m_data.pathForDataFile(), error), Failed);
+    return false;
+}
+
+int CliContext::fail(const QString &message, ExitCode code)
+{
+    m_err << "brevano: " << message << '\n';
+    m_err.flush();
+    return code;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+#include <QTextStream>
+
+class Brevano;
+class BrevanoData;
+
+// What a subcommand works with: the store and engine, loaded from the data file,
+// and the two output streams.
+class CliContext
+{
+public:
+    enum ExitCode { Success = 0, Failed = 1, BadUsage = 2 };
+
+    CliContext(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
+        : m_data(data), m_engine(engine), m_out(out), m_err(err)
+    {
+    }
+
+    BrevanoData &data() { return m_data; }
+    Brevano &engine() { return m_engine; }
+    QTextStream &out() { return m_out; }
+    QTextStream &err() { return m_err; }
+
+    // Loads the data file and links the engine to it; warns when the file could
+    // not be read and defaults are used.
+    void loadStore();
+    // Saves the data file; on failure says why and answers false.
+    bool saveStore();
+    // Prints "brevano: message" on standard error and returns code.
+    int fail(const QString &message, ExitCode code);
+
+private:
+    BrevanoData &m_data;
+    Brevano &m_engine;
+    QTextStream &m_out;
+    QTextStream &m_err;
+};

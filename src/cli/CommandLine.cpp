@@ -1,0 +1,74 @@
+#include "CommandLine.h"
+
+#include "BrevanoData.h"
+#include "CliContext.h"
+#include "ConsoleAlertPresenter.h"
+#include "FiltersCommand.h"
+#include "GetCommand.h"
+#include "IgnoreCommand.h"
+#include "PathsCommand.h"
+#include "SetCommand.h"
+
+CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
+    : m_data(data), m_engine(engine), m_out(out), m_err(err)
+{
+    m_commands.push_back(std::make_unique<PathsCommand>());
+    m_commands.push_back(std::make_unique<GetCommand>());
+    m_commands.push_back(std::make_unique<SetCommand>());
+    m_commands.push_back(std::make_unique<IgnoreCommand>());
+    m_commands.push_back(std::make_unique<FiltersCommand>());
+}
+
+CommandLine::~CommandLine() = default;
+
+QString CommandLine::usage() const
+{
+    QString text = QStringLiteral("Usage: brevano [COMMAND [ARGUMENTS...]]\n\n"
+                                  "Keeps the Desktop clear by moving its items to the Shadow "
+                                  "Desktop.\nWith no command, starts the tray application.\n\n"
+                                  "Commands:\n");
+    for (const auto &command : m_commands)
+        text += QStringLiteral("  %1 %2\n").arg(command->name(), -10).arg(command->summary());
+    text += QStringLiteral("\nbrevano COMMAND --help tells more of each. Exit status: 0 success, "
+                           "1 an operation failed, 2 bad usage.\n");
+    return text;
+}
+
+Command *CommandLine::find(const QString &name) const
+{
+    for (const auto &command : m_commands) {
+        if (command->name() == name)
+            return command.get();
+    }
+    return nullptr;
+}
+
+int CommandLine::run(const QStringList &args)
+{
+    CliContext context(m_data, m_engine, m_out, m_err);
+    const QString name = args.value(0);
+    if (name == u"--help" || name == u"-h" || name == u"help") {
+        const Command *topic = find(args.value(1));
+        m_out << (topic ? topic->help() : usage());
+        return CliContext::Success;
+    }
+    if (name == u"--version") {
+        m_out << "brevano " << BrevanoData::getAppVersion() << '\n';
+        return CliContext::Success;
+    }
+    Command *command = find(name);
+    if (!command) {
+        m_err << "brevano: unknown command \"" << name << "\"\n\n" << usage();
+        return CliContext::BadUsage;
+    }
+    const QStringList rest = args.mid(1);
+    if (rest.contains(QStringLiteral("--help")) || rest.contains(QStringLiteral("-h"))) {
+        m_out << command->help();
+        return CliContext::Success;
+    }
+    ConsoleAlertPresenter alerts(m_err);
+    m_data.setAlertPresenter(&alerts);
+    const int status = command->run(context, rest);
+    m_data.setAlertPresenter(nullptr);
+    return status;
+}

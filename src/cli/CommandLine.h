@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Command.h"
+
+#include <QTextStream>
+
+#include <memory>
+#include <vector>
+
+class BrevanoData;
+class Brevano;
+
+// "brevano COMMAND ...": finds the subcommand and runs it. Exit status 0 for
+// success, 1 when an operation failed, 2 for bad usage.
+class CommandLine
+{
+public:
+    CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err);
+    ~CommandLine();
+
+    // args without the program name.
+    int run(const QStringList &args);
+    QString usage() const;
+
+private:
+    Command *find(const QString &name) const;
+
+    BrevanoData &m_data;
+    Brevano &m_engine;
+    QTextStream &m_out;
+    QTextStream &m_err;
+    std::vector<std::unique_ptr<Command>> m_commands;
+};

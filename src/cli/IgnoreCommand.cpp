@@ -1,0 +1,79 @@
+#include "IgnoreCommand.h"
+
+#include "BrevanoData.h"
+#include "CliContext.h"
+
+#include <QDir>
+
+QString IgnoreCommand::summary() const
+{
+    return QStringLiteral("list, add or remove Desktop items a tidy never moves");
+}
+
+QString IgnoreCommand::help() const
+{
+    return QStringLiteral(
+        "Usage: brevano ignore list\n"
+        "       brevano ignore add PATH...\n"
+        "       brevano ignore remove PATH...\n\n"
+        "The ignore list holds items that lie directly on the Desktop; a tidy leaves\n"
+        "them where they are. Absolute paths are taken exactly as written; relative\n"
+        "ones are taken from the current folder. add skips (and reports) paths that\n"
+        "are not directly on the Desktop and exits 1 when it skipped any; the others\n"
+        "are added all the same.\n");
+}
+
+// Absolute paths stay as written, since the list compares text exactly.
+static QStringList fullPaths(const QStringList &paths)
+{
+    QStringList full;
+    for (const QString &path : paths)
+        full.append(QDir::isAbsolutePath(path) ? path : QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+    return full;
+}
+
+int IgnoreCommand::run(CliContext &context, const QStringList &args)
+{
+    const QString action = args.value(0);
+    const QStringList paths = args.mid(1);
+    if (action == u"list" && paths.isEmpty())
+        return list(context);
+    if ((action == u"add" || action == u"remove") && !paths.isEmpty())
+        return action == u"add" ? add(context, fullPaths(paths)) : remove(context, fullPaths(paths));
+    return context.fail(QStringLiteral("ignore takes list, add PATH... or remove PATH... "
+                                       "(see brevano ignore --help)"),
+                        CliContext::BadUsage);
+}
+
+int IgnoreCommand::add(CliContext &context, const QStringList &paths)
+{
+    context.loadStore();
+    const qsizetype skipped = context.data().addIgnoreFiles(paths);
+    if (!context.saveStore())
+        return CliContext::Failed;
+    return skipped > 0 ? CliContext::Failed : CliContext::Success;
+}
+
+int IgnoreCommand::remove(CliContext &context, const QStringList &paths)
+{
+    context.loadStore();
+    int status = CliContext::Success;
+    const PropertyDictionary ignored = context.data().getIgnoreFilesDictionary();
+    for (const QString &path : paths) {
+        if (!ignored.contains(path))
+            status = context.fail(QStringLiteral("not on the ignore list: %1").arg(path),
+                                  CliContext::Failed);
+    }
+    context.data().removeIgnoreFiles(paths);
+    if (!context.saveStore())
+        return CliContext::Failed;
+    return status;
+}
+
+int IgnoreCommand::list(CliContext &context)
+{
+    context.loadStore();
+    for (const QString &path : context.data().ignoreList().paths())
+        context.out() << path << '\n';
+    return CliContext::Success;
+}

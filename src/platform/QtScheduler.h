@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Scheduler.h"
+
+#include <QObject>
+
+#include <map>
+
+class QTimer;
+
+// Scheduler on the thread's Qt event loop. Its timers also fire while a menu or
+// a modal dialog runs its own loop.
+class QtScheduler : public QObject, public Scheduler
+{
+public:
+    explicit QtScheduler(QObject *parent = nullptr) : QObject(parent) {}
+    ~QtScheduler() override;
+
+    static QtScheduler &instance();
+
+    QDateTime now() const override { return QDateTime::currentDateTimeUtc(); }
+    TaskId schedule(std::chrono::milliseconds delay, Task task) override;
+    TaskId scheduleRepeating(std::chrono::milliseconds interval, Task task) override;
+    void cancel(TaskId id) override;
+
+private:
+    TaskId start(std::chrono::milliseconds interval, bool repeating, Task task);
+
+    TaskId m_nextId = 1;
+    std::map<TaskId, QTimer *> m_timers;
+};
