@@ -1,40 +1,55 @@
 #include "Calendar.h"
 
-#include <algorithm>
-#include <limits>
-
 #include <QTimeZone>
+
+#include <array>
+
+namespace {
+// About a million years in each unit: far inside QDate's range, far beyond any
+// date a file carries. Counts past it saturate instead of wrapping around.
+constexpr std::array<qint64, 6> kLimits{
+    qint64(1'000'000) * 366 * 24 * 60, // minutes
+    qint64(1'000'000) * 366 * 24,      // hours
+    qint64(1'000'000) * 366,           // days
+    qint64(1'000'000) * 53,            // weeks
+    qint64(1'000'000) * 12,            // months
+    qint64(1'000'000),                 // years
+};
+
+QDateTime saturated(qint64 count)
+{
+    return count > 0 ? QDateTime(QDate(1'000'000, 12, 31), QTime(23, 59, 59), QTimeZone::utc())
+                     : QDateTime(QDate(-1'000'000, 1, 1), QTime(0, 0), QTimeZone::utc());
+}
+} // namespace
 
 QDateTime Calendar::add(const QDateTime &date, qint64 count, Unit unit)
 {
+    if (count > kLimits[size_t(unit)] || count < -kLimits[size_t(unit)])
+        return saturated(count);
     const QDateTime local = date.toLocalTime();
-    // QDate spans about ±2^31 years; past that nothing is representable anyway.
-    static constexpr qint64 kLimit = qint64(std::numeric_limits<int>::max());
-    const auto clamped = [](qint64 value) { return int(std::clamp(value, -kLimit, kLimit)); };
     QDateTime result;
     switch (unit) {
     case Unit::Minute:
-        result = local.addSecs(std::clamp(count, -kLimit, kLimit) * 60);
+        result = local.addSecs(count * 60);
         break;
     case Unit::Hour:
-        result = local.addSecs(std::clamp(count, -kLimit, kLimit) * 3600);
+        result = local.addSecs(count * 3600);
         break;
     case Unit::Day:
-        result = local.addDays(std::clamp(count, -kLimit, kLimit));
+        result = local.addDays(count);
         break;
     case Unit::Week:
-        result = local.addDays(std::clamp(count, -kLimit / 7, kLimit / 7) * 7);
+        result = local.addDays(count * 7);
         break;
     case Unit::Month:
-        result = local.addMonths(clamped(count));
+        result = local.addMonths(int(count));
         break;
     case Unit::Year:
-        result = local.addYears(clamped(count));
+        result = local.addYears(int(count));
         break;
     }
-    if (!result.isValid() && count != 0) {
-        return count > 0 ? QDateTime(QDate(9999, 12, 31), QTime(23, 59, 59), QTimeZone::utc())
-                         : QDateTime(QDate(-9999, 1, 1), QTime(0, 0), QTimeZone::utc());
-    }
-    return result.isValid() ? result.toUTC() : date;
+    if (!result.isValid())
+        return count == 0 ? date : saturated(count);
+    return result.toUTC();
 }

@@ -10,6 +10,6 @@ class Calendar
 public:
     enum class Unit { Minute, Hour, Day, Week, Month, Year };
 
-    // An invalid result (out of range) saturates far in the past or future.
+    // Counts beyond about a million years saturate far in the past or future.
     static QDateTime add(const QDateTime &date, qint64 count, Unit unit);
 };

@@ -68,6 +68,8 @@ QString realText(double real)
         return QStringLiteral("nan");
     if (std::isinf(real))
         return real > 0 ? QStringLiteral("+infinity") : QStringLiteral("-infinity");
+    if (real == 0) // keeps the sign of -0.0
+        return std::signbit(real) ? QStringLiteral("-0.0") : QStringLiteral("0.0");
     return QString::number(real, 'g', QLocale::FloatingPointShortest);
 }
 

@@ -3,6 +3,8 @@
 #include "NotificationCenter.h"
 #include "TidyStatusSource.h"
 
+#include <cstdio>
+
 StatusDisplay::StatusDisplay(Scheduler &scheduler, NotificationCenter &notifications,
                              QObject *parent)
     : QObject(parent), m_scheduler(scheduler), m_notifications(notifications)
@@ -57,16 +59,25 @@ void StatusDisplay::updateTimeRemaining()
     scheduleTick(std::chrono::seconds(1));
 }
 
+// The C library's "%.0f" rounds halves to even (2.5 -> "2"); QString::asprintf
+// would round them up, so format with snprintf.
+static QString rounded(double value, const char *unit)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%.0f %s", value, unit);
+    return QString::fromLatin1(text);
+}
+
 QString StatusDisplay::timeRemainingText(qint64 seconds)
 {
     const double t = double(seconds);
     if (seconds <= 60)
-        return QString::asprintf("%.0f seconds", t);
+        return rounded(t, "seconds");
     if (seconds <= 3600)
-        return QString::asprintf("%.0f minutes", t / 60);
+        return rounded(t / 60, "minutes");
     if (seconds <= 86400)
-        return QString::asprintf("%.0f hours", t / 3600);
-    return QString::asprintf("%.0f days", t / 86400);
+        return rounded(t / 3600, "hours");
+    return rounded(t / 86400, "days");
 }
 
 QString StatusDisplay::nextTidyLine(qint64 seconds)

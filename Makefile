@@ -1,0 +1,49 @@
+# Brevano: every target installs the Debian packages it needs first.
+BUILD_DIR ?= build
+FUZZ_DIR ?= build-fuzz
+BUILD_TYPE ?= RelWithDebInfo
+SECONDS ?= 60
+JOBS ?= $(shell nproc)
+
+.PHONY: all deps configure build run test bench fuzz format clean
+
+all: build
+
+deps:
+	@scripts/install-deps.sh build
+
+$(BUILD_DIR)/build.ninja:
+	@scripts/install-deps.sh build
+	cmake -S . -B $(BUILD_DIR) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DBREVANO_WERROR=ON
+
+configure: $(BUILD_DIR)/build.ninja
+
+build: configure
+	@scripts/install-deps.sh build
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+
+run: build
+	@scripts/run.sh $(BUILD_DIR)/src/app/brevano
+
+test:
+	@scripts/install-deps.sh build test
+	@$(MAKE) --no-print-directory build
+	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+bench:
+	@scripts/install-deps.sh build bench
+	@$(MAKE) --no-print-directory build BUILD_TYPE=Release
+	@bench/run.sh $(BUILD_DIR)
+
+fuzz:
+	@scripts/install-deps.sh build fuzz
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DBREVANO_FUZZ=ON -DBREVANO_TESTS=OFF
+	cmake --build $(FUZZ_DIR) -j $(JOBS) --target fuzz_property_list
+	@fuzz/run.sh $(FUZZ_DIR) $(SECONDS)
+
+format:
+	clang-format -i $$(git ls-files '*.cpp' '*.h')
+
+clean:
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR)

@@ -1,0 +1,216 @@
+#include "SandboxHome.h"
+
+#include <QProcess>
+#include <QtTest>
+
+namespace {
+struct Result
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+} // namespace
+
+// Runs the built binary as a user would, in a sandbox HOME.
+class tst_Cli : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init() { m_sandbox = std::make_unique<SandboxHome>(); }
+    void pathsFollowHomeAndXdg();
+    void getPrintsDefaultsAndNeverWrites();
+    void setTypesAndSaves();
+    void setRejectsBadInput_data();
+    void setRejectsBadInput();
+    void ignoreCommands();
+    void filtersAndHelp();
+    void malformedDataFileIsKept();
+
+private:
+    Result run(const QStringList &args, const QString &workingDirectory = QString())
+    {
+        QProcess process;
+        process.setProcessEnvironment(QProcessEnvironment::systemEnvironment());
+        if (!workingDirectory.isEmpty())
+            process.setWorkingDirectory(workingDirectory);
+        process.start(QStringLiteral(BREVANO_BINARY), args);
+        if (!process.waitForFinished(30000))
+            qFatal("brevano did not finish");
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+    QByteArray dataFile() const
+    {
+        QFile file(m_sandbox->dataFile());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    std::unique_ptr<SandboxHome> m_sandbox;
+};
+
+void tst_Cli::pathsFollowHomeAndXdg()
+{
+    Result r = run({"paths"});
+    QCOMPARE(r.status, 0);
+    QCOMPARE(r.out, QStringLiteral("desktop: %1\nshadow-desktop: %2\ndata-file: %3\n")
+                        .arg(m_sandbox->desktop(), m_sandbox->shadowDesktop(), m_sandbox->dataFile()));
+    QVERIFY(!QFile::exists(m_sandbox->dataFile()));
+
+    m_sandbox->write(QStringLiteral(".config/user-dirs.dirs"), "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
+    qputenv("XDG_DATA_HOME", (m_sandbox->home() + "/data").toUtf8());
+    r = run({"paths"});
+    QVERIFY(r.out.startsWith(QStringLiteral("desktop: %1/Bureau\n").arg(m_sandbox->home())));
+    QVERIFY(r.out.contains(m_sandbox->home() + "/data/Brevano/Brevano.data"));
+    QCOMPARE(run({"paths", "extra"}).status, 2);
+}
+
+void tst_Cli::getPrintsDefaultsAndNeverWrites()
+{
+    const QList<QPair<const char *, const char *>> defaults{
+        {"TidyFrequency", "0"}, {"OverwriteMode", "3"},      {"QuickFiltersMode", "1"},
+        {"GrowlFileMoved", "false"}, {"GrowlEnabled", "true"}, {"Enabled", "false"},
+        {"LastTidy", "1970-01-01T00:00:00Z"}, {"VerboseOutput", "false"}, {"Tab", "0"}};
+    for (const auto &[key, value] : defaults) {
+        const Result r = run({"get", key});
+        QCOMPARE(r.status, 0);
+        QCOMPARE(r.out, QString::fromLatin1(value) + u'\n');
+    }
+    QCOMPARE(run({"get", "ShadowDesktopPath"}).out, m_sandbox->shadowDesktop() + u'\n');
+    const Result filters = run({"get", "QuickFilters"});
+    QVERIFY(filters.out.startsWith(u"<?xml"));
+    QVERIFY(filters.out.contains(u"<string>All Contents</string>"));
+    QVERIFY(!QFile::exists(m_sandbox->dataFile()));
+
+    const Result unknown = run({"get", "Nonsense"});
+    QCOMPARE(unknown.status, 2);
+    QVERIFY(unknown.err.contains(u"unknown key \"Nonsense\""));
+    QCOMPARE(run({"get"}).status, 2);
+}
+
+void tst_Cli::setTypesAndSaves()
+{
+    QCOMPARE(run({"set", "TidyFrequency", "4"}).status, 0);
+    QCOMPARE(run({"get", "TidyFrequency"}).out, QStringLiteral("4\n"));
+    QVERIFY(dataFile().contains("<key>TidyFrequency</key>\n\t<integer>4</integer>"));
+    QCOMPARE(run({"set", "IgnoreFolders", "yes"}).status, 0);
+    QCOMPARE(run({"get", "IgnoreFolders"}).out, QStringLiteral("true\n"));
+    QCOMPARE(run({"set", "Enabled", "true"}).status, 0);
+    QCOMPARE(run({"get", "Enabled"}).out, QStringLiteral("true\n"));
+    QVERIFY(dataFile().contains("<key>Enabled</key>\n\t\t<true/>"));
+    QCOMPARE(run({"set", "LastTidy", "2026-11-21T10:30:00+01:00"}).status, 0);
+    QCOMPARE(run({"get", "LastTidy"}).out, QStringLiteral("2026-11-21T09:30:00Z\n"));
+    QCOMPARE(run({"set", "VerboseOutput", "true"}).status, 0);
+    QCOMPARE(run({"get", "VerboseOutput"}).out, QStringLiteral("false\n"));
+
+    const QString folder = m_sandbox->home() + "/Shadow";
+    QDir().mkpath(folder);
+    QCOMPARE(run({"set", "ShadowDesktopPath", folder + "/"}).status, 0);
+    QCOMPARE(run({"get", "ShadowDesktopPath"}).out, folder + u'\n');
+    QCOMPARE(run({"paths"}).out.section(u'\n', 1, 1), QStringLiteral("shadow-desktop: ") + folder);
+    QCOMPARE(run({"set", "ShadowDesktopPath", ""}).status, 0);
+    QCOMPARE(run({"get", "ShadowDesktopPath"}).out, m_sandbox->shadowDesktop() + u'\n');
+    // Settings set earlier survive later saves.
+    QCOMPARE(run({"get", "TidyFrequency"}).out, QStringLiteral("4\n"));
+}
+
+void tst_Cli::setRejectsBadInput_data()
+{
+    QTest::addColumn<QStringList>("args");
+    QTest::addColumn<QString>("message");
+    QTest::newRow("word for integer") << QStringList{"set", "TidyFrequency", "soon"}
+                                      << "TidyFrequency expects an unsigned integer";
+    QTest::newRow("negative") << QStringList{"set", "OverwriteMode", "-1"} << "OverwriteMode expects";
+    QTest::newRow("too large") << QStringList{"set", "Tab", "4294967296"} << "Tab expects";
+    QTest::newRow("not boolean") << QStringList{"set", "PinPanel", "maybe"}
+                                 << "PinPanel expects a boolean";
+    QTest::newRow("bad date") << QStringList{"set", "LastTidy", "yesterday"} << "LastTidy expects a date";
+    QTest::newRow("relative folder") << QStringList{"set", "ShadowDesktopPath", "rel"}
+                                     << "expects an absolute folder path";
+    QTest::newRow("missing folder") << QStringList{"set", "ShadowDesktopPath", "/no/such/folder"}
+                                    << "expects an existing folder";
+    QTest::newRow("the Desktop") << QStringList{"set", "ShadowDesktopPath", "DESKTOP"}
+                                 << "outside the Desktop";
+    QTest::newRow("read only") << QStringList{"set", "IgnoreFiles", "x"} << "not set from the command line";
+    QTest::newRow("unknown") << QStringList{"set", "Colour", "red"} << "unknown key \"Colour\"";
+    QTest::newRow("no value") << QStringList{"set", "TidyFrequency"} << "KEY and a VALUE";
+}
+
+void tst_Cli::setRejectsBadInput()
+{
+    QFETCH(QStringList, args);
+    QFETCH(QString, message);
+    args.replaceInStrings(QStringLiteral("DESKTOP"), m_sandbox->desktop());
+    const Result r = run(args);
+    QCOMPARE(r.status, 2);
+    QVERIFY2(r.err.contains(message), qPrintable(r.err));
+    QVERIFY(!QFile::exists(m_sandbox->dataFile()));
+}
+
+void tst_Cli::ignoreCommands()
+{
+    const QString d = m_sandbox->desktop();
+    QCOMPARE(run({"ignore", "add", d + "/b.txt", d + "/a.txt"}).status, 0);
+    Result r = run({"ignore", "add", d + "/c.txt", d + "/Sub/x.txt", u"/elsewhere/y"_qs});
+    QCOMPARE(r.status, 1);
+    QCOMPARE(r.err, QStringLiteral("Items must be contained directly within the Desktop to be "
+                                   "added to the Brevano ignore list. 2 files skipped\n"));
+    // A relative path is taken from the current folder.
+    QCOMPARE(run({"ignore", "add", "./Zed"}, d).status, 0);
+    QCOMPARE(run({"ignore", "list"}).out,
+             QStringList({d + "/Zed", d + "/a.txt", d + "/b.txt", d + "/c.txt", ""}).join(u'\n'));
+    QCOMPARE(run({"get", "IgnoreFiles"}).status, 0);
+
+    r = run({"ignore", "remove", d + "/a.txt", d + "/never.txt"});
+    QCOMPARE(r.status, 1);
+    QVERIFY(r.err.contains("not on the ignore list: " + d + "/never.txt"));
+    QVERIFY(!run({"ignore", "list"}).out.contains(u"/a.txt"));
+    QCOMPARE(run({"ignore"}).status, 2);
+    QCOMPARE(run({"ignore", "add"}).status, 2);
+    QCOMPARE(run({"ignore", "list", "extra"}).status, 2);
+}
+
+void tst_Cli::filtersAndHelp()
+{
+    const Result r = run({"filters"});
+    QCOMPARE(r.status, 0);
+    const QStringList lines = r.out.split(u'\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.size(), 11);
+    QCOMPARE(lines.at(0), QStringLiteral("All Contents\t"));
+    QCOMPARE(lines.at(9), QStringLiteral("Torrents\ttorrent,part"));
+    QVERIFY(!QFile::exists(m_sandbox->dataFile()));
+
+    for (const QStringList &args : {QStringList{"--help"}, QStringList{"help", "set"},
+                                    QStringList{"get", "--help"}, QStringList{"ignore", "--help"},
+                                    QStringList{"paths", "-h"}, QStringList{"filters", "--help"}}) {
+        const Result help = run(args);
+        QCOMPARE(help.status, 0);
+        QVERIFY(help.out.contains(u"Usage: brevano"));
+    }
+    QVERIFY(run({"get", "--help"}).out.contains(u"TidyFrequency"));
+    const Result unknown = run({"frobnicate"});
+    QCOMPARE(unknown.status, 2);
+    QVERIFY(unknown.err.contains(u"unknown command \"frobnicate\""));
+    QVERIFY(run({"--version"}).out.startsWith(u"brevano "));
+}
+
+void tst_Cli::malformedDataFileIsKept()
+{
+    const QByteArray broken = "<plist><dict><key>TidyFrequency</key>";
+    m_sandbox->write(QStringLiteral(".local/share/Brevano/Brevano.data"), broken);
+    Result r = run({"get", "TidyFrequency"});
+    QCOMPARE(r.status, 0);
+    QCOMPARE(r.out, QStringLiteral("0\n"));
+    QVERIFY(r.err.contains(u"could not be read"));
+    QCOMPARE(dataFile(), broken); // reading never writes
+    QCOMPARE(run({"set", "TidyFrequency", "2"}).status, 0);
+    QFile bad(m_sandbox->dataFile() + ".bad");
+    QVERIFY(bad.open(QIODevice::ReadOnly));
+    QCOMPARE(bad.readAll(), broken);
+    r = run({"get", "TidyFrequency"});
+    QCOMPARE(r.out, QStringLiteral("2\n"));
+    QCOMPARE(r.err, QString());
+}
+
+QTEST_GUILESS_MAIN(tst_Cli)
+#include "tst_Cli.moc"

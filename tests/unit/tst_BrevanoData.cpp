@@ -1,0 +1,403 @@
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "NotificationCenter.h"
+#include "PropertyListWriter.h"
+#include "SandboxHome.h"
+#include "VirtualScheduler.h"
+
+#include <QSignalSpy>
+
+#include <unistd.h>
+#include <QtTest>
+
+using namespace std::chrono_literals;
+
+// One store and engine over a sandbox HOME, on virtual time.
+struct Fixture
+{
+    SandboxHome sandbox;
+    VirtualScheduler scheduler;
+    NotificationCenter notifications;
+    BrevanoData data{scheduler, notifications};
+    Brevano engine{data, scheduler};
+
+    void load()
+    {
+        data.loadDataFile();
+        engine.linkSaveData(data.saveData());
+        data.setTidyStatusSource(&engine);
+    }
+    void writeDataFile(const PropertyDictionary &root) const
+    {
+        sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"),
+                      *PropertyListWriter::write(root));
+    }
+    QStringList filterNames() const
+    {
+        QStringList names;
+        for (const auto &item : data.filterItems())
+            names.append(item->getName());
+        return names;
+    }
+};
+
+class tst_BrevanoData : public QObject
+{
+    Q_OBJECT
+private slots:
+    void firstRunDefaults();
+    void quickFilterDefaultsFollowTheFile();
+    void gettersConvertWhatTheFileHolds();
+    void engineDictionaryIsSharedWithTheStore();
+    void saveIsAtomicAndKeepsUnknownKeys();
+    void malformedFileIsKeptAsBad();
+    void statusIcon();
+    void timeRemainingText_data();
+    void timeRemainingText();
+    void timeRemainingTicksInVirtualTime();
+    void scheduleDates();
+    void versionTexts();
+};
+
+void tst_BrevanoData::firstRunDefaults()
+{
+    Fixture f;
+    f.load();
+    QVERIFY(!QFile::exists(f.sandbox.dataFile())); // loading never writes
+    QCOMPARE(f.data.getCurrentPreferencesTab(), 0u);
+    QVERIFY(f.data.getShowWelcome());
+    QVERIFY(f.data.getGrowlEnabled() && f.data.getGrowlBeforeTidy() &&
+            f.data.getGrowlBeforeTidyOnlyIfFiles() && f.data.getGrowlOnComplete() &&
+            f.data.getGrowlOnEmpty() && f.data.getGrowlDeferredTidy() &&
+            f.data.getGrowlFileMoveFailed());
+    QVERIFY(!f.data.getGrowlFileMoved());
+    QCOMPARE(f.data.getOperationMode(), 0u);
+    QCOMPARE(f.data.getOverwriteMode(), 3u);
+    QCOMPARE(f.data.getQuickFiltersMode(), 1u);
+    QCOMPARE(f.data.getTidyFrequency(), 0u);
+    QCOMPARE(f.data.getLastTidyTime(), QDateTime::fromSecsSinceEpoch(0, QTimeZone::utc()));
+    QCOMPARE(f.data.getShadowDesktopPath(), f.sandbox.shadowDesktop());
+    QVERIFY(QFileInfo(f.sandbox.shadowDesktop()).isDir()); // the default folder is made
+    QVERIFY(!f.data.saveData().contains(QStringLiteral("ShadowDesktopPath")));
+    QVERIFY(f.data.getIgnoreHidden() && f.data.getAutoIgnoreRestoredFiles() &&
+            f.data.getShowTimeUntilTidy());
+    QVERIFY(!f.data.getIgnoreAliases() && !f.data.getIgnoreFolders() && !f.data.getPin());
+    QCOMPARE(f.data.getDateFilter(), 0u);
+    QVERIFY(!f.engine.getEnabled());
+
+    QCOMPARE(f.filterNames(),
+             (QStringList{"All Contents", "Images", "Documents", "Music", "Video", "3D Models",
+                          "Applications", "Web Design", "Packages", "Torrents", "Xcode"}));
+    const PropertyArray records = f.data.getQuickFilters();
+    QCOMPARE(records.size(), 11);
+    QCOMPARE(f.data.saveData().value(QStringLiteral("QuickFilterAllContents")).toString(),
+             records.at(0).toDictionary().value(QStringLiteral("UID")).toString());
+    QVERIFY(f.data.isDefaultFilter(*f.data.filterItems().at(0)));
+    QVERIFY(!f.data.isDefaultFilter(*f.data.filterItems().at(1)));
+    const PropertyDictionary images = records.at(1).toDictionary();
+    QCOMPARE(images.keys(), (QStringList{"FileExtensions", "Name", "Style", "UID"}));
+    QCOMPARE(images.value(QStringLiteral("Style")).toInt64(), 2);
+    QCOMPARE(images.value(QStringLiteral("UID")).toString().size(), 36);
+    QCOMPARE(images.value(QStringLiteral("UID")).toString(),
+             images.value(QStringLiteral("UID")).toString().toUpper());
+    QCOMPARE(f.data.filterItems().at(10)->getExtensionsText(), QStringLiteral("xcode,m,h,c,cpp"));
+    // Every item is the very record inside the store.
+    QVERIFY(f.data.filterItems().at(3)->dataDictionary().isSameObject(records.at(3).toDictionary()));
+
+    const PropertyDictionary engine = f.data.saveData().value(Brevano::SaveDataKey).toDictionary();
+    QCOMPARE(engine.value(QStringLiteral("Locations")).toArray().at(0).toString(),
+             f.sandbox.desktop());
+    QCOMPARE(engine.value(QStringLiteral("Rules")).toArray().size(), 0);
+}
+
+void tst_BrevanoData::quickFilterDefaultsFollowTheFile()
+{
+    {
+        // An empty list with the key stays empty.
+        Fixture f;
+        PropertyDictionary root;
+        root.insert(QStringLiteral("QuickFilters"), PropertyArray());
+        root.insert(QStringLiteral("QuickFilterAllContents"), QStringLiteral("GONE"));
+        f.writeDataFile(root);
+        f.load();
+        QCOMPARE(f.data.filterItems().size(), 0);
+        QCOMPARE(f.data.getQuickFilters().size(), 0);
+    }
+    {
+        // Filters but no key: exactly one new "All Contents" at the top.
+        Fixture f;
+        PropertyDictionary mine;
+        mine.insert(QStringLiteral("Name"), QStringLiteral("Mine"));
+        PropertyArray filters;
+        filters.append(mine);
+        PropertyDictionary root;
+        root.insert(QStringLiteral("QuickFilters"), filters);
+        f.writeDataFile(root);
+        f.load();
+        QCOMPARE(f.filterNames(), (QStringList{"All Contents", "Mine"}));
+        QVERIFY(f.data.isDefaultFilter(*f.data.filterItems().at(0)));
+        // Removing and adding keep the two lists parallel.
+        f.data.removeQuickFilter(2);
+        QCOMPARE(f.data.filterItems().size(), 2);
+        f.data.removeQuickFilter(0);
+        QCOMPARE(f.filterNames(), QStringList{"Mine"});
+        QCOMPARE(f.data.getQuickFilters().size(), 1);
+        auto added = std::make_shared<QuickFilterItem>();
+        added->setName(QStringLiteral("New"));
+        added->applyChanges();
+        f.data.addQuickFilter(added);
+        QCOMPARE(f.data.getQuickFilters().at(1).toDictionary().value(QStringLiteral("Name")).toString(),
+                 QStringLiteral("New"));
+        QVERIFY(!f.data.isDefaultFilter(*added));
+    }
+}
+
+void tst_BrevanoData::gettersConvertWhatTheFileHolds()
+{
+    Fixture f;
+    PropertyDictionary root;
+    root.insert(QStringLiteral("TidyFrequency"), qint64(4294967297)); // 2^32 + 1
+    root.insert(QStringLiteral("OverwriteMode"), qint64(-1));
+    root.insert(QStringLiteral("QuickFiltersMode"), QStringLiteral("2"));
+    root.insert(QStringLiteral("GrowlEnabled"), qint64(0));
+    root.insert(QStringLiteral("IgnoreFolders"), qint64(1));
+    root.insert(QStringLiteral("VerboseOutput"), true);
+    root.insert(QStringLiteral("LastTidy"), QStringLiteral("not a date"));
+    root.insert(QStringLiteral("ShadowDesktopPath"), QStringLiteral("relative/folder"));
+    f.writeDataFile(root);
+    f.load();
+    QCOMPARE(f.data.getTidyFrequency(), 1u);
+    QCOMPARE(f.data.getOverwriteMode(), 4294967295u);
+    QCOMPARE(f.data.getQuickFiltersMode(), 2u);
+    QVERIFY(!f.data.getGrowlEnabled());
+    QVERIFY(f.data.getIgnoreFolders());
+    QVERIFY(!f.data.getVerboseOutput());
+    QCOMPARE(f.data.getLastTidyTime().toSecsSinceEpoch(), 0);
+    QCOMPARE(f.data.getShadowDesktopPath(), f.sandbox.shadowDesktop());
+
+    f.data.setVerboseOutput(true);
+    QCOMPARE(f.data.saveData().value(QStringLiteral("VerboseOutput")), PropertyValue(true));
+    QVERIFY(!f.data.getVerboseOutput());
+    for (quint32 index : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 100u}) {
+        f.data.setTidyFrequency(index);
+        static const QStringList texts{"1 min",   "5 mins",  "10 mins", "30 mins",
+                                       "1 hour",  "3 hours", "8 hours", "1 days",
+                                       "7 days",  "Never",   "Never"};
+        QCOMPARE(f.data.getTidyIntervalText(), texts.at(qMin<int>(int(index), 10)));
+    }
+}
+
+void tst_BrevanoData::engineDictionaryIsSharedWithTheStore()
+{
+    Fixture f;
+    PropertyArray locations;
+    locations.append(QStringLiteral("/somewhere"));
+    locations.append(QStringLiteral("/elsewhere"));
+    PropertyArray rules;
+    rules.append(QStringLiteral("kept as it is"));
+    PropertyDictionary engine;
+    engine.insert(QStringLiteral("Locations"), locations);
+    engine.insert(QStringLiteral("Rules"), rules);
+    PropertyDictionary root;
+    root.insert(Brevano::SaveDataKey, engine);
+    f.writeDataFile(root);
+    f.load();
+    QCOMPARE(f.engine.getLocations(), locations); // existing lists are not replaced
+    QCOMPARE(f.engine.getCommonRules(), rules);
+    QVERIFY(f.engine.saveData().isSameObject(
+        f.data.saveData().value(Brevano::SaveDataKey).toDictionary()));
+    f.engine.setEnabled(true);
+    QVERIFY(f.data.saveDataFile());
+
+    Fixture again;
+    again.sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"), [&] {
+        QFile file(f.sandbox.dataFile());
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }());
+    again.load();
+    QVERIFY(again.engine.getEnabled());
+    QCOMPARE(again.engine.getCommonRules(), rules);
+}
+
+void tst_BrevanoData::saveIsAtomicAndKeepsUnknownKeys()
+{
+    Fixture f;
+    PropertyDictionary nested;
+    nested.insert(QStringLiteral("real"), 2.5);
+    nested.insert(QStringLiteral("data"), QByteArray("\x01\x02", 2));
+    PropertyDictionary root;
+    root.insert(QStringLiteral("SomeoneElses"), nested);
+    f.writeDataFile(root);
+    f.load();
+    f.data.setTidyFrequency(5);
+    f.data.setLastTidyTime(QDateTime(QDate(2026, 11, 21), QTime(10, 11, 12, 999), QTimeZone::utc()));
+    QVERIFY(f.data.saveDataFile());
+    // Nothing but the file itself is left in the folder.
+    QCOMPARE(QDir(f.sandbox.dataFolder()).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("Brevano.data")});
+    // A folder that cannot be written: the save fails and says why.
+    QFile::setPermissions(f.sandbox.dataFolder(), QFile::ReadOwner | QFile::ExeOwner);
+    QString error;
+    if (::geteuid() != 0) {
+        QVERIFY(!f.data.saveDataFile(&error));
+        QVERIFY(!error.isEmpty());
+    }
+    QFile::setPermissions(f.sandbox.dataFolder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+    Fixture reread;
+    reread.sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"), [&] {
+        QFile file(f.sandbox.dataFile());
+        file.open(QIODevice::ReadOnly);
+        return file.readAll();
+    }());
+    reread.load();
+    QCOMPARE(reread.data.saveData().value(QStringLiteral("SomeoneElses")), PropertyValue(nested));
+    QCOMPARE(reread.data.getTidyFrequency(), 5u);
+    QCOMPARE(reread.data.getLastTidyTime(),
+             QDateTime(QDate(2026, 11, 21), QTime(10, 11, 12), QTimeZone::utc()));
+    QCOMPARE(reread.data.filterItems().size(), 11); // not doubled on the second load
+
+}
+
+void tst_BrevanoData::malformedFileIsKeptAsBad()
+{
+    Fixture f;
+    const QByteArray broken = "<plist><dict><key>TidyFrequency</key><integer>4</inte";
+    f.sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"), broken);
+    f.sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data.bad"), "an older copy");
+    f.load();
+    QVERIFY(!f.data.loadError().isEmpty());
+    QCOMPARE(f.data.getTidyFrequency(), 0u); // first-run state
+    QCOMPARE(f.data.filterItems().size(), 11);
+    QVERIFY(f.data.saveDataFile());
+    QFile bad(f.sandbox.dataFile() + ".bad");
+    QVERIFY(bad.open(QIODevice::ReadOnly));
+    QCOMPARE(bad.readAll(), broken);
+    // Only the first save after the load sets the file aside.
+    QVERIFY(f.data.saveDataFile());
+    bad.seek(0);
+    QCOMPARE(QFile(f.sandbox.dataFile() + ".bad").size(), broken.size());
+
+    // A file whose top level is not a dictionary is malformed too.
+    Fixture g;
+    g.sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"),
+                    "<plist><array><true/></array></plist>");
+    g.load();
+    QVERIFY(g.data.loadError().contains(u"dictionary"));
+}
+
+void tst_BrevanoData::statusIcon()
+{
+    Fixture f;
+    f.load();
+    QSignalSpy spy(&f.data.statusDisplay(), &StatusDisplay::statusIconChanged);
+    f.data.setTidyFrequency(4);
+    f.data.updateStatusIcon();
+    QCOMPARE(f.data.currentStatusIcon(), 1);
+    QCOMPARE(spy.takeFirst(), (QVariantList{false, QStringLiteral("Tidy Periodically (Every 1 hour)"),
+                                            QStringLiteral("statusIconUserDisabled.png")}));
+    f.engine.setEnabled(true);
+    f.data.updateStatusIcon();
+    QCOMPARE(f.data.currentStatusIcon(), 0);
+    QCOMPARE(spy.takeFirst(), (QVariantList{true, QStringLiteral("Tidy Periodically (Every 1 hour)"),
+                                            QStringLiteral("statusIcon.png")}));
+    f.data.setStatusIcon(2); // stored, nothing else
+    QCOMPARE(f.data.currentStatusIcon(), 2);
+    QCOMPARE(spy.count(), 0);
+}
+
+void tst_BrevanoData::timeRemainingText_data()
+{
+    QTest::addColumn<qint64>("seconds");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("zero") << qint64(0) << "0 seconds";
+    QTest::newRow("one") << qint64(1) << "1 seconds";
+    QTest::newRow("59") << qint64(59) << "59 seconds";
+    QTest::newRow("60") << qint64(60) << "60 seconds";
+    QTest::newRow("61") << qint64(61) << "1 minutes";
+    QTest::newRow("90 rounds half to even") << qint64(90) << "2 minutes";
+    QTest::newRow("150 rounds half to even") << qint64(150) << "2 minutes";
+    QTest::newRow("3600") << qint64(3600) << "60 minutes";
+    QTest::newRow("3601") << qint64(3601) << "1 hours";
+    QTest::newRow("86400") << qint64(86400) << "24 hours";
+    QTest::newRow("86401") << qint64(86401) << "1 days";
+    QTest::newRow("7 days") << qint64(7 * 86400) << "7 days";
+}
+
+void tst_BrevanoData::timeRemainingText()
+{
+    QFETCH(qint64, seconds);
+    QFETCH(QString, text);
+    QCOMPARE(StatusDisplay::timeRemainingText(seconds), text);
+}
+
+void tst_BrevanoData::timeRemainingTicksInVirtualTime()
+{
+    Fixture f;
+    f.load();
+    QStringList lines;
+    f.notifications.observe(NotificationCenter::UpdateNextTidyText, this,
+                            [&](const QVariant &line) { lines.append(line.toString()); });
+    // Next check 61 s away, "LastTidy" long past: the check decides.
+    f.data.startUpdatingTimeRemaining();
+    QVERIFY(lines.isEmpty()); // the first tick waits for the next pass of the loop
+    f.scheduler.advance(0ms);
+    QCOMPARE(lines, QStringList{"Automatic tidy in 1 minutes"});
+    f.scheduler.advance(1000ms);
+    QCOMPARE(lines.last(), QStringLiteral("Automatic tidy in 60 seconds"));
+    f.scheduler.advance(100ms);
+    f.scheduler.advance(800ms); // 59.1 s left: truncated to 59
+    QCOMPARE(lines.size(), 2);
+    f.scheduler.advance(100ms);
+    QCOMPARE(lines.last(), QStringLiteral("Automatic tidy in 59 seconds"));
+    f.scheduler.advance(120s); // past the check: never below zero
+    QCOMPARE(lines.last(), QStringLiteral("Automatic tidy in 0 seconds"));
+    const qsizetype count = lines.size();
+    f.data.stopUpdatingTimeRemaining();
+    f.scheduler.advance(10s);
+    QCOMPARE(lines.size(), count);
+
+    // Two starts without a stop run two ticks; one stop ends both.
+    f.data.startUpdatingTimeRemaining();
+    f.data.startUpdatingTimeRemaining();
+    f.scheduler.advance(1000ms);
+    QCOMPARE(lines.size(), count + 4);
+    f.data.stopUpdatingTimeRemaining();
+    QCOMPARE(f.scheduler.pendingCount(), 0);
+}
+
+void tst_BrevanoData::scheduleDates()
+{
+    Fixture f;
+    f.load();
+    const QDateTime now = f.scheduler.now();
+    QCOMPARE(f.engine.nextCheckDate(), now.addSecs(61));
+    // "LastTidy" long past: the next check is the earliest tidy.
+    QCOMPARE(f.engine.getEarliestTidyDate(), now.addSecs(61));
+    f.data.setLastTidyTime(now);
+    f.data.setTidyFrequency(8);
+    QCOMPARE(f.engine.getEarliestTidyDate(), now.addDays(7));
+    f.data.setTidyFrequency(1);
+    QCOMPARE(f.engine.getNextTidyDate(), now.addSecs(300));
+    f.data.setTidyFrequency(42); // no period: due at once
+    QCOMPARE(f.engine.getNextTidyDate(), now);
+    // A day is a calendar day: across the autumn change in Berlin it lasts 25 hours.
+    const QDateTime beforeChange = QDateTime(QDate(2026, 10, 24), QTime(12, 0), QTimeZone::utc());
+    f.data.setLastTidyTime(beforeChange);
+    f.data.setTidyFrequency(7);
+    QCOMPARE(f.engine.getNextTidyDate(), beforeChange.addSecs(25 * 3600));
+}
+
+void tst_BrevanoData::versionTexts()
+{
+    QVERIFY(QRegularExpression(QStringLiteral("^\\d+\\.\\d+\\.\\d+ \\(\\d+\\)$"))
+                .match(BrevanoData::getAppVersion())
+                .hasMatch());
+    const QString os = BrevanoData::getOSVersion();
+    QVERIFY(os == u"Version Unobtainable" ||
+            QRegularExpression(QStringLiteral("^\\d+\\.\\d+\\.\\d+$")).match(os).hasMatch());
+}
+
+QTEST_GUILESS_MAIN(tst_BrevanoData)
+#include "tst_BrevanoData.moc"
