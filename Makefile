@@ -1,6 +1,7 @@
 # Brevano: every target installs the Debian packages it needs first.
 BUILD_DIR ?= build
 FUZZ_DIR ?= build-fuzz
+BENCH_DIR ?= build-bench
 BUILD_TYPE ?= RelWithDebInfo
 SECONDS ?= 60
 JOBS ?= $(shell nproc)
@@ -32,8 +33,8 @@ test:
 
 bench:
 	@scripts/install-deps.sh build bench
-	@$(MAKE) --no-print-directory build BUILD_TYPE=Release
-	@bench/run.sh $(BUILD_DIR)
+	@$(MAKE) --no-print-directory build BUILD_DIR=$(BENCH_DIR) BUILD_TYPE=Release
+	@bench/run.sh $(BENCH_DIR)
 
 fuzz:
 	@scripts/install-deps.sh build fuzz
@@ -46,4 +47,4 @@ format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
 
 clean:
-	rm -rf $(BUILD_DIR) $(FUZZ_DIR)
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(BENCH_DIR)

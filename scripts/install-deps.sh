@@ -6,7 +6,7 @@ set -euo pipefail
 build=(cmake ninja-build g++ make pkg-config qt6-base-dev)
 test=(libplist-dev python3 dbus)
 fuzz=(clang libclang-rt-14-dev)
-bench=(libplist-utils hyperfine)
+bench=(libplist-utils hyperfine time)
 
 wanted=("${build[@]}")
 for target in "$@"; do

@@ -1,8 +1,9 @@
 #include "PropertyListReader.h"
 
+#include "XmlEscape.h"
+
 #include <QTimeZone>
 #include <QXmlStreamReader>
-#include <QXmlStreamWriter>
 
 namespace {
 
@@ -273,23 +274,42 @@ std::optional<QString> TreeBuilder::readText()
 }
 
 // Copies an element we do not model, with everything inside it, as XML text.
+// Comments and processing instructions inside it are dropped.
 std::optional<UnknownElement> TreeBuilder::readUnknown()
 {
     QString xmlText;
-    QXmlStreamWriter copy(&xmlText);
-    copy.writeCurrentToken(m_xml);
-    int depth = 1;
-    while (depth > 0 && !m_xml.atEnd()) {
-        const auto token = m_xml.readNext();
-        if (token == QXmlStreamReader::StartElement && ++depth + int(m_stack.size()) > m_maxDepth) {
-            fail(QStringLiteral("nested deeper than %1 levels").arg(m_maxDepth));
-            return std::nullopt;
-        }
-        if (token == QXmlStreamReader::EndElement)
+    int depth = 0;
+    do {
+        switch (m_xml.tokenType()) {
+        case QXmlStreamReader::StartElement:
+            if (++depth + int(m_stack.size()) > m_maxDepth) {
+                fail(QStringLiteral("nested deeper than %1 levels").arg(m_maxDepth));
+                return std::nullopt;
+            }
+            xmlText += u'<';
+            xmlText += m_xml.qualifiedName();
+            for (const QXmlStreamAttribute &attribute : m_xml.attributes()) {
+                xmlText += u' ';
+                xmlText += attribute.qualifiedName();
+                xmlText += u"=\"";
+                XmlEscape::appendAttribute(xmlText, attribute.value());
+                xmlText += u'"';
+            }
+            xmlText += u'>';
+            break;
+        case QXmlStreamReader::Characters:
+            XmlEscape::appendText(xmlText, m_xml.text());
+            break;
+        case QXmlStreamReader::EndElement:
             --depth;
-        if (token != QXmlStreamReader::Invalid)
-            copy.writeCurrentToken(m_xml);
-    }
+            xmlText += u"</";
+            xmlText += m_xml.qualifiedName();
+            xmlText += u'>';
+            break;
+        default:
+            break;
+        }
+    } while (depth > 0 && !m_xml.atEnd() && m_xml.readNext() != QXmlStreamReader::Invalid);
     if (depth > 0) {
         fail(QStringLiteral("line %1: %2").arg(m_xml.lineNumber()).arg(m_xml.errorString()));
         return std::nullopt;

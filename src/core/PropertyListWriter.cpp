@@ -1,5 +1,7 @@
 #include "PropertyListWriter.h"
 
+#include "XmlEscape.h"
+
 #include <cmath>
 
 namespace {
@@ -19,36 +21,7 @@ private:
     QString m_out;
 };
 
-bool allowedInXml(char32_t c)
-{
-    return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) ||
-           (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF);
-}
-
-void XmlOutput::escaped(QStringView text)
-{
-    for (char32_t c : text.toUcs4()) {
-        switch (c) {
-        case '&':
-            m_out += u"&amp;";
-            break;
-        case '<':
-            m_out += u"&lt;";
-            break;
-        case '>':
-            m_out += u"&gt;";
-            break;
-        case '\r': // a raw carriage return would be read back as a line feed
-            m_out += u"&#13;";
-            break;
-        default:
-            if (allowedInXml(c))
-                m_out += QString::fromUcs4(&c, 1);
-            else
-                m_out += QChar(QChar::ReplacementCharacter);
-        }
-    }
-}
+void XmlOutput::escaped(QStringView text) { XmlEscape::appendText(m_out, text); }
 
 void XmlOutput::element(int depth, QStringView name, QStringView text)
 {

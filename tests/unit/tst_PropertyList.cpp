@@ -128,7 +128,8 @@ void tst_PropertyList::unknownElementsSurvive()
 {
     const QByteArray xml = document(
         "<dict><key>future</key><uid attr=\"1\">7<inner>a &amp; b</inner></uid>"
-        "<key>list</key><array><integer>1</integer><whatever/></array></dict>");
+        "<key>list</key><array><integer>1</integer><whatever/></array>"
+        "<key>escapes</key><x q='a\"&#9;&#10;&#13;'>t&#13;&lt;<!-- dropped --></x></dict>");
     const auto value = readXml(xml);
     QVERIFY(value);
     const PropertyDictionary root = value->toDictionary();
@@ -137,6 +138,7 @@ void tst_PropertyList::unknownElementsSurvive()
     const auto written = PropertyListWriter::write(root);
     QVERIFY(written);
     QVERIFY(written->contains("<uid attr=\"1\">7<inner>a &amp; b</inner></uid>"));
+    QVERIFY(written->contains("<x q=\"a&quot;&#9;&#10;&#13;\">t&#13;&lt;</x>"));
     QCOMPARE(readXml(*written)->toDictionary(), root);
 }
 
