@@ -1,45 +1,62 @@
 #include "XmlEscape.h"
 
-#include <QList>
-
-static bool allowedInXml(char32_t c)
+// The reference for c, or nothing when c is written as it is.
+static QStringView replacement(char16_t c, bool attribute)
 {
-    return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) ||
-           (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF);
+    switch (c) {
+    case u'&':
+        return u"&amp;";
+    case u'<':
+        return u"&lt;";
+    case u'>':
+        return u"&gt;";
+    case u'\r': // a raw carriage return is read back as a line feed
+        return u"&#13;";
+    case u'"':
+        return attribute ? QStringView(u"&quot;") : QStringView();
+    case u'\n':
+        return attribute ? QStringView(u"&#10;") : QStringView();
+    case u'\t':
+        return attribute ? QStringView(u"&#9;") : QStringView();
+    default:
+        return {};
+    }
 }
 
+// Copies runs of plain text whole; only markup, line ends and characters XML
+// cannot carry (control characters, lone surrogates, U+FFFE/U+FFFF) are replaced.
 static void append(QString &out, QStringView text, bool attribute)
 {
-    for (char32_t c : text.toUcs4()) {
-        switch (c) {
-        case '&':
-            out += u"&amp;";
-            break;
-        case '<':
-            out += u"&lt;";
-            break;
-        case '>':
-            out += u"&gt;";
-            break;
-        case '\r': // a raw carriage return is read back as a line feed
-            out += u"&#13;";
-            break;
-        case '"':
-            out += attribute ? u"&quot;" : u"\"";
-            break;
-        case '\n':
-            out += attribute ? u"&#10;" : u"\n";
-            break;
-        case '\t':
-            out += attribute ? u"&#9;" : u"\t";
-            break;
-        default:
-            if (allowedInXml(c))
-                out += QString::fromUcs4(&c, 1);
+    out.reserve(out.size() + text.size());
+    qsizetype runStart = 0;
+    const auto flush = [&](qsizetype end) { out += text.mid(runStart, end - runStart); };
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        QStringView instead;
+        bool skipPair = false;
+        if (c < 0x20 || c == u'&' || c == u'<' || c == u'>' || c == u'"') {
+            instead = replacement(c, attribute);
+            if (instead.isNull() && c < 0x20 && c != u'\t' && c != u'\n')
+                instead = u"\uFFFD";
+        } else if (QChar::isHighSurrogate(c)) {
+            if (i + 1 < text.size() && QChar::isLowSurrogate(text[i + 1].unicode()))
+                skipPair = true;
             else
-                out += QChar(QChar::ReplacementCharacter);
+                instead = u"\uFFFD";
+        } else if (QChar::isLowSurrogate(c) || c == 0xFFFE || c == 0xFFFF) {
+            instead = u"\uFFFD";
         }
+        if (skipPair) {
+            ++i;
+            continue;
+        }
+        if (instead.isNull())
+            continue;
+        flush(i);
+        out += instead;
+        runStart = i + 1;
     }
+    flush(text.size());
 }
 
 void XmlEscape::appendText(QString &out, QStringView text) { append(out, text, false); }
