@@ -10,7 +10,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     PropertyListReader reader;
-    const auto value = reader.read(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
+    const auto value =
+        reader.read(QByteArray(reinterpret_cast<const char *>(data), qsizetype(size)));
     if (!value)
         return 0;
     const auto written = PropertyListWriter::write(*value);

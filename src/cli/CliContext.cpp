@@ -8,8 +8,8 @@ void CliContext::loadStore()
     m_data.loadDataFile();
     m_engine.linkSaveData(m_data.saveData());
     if (!m_data.loadError().isEmpty()) {
-        m_err << "brevano: warning: " << m_data.pathForDataFile()
-              << " could not be read (" << m_data.loadError()
+        m_err << "brevano: warning: " << m_data.pathForDataFile() << " could not be read ("
+              << m_data.loadError()
               << "); using the defaults. It is kept as Brevano.data.bad at the next save.\n";
         m_err.flush();
     }

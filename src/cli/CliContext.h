@@ -11,7 +11,12 @@ class BrevanoData;
 class CliContext
 {
 public:
-    enum ExitCode { Success = 0, Failed = 1, BadUsage = 2 };
+    enum ExitCode
+    {
+        Success = 0,
+        Failed = 1,
+        BadUsage = 2
+    };
 
     CliContext(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
         : m_data(data), m_engine(engine), m_out(out), m_err(err)

@@ -3,7 +3,10 @@
 #include "BrevanoData.h"
 #include "CliContext.h"
 
-QString FiltersCommand::summary() const { return QStringLiteral("list the quick filters"); }
+QString FiltersCommand::summary() const
+{
+    return QStringLiteral("list the quick filters");
+}
 
 QString FiltersCommand::help() const
 {

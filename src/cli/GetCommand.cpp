@@ -3,7 +3,10 @@
 #include "CliContext.h"
 #include "SettingKeys.h"
 
-QString GetCommand::summary() const { return QStringLiteral("print a setting"); }
+QString GetCommand::summary() const
+{
+    return QStringLiteral("print a setting");
+}
 
 QString GetCommand::help() const
 {
@@ -24,12 +27,10 @@ int GetCommand::run(CliContext &context, const QStringList &args)
                             CliContext::BadUsage);
     const SettingKeys::Key *key = SettingKeys::find(args.first());
     if (!key)
-        return context.fail(
-            QStringLiteral("unknown key \"%1\" (brevano get --help lists the keys)")
-                .arg(args.first()),
-            CliContext::BadUsage);
+        return context.fail(QStringLiteral("unknown key \"%1\" (brevano get --help lists the keys)")
+                                .arg(args.first()),
+                            CliContext::BadUsage);
     context.loadStore();
-    context.out() << SettingKeys::format(*key, key->get(context.data(), context.engine()))
-                  << '\n';
+    context.out() << SettingKeys::format(*key, key->get(context.data(), context.engine())) << '\n';
     return CliContext::Success;
 }

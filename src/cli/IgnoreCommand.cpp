@@ -28,7 +28,9 @@ static QStringList fullPaths(const QStringList &paths)
 {
     QStringList full;
     for (const QString &path : paths)
-        full.append(QDir::isAbsolutePath(path) ? path : QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+        full.append(QDir::isAbsolutePath(path)
+                        ? path
+                        : QDir::cleanPath(QDir::current().absoluteFilePath(path)));
     return full;
 }
 
@@ -39,7 +41,8 @@ int IgnoreCommand::run(CliContext &context, const QStringList &args)
     if (action == u"list" && paths.isEmpty())
         return list(context);
     if ((action == u"add" || action == u"remove") && !paths.isEmpty())
-        return action == u"add" ? add(context, fullPaths(paths)) : remove(context, fullPaths(paths));
+        return action == u"add" ? add(context, fullPaths(paths))
+                                : remove(context, fullPaths(paths));
     return context.fail(QStringLiteral("ignore takes list, add PATH... or remove PATH... "
                                        "(see brevano ignore --help)"),
                         CliContext::BadUsage);

@@ -3,15 +3,18 @@
 #include "CliContext.h"
 #include "SettingKeys.h"
 
-QString SetCommand::summary() const { return QStringLiteral("change a setting and save it"); }
+QString SetCommand::summary() const
+{
+    return QStringLiteral("change a setting and save it");
+}
 
 QString SetCommand::help() const
 {
-    QString text = QStringLiteral(
-        "Usage: brevano set KEY VALUE\n\n"
-        "Sets KEY to VALUE and saves the data file. A value of the wrong type\n"
-        "changes nothing. ShadowDesktopPath takes an existing folder outside the\n"
-        "Desktop, or \"\" for the default.\n\nKeys:\n");
+    QString text =
+        QStringLiteral("Usage: brevano set KEY VALUE\n\n"
+                       "Sets KEY to VALUE and saves the data file. A value of the wrong type\n"
+                       "changes nothing. ShadowDesktopPath takes an existing folder outside the\n"
+                       "Desktop, or \"\" for the default.\n\nKeys:\n");
     for (const SettingKeys::Key &key : SettingKeys::all()) {
         if (key.set)
             text +=
@@ -27,18 +30,18 @@ int SetCommand::run(CliContext &context, const QStringList &args)
                             CliContext::BadUsage);
     const SettingKeys::Key *key = SettingKeys::find(args.at(0));
     if (!key)
-        return context.fail(
-            QStringLiteral("unknown key \"%1\" (brevano set --help lists the keys)").arg(args.at(0)),
-            CliContext::BadUsage);
+        return context.fail(QStringLiteral("unknown key \"%1\" (brevano set --help lists the keys)")
+                                .arg(args.at(0)),
+                            CliContext::BadUsage);
     if (!key->set)
         return context.fail(QStringLiteral("%1 is not set from the command line").arg(key->name),
                             CliContext::BadUsage);
     QString expected;
     const auto value = SettingKeys::parse(*key, args.at(1), expected);
     if (!value)
-        return context.fail(QStringLiteral("%1 expects %2, not \"%3\"")
-                                .arg(key->name, expected, args.at(1)),
-                            CliContext::BadUsage);
+        return context.fail(
+            QStringLiteral("%1 expects %2, not \"%3\"").arg(key->name, expected, args.at(1)),
+            CliContext::BadUsage);
     context.loadStore();
     key->set(context.data(), context.engine(), *value);
     return context.saveStore() ? CliContext::Success : CliContext::Failed;

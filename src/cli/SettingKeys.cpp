@@ -12,71 +12,69 @@ namespace {
 
 using Key = SettingKeys::Key;
 using Type = SettingKeys::Type;
-using Getter = bool (BrevanoData::*)() const;
-using Setter = void (BrevanoData::*)(bool);
-using UGetter = quint32 (BrevanoData::*)() const;
-using USetter = void (BrevanoData::*)(quint32);
-
-Key boolKey(const char *name, Getter get, Setter set)
+// A key read and written through one of the store's typed getters and setters.
+template <typename T>
+Key storeKey(const char *name, T (BrevanoData::*get)() const, void (BrevanoData::*set)(T))
 {
-    return {QString::fromUtf8(name), Type::Boolean,
-            [get](BrevanoData &data, Brevano &) { return PropertyValue((data.*get)()); },
+    constexpr bool isBool = std::is_same_v<T, bool>;
+    return {QString::fromUtf8(name), isBool ? Type::Boolean : Type::Unsigned,
+            [get](BrevanoData &data, Brevano &) {
+                if constexpr (isBool)
+                    return PropertyValue((data.*get)());
+                else
+                    return PropertyValue(qint64((data.*get)()));
+            },
             [set](BrevanoData &data, Brevano &, const PropertyValue &value) {
-                (data.*set)(value.boolValue(false));
-            }};
-}
-
-Key unsignedKey(const char *name, UGetter get, USetter set)
-{
-    return {QString::fromUtf8(name), Type::Unsigned,
-            [get](BrevanoData &data, Brevano &) { return PropertyValue(qint64((data.*get)())); },
-            [set](BrevanoData &data, Brevano &, const PropertyValue &value) {
-                (data.*set)(quint32(value.toUInt64()));
+                if constexpr (isBool)
+                    (data.*set)(value.boolValue(false));
+                else
+                    (data.*set)(quint32(value.toUInt64()));
             }};
 }
 
 Key structureKey(const QString &name)
 {
-    return {name, Type::Structure,
-            [name](BrevanoData &data, Brevano &) { return data.saveData().value(name); }, {}};
+    return {name,
+            Type::Structure,
+            [name](BrevanoData &data, Brevano &) { return data.saveData().value(name); },
+            {}};
 }
 
 std::vector<Key> makeKeys()
 {
     return {
         structureKey(QuickFilterList::QuickFiltersKey),
-        {QuickFilterList::AllContentsKey, Type::String,
+        {QuickFilterList::AllContentsKey,
+         Type::String,
          [](BrevanoData &data, Brevano &) {
-             return PropertyValue(data.saveData().value(QuickFilterList::AllContentsKey).toString());
+             return PropertyValue(
+                 data.saveData().value(QuickFilterList::AllContentsKey).toString());
          },
          {}},
         structureKey(IgnoreList::Key),
         structureKey(Brevano::SaveDataKey),
-        unsignedKey("Tab", &BrevanoData::getCurrentPreferencesTab,
-                    &BrevanoData::setCurrentPreferencesTab),
-        boolKey("ShowWelcome2.0", &BrevanoData::getShowWelcome, &BrevanoData::setShowWelcome),
-        boolKey("GrowlEnabled", &BrevanoData::getGrowlEnabled, &BrevanoData::setGrowlEnabled),
-        boolKey("GrowlBeforeTidy", &BrevanoData::getGrowlBeforeTidy,
-                &BrevanoData::setGrowlBeforeTidy),
-        boolKey("GrowlBeforeTidyOnlyIfFiles", &BrevanoData::getGrowlBeforeTidyOnlyIfFiles,
-                &BrevanoData::setGrowlBeforeTidyOnlyIfFiles),
-        boolKey("GrowlOnComplete", &BrevanoData::getGrowlOnComplete,
-                &BrevanoData::setGrowlOnComplete),
-        boolKey("GrowlOnEmpty", &BrevanoData::getGrowlOnEmpty, &BrevanoData::setGrowlOnEmpty),
-        boolKey("GrowlDeferredStart", &BrevanoData::getGrowlDeferredTidy,
-                &BrevanoData::setGrowlDeferredTidy),
-        boolKey("GrowlFileMoved", &BrevanoData::getGrowlFileMoved,
-                &BrevanoData::setGrowlFileMoved),
-        boolKey("GrowlFileMoveFailed", &BrevanoData::getGrowlFileMoveFailed,
-                &BrevanoData::setGrowlFileMoveFailed),
-        unsignedKey("OperationMode", &BrevanoData::getOperationMode,
-                    &BrevanoData::setOperationMode),
-        unsignedKey("OverwriteMode", &BrevanoData::getOverwriteMode,
-                    &BrevanoData::setOverwriteMode),
-        unsignedKey("QuickFiltersMode", &BrevanoData::getQuickFiltersMode,
-                    &BrevanoData::setQuickFiltersMode),
-        unsignedKey("TidyFrequency", &BrevanoData::getTidyFrequency,
-                    &BrevanoData::setTidyFrequency),
+        storeKey("Tab", &BrevanoData::getCurrentPreferencesTab,
+                 &BrevanoData::setCurrentPreferencesTab),
+        storeKey("ShowWelcome2.0", &BrevanoData::getShowWelcome, &BrevanoData::setShowWelcome),
+        storeKey("GrowlEnabled", &BrevanoData::getGrowlEnabled, &BrevanoData::setGrowlEnabled),
+        storeKey("GrowlBeforeTidy", &BrevanoData::getGrowlBeforeTidy,
+                 &BrevanoData::setGrowlBeforeTidy),
+        storeKey("GrowlBeforeTidyOnlyIfFiles", &BrevanoData::getGrowlBeforeTidyOnlyIfFiles,
+                 &BrevanoData::setGrowlBeforeTidyOnlyIfFiles),
+        storeKey("GrowlOnComplete", &BrevanoData::getGrowlOnComplete,
+                 &BrevanoData::setGrowlOnComplete),
+        storeKey("GrowlOnEmpty", &BrevanoData::getGrowlOnEmpty, &BrevanoData::setGrowlOnEmpty),
+        storeKey("GrowlDeferredStart", &BrevanoData::getGrowlDeferredTidy,
+                 &BrevanoData::setGrowlDeferredTidy),
+        storeKey("GrowlFileMoved", &BrevanoData::getGrowlFileMoved,
+                 &BrevanoData::setGrowlFileMoved),
+        storeKey("GrowlFileMoveFailed", &BrevanoData::getGrowlFileMoveFailed,
+                 &BrevanoData::setGrowlFileMoveFailed),
+        storeKey("OperationMode", &BrevanoData::getOperationMode, &BrevanoData::setOperationMode),
+        storeKey("OverwriteMode", &BrevanoData::getOverwriteMode, &BrevanoData::setOverwriteMode),
+        storeKey("QuickFiltersMode", &BrevanoData::getQuickFiltersMode,
+                 &BrevanoData::setQuickFiltersMode),
+        storeKey("TidyFrequency", &BrevanoData::getTidyFrequency, &BrevanoData::setTidyFrequency),
         {QStringLiteral("LastTidy"), Type::Date,
          [](BrevanoData &data, Brevano &) { return PropertyValue(data.getLastTidyTime()); },
          [](BrevanoData &data, Brevano &, const PropertyValue &value) {
@@ -86,20 +84,18 @@ std::vector<Key> makeKeys()
          [](BrevanoData &data, Brevano &) { return PropertyValue(data.getShadowDesktopPath()); },
          [](BrevanoData &data, Brevano &, const PropertyValue &value) {
              // An empty path goes back to the default folder.
-             data.setShadowDesktopPath(value.toString().isEmpty() ? QString()
-                                                                  : value.toString());
+             data.setShadowDesktopPath(value.toString().isEmpty() ? QString() : value.toString());
          }},
-        boolKey("IgnoreHidden", &BrevanoData::getIgnoreHidden, &BrevanoData::setIgnoreHidden),
-        boolKey("IgnoreAliases", &BrevanoData::getIgnoreAliases, &BrevanoData::setIgnoreAliases),
-        boolKey("IgnoreFolders", &BrevanoData::getIgnoreFolders, &BrevanoData::setIgnoreFolders),
-        boolKey("AutoIgnoreRestoredFiles", &BrevanoData::getAutoIgnoreRestoredFiles,
-                &BrevanoData::setAutoIgnoreRestoredFiles),
-        boolKey("ShowTimeUntilTidy", &BrevanoData::getShowTimeUntilTidy,
-                &BrevanoData::setShowTimeUntilTidy),
-        boolKey("PinPanel", &BrevanoData::getPin, &BrevanoData::setPin),
-        unsignedKey("ModifiedDateFilter", &BrevanoData::getDateFilter,
-                    &BrevanoData::setDateFilter),
-        boolKey("VerboseOutput", &BrevanoData::getVerboseOutput, &BrevanoData::setVerboseOutput),
+        storeKey("IgnoreHidden", &BrevanoData::getIgnoreHidden, &BrevanoData::setIgnoreHidden),
+        storeKey("IgnoreAliases", &BrevanoData::getIgnoreAliases, &BrevanoData::setIgnoreAliases),
+        storeKey("IgnoreFolders", &BrevanoData::getIgnoreFolders, &BrevanoData::setIgnoreFolders),
+        storeKey("AutoIgnoreRestoredFiles", &BrevanoData::getAutoIgnoreRestoredFiles,
+                 &BrevanoData::setAutoIgnoreRestoredFiles),
+        storeKey("ShowTimeUntilTidy", &BrevanoData::getShowTimeUntilTidy,
+                 &BrevanoData::setShowTimeUntilTidy),
+        storeKey("PinPanel", &BrevanoData::getPin, &BrevanoData::setPin),
+        storeKey("ModifiedDateFilter", &BrevanoData::getDateFilter, &BrevanoData::setDateFilter),
+        storeKey("VerboseOutput", &BrevanoData::getVerboseOutput, &BrevanoData::setVerboseOutput),
         {QStringLiteral("Enabled"), Type::Boolean,
          [](BrevanoData &, Brevano &engine) { return PropertyValue(engine.getEnabled()); },
          [](BrevanoData &, Brevano &engine, const PropertyValue &value) {
@@ -190,14 +186,12 @@ QString SettingKeys::format(const Key &key, const PropertyValue &value)
     case Type::FolderPath:
         return value.toString();
     case Type::Structure:
-        return QString::fromUtf8(PropertyListWriter::write(value).value_or(QByteArray()))
-            .trimmed();
+        return QString::fromUtf8(PropertyListWriter::write(value).value_or(QByteArray())).trimmed();
     }
     return QString();
 }
 
-std::optional<PropertyValue> SettingKeys::parse(const Key &key, const QString &text,
-                                                QString &error)
+std::optional<PropertyValue> SettingKeys::parse(const Key &key, const QString &text, QString &error)
 {
     error = typeName(key.type);
     switch (key.type) {

@@ -16,7 +16,15 @@ class Brevano;
 class SettingKeys
 {
 public:
-    enum class Type { Boolean, Unsigned, Date, String, FolderPath, Structure };
+    enum class Type
+    {
+        Boolean,
+        Unsigned,
+        Date,
+        String,
+        FolderPath,
+        Structure
+    };
 
     struct Key
     {

@@ -80,7 +80,10 @@ QDateTime BrevanoData::getLastTidyTime() const
     return QDateTime::fromSecsSinceEpoch(0, QTimeZone::utc());
 }
 
-void BrevanoData::setLastTidyTime(const QDateTime &time) { m_saveData.insert(kLastTidy, time); }
+void BrevanoData::setLastTidyTime(const QDateTime &time)
+{
+    m_saveData.insert(kLastTidy, time);
+}
 
 QString BrevanoData::getShadowDesktopPath() const
 {
@@ -120,7 +123,10 @@ bool BrevanoData::boolSetting(QStringView key, bool fallback) const
     return m_saveData.value(key.toString()).boolValue(fallback);
 }
 
-void BrevanoData::setBool(QStringView key, bool value) { m_saveData.insert(key.toString(), value); }
+void BrevanoData::setBool(QStringView key, bool value)
+{
+    m_saveData.insert(key.toString(), value);
+}
 
 quint32 BrevanoData::uintSetting(QStringView key, quint32 fallback) const
 {

@@ -21,8 +21,7 @@ class BrevanoData : public QObject
 {
     Q_OBJECT
 public:
-    BrevanoData(Scheduler &scheduler, NotificationCenter &notifications,
-                QObject *parent = nullptr);
+    BrevanoData(Scheduler &scheduler, NotificationCenter &notifications, QObject *parent = nullptr);
 
     static BrevanoData &sharedInstance();
 
@@ -30,7 +29,10 @@ public:
     void loadDataFile();
     // Sets a malformed file aside as "Brevano.data.bad" before replacing it.
     bool saveDataFile(QString *error = nullptr);
-    QString pathForDataFile() const { return getApplicationSupportFilename(QStringLiteral("Brevano.data")); }
+    QString pathForDataFile() const
+    {
+        return getApplicationSupportFilename(QStringLiteral("Brevano.data"));
+    }
     QString getApplicationSupportFilename(const QString &name) const;
     // Why the last load fell back to the first-run state; empty when it did not.
     QString loadError() const { return m_loadError; }
@@ -40,14 +42,29 @@ public:
 
     // ---- quick filters ----
     PropertyArray getQuickFilters() { return m_quickFilters.getQuickFilters(); }
-    const QList<QuickFilterList::ItemPointer> &filterItems() const { return m_quickFilters.filterItems(); }
-    void setFilterItems(const QList<QuickFilterList::ItemPointer> &items) { m_quickFilters.setFilterItems(items); }
-    void addQuickFilter(const QuickFilterList::ItemPointer &item) { m_quickFilters.addQuickFilter(item); }
+    const QList<QuickFilterList::ItemPointer> &filterItems() const
+    {
+        return m_quickFilters.filterItems();
+    }
+    void setFilterItems(const QList<QuickFilterList::ItemPointer> &items)
+    {
+        m_quickFilters.setFilterItems(items);
+    }
+    void addQuickFilter(const QuickFilterList::ItemPointer &item)
+    {
+        m_quickFilters.addQuickFilter(item);
+    }
     void removeQuickFilter(qsizetype index) { m_quickFilters.removeQuickFilter(index); }
-    bool isDefaultFilter(QuickFilterItem &item) const { return m_quickFilters.isDefaultFilter(item); }
+    bool isDefaultFilter(QuickFilterItem &item) const
+    {
+        return m_quickFilters.isDefaultFilter(item);
+    }
 
     // ---- ignore list ----
-    PropertyDictionary getIgnoreFilesDictionary() { return ignoreList().getIgnoreFilesDictionary(); }
+    PropertyDictionary getIgnoreFilesDictionary()
+    {
+        return ignoreList().getIgnoreFilesDictionary();
+    }
     bool shouldIgnoreFile(const QString &path) const { return ignoreList().shouldIgnoreFile(path); }
     // Returns how many paths were skipped, after the alert that says so.
     qsizetype addIgnoreFiles(const QStringList &paths);
@@ -65,7 +82,10 @@ public:
     void setGrowlEnabled(bool on) { setBool(u"GrowlEnabled", on); }
     bool getGrowlBeforeTidy() const { return boolSetting(u"GrowlBeforeTidy", true); }
     void setGrowlBeforeTidy(bool on) { setBool(u"GrowlBeforeTidy", on); }
-    bool getGrowlBeforeTidyOnlyIfFiles() const { return boolSetting(u"GrowlBeforeTidyOnlyIfFiles", true); }
+    bool getGrowlBeforeTidyOnlyIfFiles() const
+    {
+        return boolSetting(u"GrowlBeforeTidyOnlyIfFiles", true);
+    }
     void setGrowlBeforeTidyOnlyIfFiles(bool on) { setBool(u"GrowlBeforeTidyOnlyIfFiles", on); }
     bool getGrowlOnComplete() const { return boolSetting(u"GrowlOnComplete", true); }
     void setGrowlOnComplete(bool on) { setBool(u"GrowlOnComplete", on); }
@@ -99,7 +119,10 @@ public:
     void setIgnoreAliases(bool on) { setBool(u"IgnoreAliases", on); }
     bool getIgnoreFolders() const { return boolSetting(u"IgnoreFolders", false); }
     void setIgnoreFolders(bool on) { setBool(u"IgnoreFolders", on); }
-    bool getAutoIgnoreRestoredFiles() const { return boolSetting(u"AutoIgnoreRestoredFiles", true); }
+    bool getAutoIgnoreRestoredFiles() const
+    {
+        return boolSetting(u"AutoIgnoreRestoredFiles", true);
+    }
     void setAutoIgnoreRestoredFiles(bool on) { setBool(u"AutoIgnoreRestoredFiles", on); }
     bool getShowTimeUntilTidy() const { return boolSetting(u"ShowTimeUntilTidy", true); }
     void setShowTimeUntilTidy(bool on) { setBool(u"ShowTimeUntilTidy", on); }

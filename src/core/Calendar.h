@@ -8,7 +8,15 @@
 class Calendar
 {
 public:
-    enum class Unit { Minute, Hour, Day, Week, Month, Year };
+    enum class Unit
+    {
+        Minute,
+        Hour,
+        Day,
+        Week,
+        Month,
+        Year
+    };
 
     // Counts beyond about a million years saturate far in the past or future.
     static QDateTime add(const QDateTime &date, qint64 count, Unit unit);

@@ -2,12 +2,7 @@
 
 PropertyDictionary IgnoreList::getIgnoreFilesDictionary()
 {
-    const PropertyValue stored = m_root.value(Key);
-    if (stored.isDictionary())
-        return stored.toDictionary();
-    PropertyDictionary created;
-    m_root.insert(Key, created);
-    return created;
+    return m_root.dictionaryForKey(Key);
 }
 
 bool IgnoreList::shouldIgnoreFile(const QString &path) const
@@ -37,7 +32,10 @@ qsizetype IgnoreList::addIgnoreFiles(const QStringList &paths)
     return skipped;
 }
 
-void IgnoreList::removeIgnoreFile(const QString &path) { getIgnoreFilesDictionary().remove(path); }
+void IgnoreList::removeIgnoreFile(const QString &path)
+{
+    getIgnoreFilesDictionary().remove(path);
+}
 
 void IgnoreList::removeIgnoreFiles(const QStringList &paths)
 {
@@ -45,7 +43,10 @@ void IgnoreList::removeIgnoreFiles(const QStringList &paths)
         removeIgnoreFile(path);
 }
 
-QStringList IgnoreList::paths() const { return m_root.value(Key).toDictionary().keys(); }
+QStringList IgnoreList::paths() const
+{
+    return m_root.value(Key).toDictionary().keys();
+}
 
 QString IgnoreList::skippedAlertTitle(qsizetype skipped)
 {

@@ -14,10 +14,10 @@ void NotificationCenter::post(const QString &name, const QVariant &object)
 QMetaObject::Connection NotificationCenter::observe(const QString &name, const QObject *context,
                                                     std::function<void(const QVariant &)> handler)
 {
-    return connect(this, &NotificationCenter::posted, context,
-                   [name, handler = std::move(handler)](const QString &posted,
-                                                        const QVariant &object) {
-                       if (posted == name)
-                           handler(object);
-                   });
+    return connect(
+        this, &NotificationCenter::posted, context,
+        [name, handler = std::move(handler)](const QString &posted, const QVariant &object) {
+            if (posted == name)
+                handler(object);
+        });
 }

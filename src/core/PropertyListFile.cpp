@@ -44,8 +44,7 @@ bool PropertyListFile::save(const PropertyDictionary &root, QString *error) cons
         return false;
     }
     QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() ||
-        !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(*bytes) != bytes->size() || !file.commit()) {
         if (error)
             *error = file.errorString();
         return false;

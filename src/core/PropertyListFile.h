@@ -8,7 +8,12 @@
 class PropertyListFile
 {
 public:
-    enum class Status { Loaded, Missing, Malformed };
+    enum class Status
+    {
+        Loaded,
+        Missing,
+        Malformed
+    };
 
     struct LoadResult
     {

@@ -73,7 +73,7 @@ std::optional<PropertyValue> parseInteger(QStringView text)
         return std::nullopt;
     if (!negative)
         return magnitude <= quint64(INT64_MAX) ? PropertyValue(qint64(magnitude))
-                                                : PropertyValue(magnitude);
+                                               : PropertyValue(magnitude);
     if (magnitude > quint64(INT64_MAX) + 1)
         return std::nullopt;
     return PropertyValue(qint64(0 - magnitude));
@@ -190,8 +190,7 @@ std::optional<PropertyValue> TreeBuilder::parseDocument(QString &error)
 
 bool TreeBuilder::startValue(QStringView name)
 {
-    if (!m_stack.empty() && m_stack.back().container.isDictionary() &&
-        !m_stack.back().pendingKey) {
+    if (!m_stack.empty() && m_stack.back().container.isDictionary() && !m_stack.back().pendingKey) {
         if (name != u"key")
             return fail(QStringLiteral("a dictionary entry does not start with a key"));
         const auto key = readText();
@@ -203,9 +202,9 @@ bool TreeBuilder::startValue(QStringView name)
     if (name == u"dict" || name == u"array") {
         if (int(m_stack.size()) >= m_maxDepth)
             return fail(QStringLiteral("nested deeper than %1 levels").arg(m_maxDepth));
-        m_stack.push_back({name == u"dict" ? PropertyValue(PropertyDictionary())
-                                           : PropertyValue(PropertyArray()),
-                           std::nullopt});
+        m_stack.push_back(
+            {name == u"dict" ? PropertyValue(PropertyDictionary()) : PropertyValue(PropertyArray()),
+             std::nullopt});
         return true;
     }
     const auto scalar = readScalar(name);
@@ -226,7 +225,9 @@ std::optional<PropertyValue> TreeBuilder::readScalar(QStringView name)
     using Parser = std::optional<PropertyValue> (*)(QStringView);
     Parser parser = nullptr;
     if (name == u"string")
-        parser = [](QStringView text) { return std::optional<PropertyValue>(text.toString()); };
+        parser = [](QStringView text) {
+            return std::optional<PropertyValue>(text.toString());
+        };
     else if (name == u"integer")
         parser = parseInteger;
     else if (name == u"real")

@@ -21,7 +21,10 @@ private:
     QString m_out;
 };
 
-void XmlOutput::escaped(QStringView text) { XmlEscape::appendText(m_out, text); }
+void XmlOutput::escaped(QStringView text)
+{
+    XmlEscape::appendText(m_out, text);
+}
 
 void XmlOutput::element(int depth, QStringView name, QStringView text)
 {

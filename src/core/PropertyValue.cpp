@@ -8,11 +8,20 @@
 
 PropertyArray::PropertyArray() : m_items(std::make_shared<std::vector<PropertyValue>>()) {}
 
-qsizetype PropertyArray::size() const { return qsizetype(m_items->size()); }
+qsizetype PropertyArray::size() const
+{
+    return qsizetype(m_items->size());
+}
 
-const PropertyValue &PropertyArray::at(qsizetype index) const { return m_items->at(size_t(index)); }
+const PropertyValue &PropertyArray::at(qsizetype index) const
+{
+    return m_items->at(size_t(index));
+}
 
-void PropertyArray::append(const PropertyValue &value) { m_items->push_back(value); }
+void PropertyArray::append(const PropertyValue &value)
+{
+    m_items->push_back(value);
+}
 
 void PropertyArray::insert(qsizetype index, const PropertyValue &value)
 {
@@ -30,7 +39,10 @@ void PropertyArray::removeAt(qsizetype index)
         m_items->erase(m_items->begin() + index);
 }
 
-void PropertyArray::clear() { m_items->clear(); }
+void PropertyArray::clear()
+{
+    m_items->clear();
+}
 
 PropertyArray PropertyArray::shallowCopy() const
 {
@@ -53,14 +65,19 @@ bool PropertyArray::operator==(const PropertyArray &other) const
     return m_items == other.m_items || *m_items == *other.m_items;
 }
 
-
 // ---- PropertyDictionary ----
 
 PropertyDictionary::PropertyDictionary() : m_map(std::make_shared<Map>()) {}
 
-qsizetype PropertyDictionary::size() const { return qsizetype(m_map->size()); }
+qsizetype PropertyDictionary::size() const
+{
+    return qsizetype(m_map->size());
+}
 
-bool PropertyDictionary::contains(const QString &key) const { return m_map->count(key) > 0; }
+bool PropertyDictionary::contains(const QString &key) const
+{
+    return m_map->count(key) > 0;
+}
 
 PropertyValue PropertyDictionary::value(const QString &key) const
 {
@@ -73,9 +90,41 @@ void PropertyDictionary::insert(const QString &key, const PropertyValue &value)
     (*m_map)[key] = value;
 }
 
-void PropertyDictionary::remove(const QString &key) { m_map->erase(key); }
+template <typename Container>
+static Container containerForKey(PropertyDictionary &dictionary, const QString &key)
+{
+    const PropertyValue stored = dictionary.value(key);
+    if constexpr (std::is_same_v<Container, PropertyArray>) {
+        if (stored.isArray())
+            return stored.toArray();
+    } else {
+        if (stored.isDictionary())
+            return stored.toDictionary();
+    }
+    Container created;
+    dictionary.insert(key, created);
+    return created;
+}
 
-void PropertyDictionary::clear() { m_map->clear(); }
+PropertyArray PropertyDictionary::arrayForKey(const QString &key)
+{
+    return containerForKey<PropertyArray>(*this, key);
+}
+
+PropertyDictionary PropertyDictionary::dictionaryForKey(const QString &key)
+{
+    return containerForKey<PropertyDictionary>(*this, key);
+}
+
+void PropertyDictionary::remove(const QString &key)
+{
+    m_map->erase(key);
+}
+
+void PropertyDictionary::clear()
+{
+    m_map->clear();
+}
 
 QStringList PropertyDictionary::keys() const
 {
@@ -106,29 +155,42 @@ bool PropertyDictionary::operator==(const PropertyDictionary &other) const
     return m_map == other.m_map || *m_map == *other.m_map;
 }
 
-
 // ---- PropertyValue ----
 
 PropertyValue::Type PropertyValue::type() const
 {
-    static constexpr Type types[] = {Type::Null,    Type::String, Type::Integer, Type::Integer,
-                                     Type::Real,    Type::Boolean, Type::Date,   Type::Data,
-                                     Type::Array,   Type::Dictionary, Type::Unknown};
+    static constexpr Type types[] = {Type::Null,  Type::String,     Type::Integer, Type::Integer,
+                                     Type::Real,  Type::Boolean,    Type::Date,    Type::Data,
+                                     Type::Array, Type::Dictionary, Type::Unknown};
     return types[m_value.index()];
 }
 
-template <typename T>
-static T valueOr(const auto &variant, T fallback)
+template <typename T> static T valueOr(const auto &variant, T fallback)
 {
     const T *stored = std::get_if<T>(&variant);
     return stored ? *stored : fallback;
 }
 
-QString PropertyValue::toString() const { return valueOr(m_value, QString()); }
-QDateTime PropertyValue::toDate() const { return valueOr(m_value, QDateTime()); }
-QByteArray PropertyValue::toData() const { return valueOr(m_value, QByteArray()); }
-double PropertyValue::toReal() const { return valueOr(m_value, 0.0); }
-UnknownElement PropertyValue::toUnknown() const { return valueOr(m_value, UnknownElement()); }
+QString PropertyValue::toString() const
+{
+    return valueOr(m_value, QString());
+}
+QDateTime PropertyValue::toDate() const
+{
+    return valueOr(m_value, QDateTime());
+}
+QByteArray PropertyValue::toData() const
+{
+    return valueOr(m_value, QByteArray());
+}
+double PropertyValue::toReal() const
+{
+    return valueOr(m_value, 0.0);
+}
+UnknownElement PropertyValue::toUnknown() const
+{
+    return valueOr(m_value, UnknownElement());
+}
 
 PropertyArray PropertyValue::toArray() const
 {

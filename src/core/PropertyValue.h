@@ -35,7 +35,10 @@ public:
     // A new list in which every nested container is new as well.
     PropertyArray deepCopy() const;
 
-    bool isSameObject(const PropertyArray &other) const { return m_items.get() == other.m_items.get(); }
+    bool isSameObject(const PropertyArray &other) const
+    {
+        return m_items.get() == other.m_items.get();
+    }
     bool operator==(const PropertyArray &other) const;
 
     auto begin() const;
@@ -60,6 +63,10 @@ public:
     // The value under key, or a null value when absent.
     PropertyValue value(const QString &key) const;
     void insert(const QString &key, const PropertyValue &value);
+    // The array or dictionary under key; an empty one is stored first when the
+    // key is absent or holds another type.
+    PropertyArray arrayForKey(const QString &key);
+    PropertyDictionary dictionaryForKey(const QString &key);
     void remove(const QString &key);
     void clear();
     QStringList keys() const;
@@ -67,7 +74,10 @@ public:
     PropertyDictionary shallowCopy() const;
     PropertyDictionary deepCopy() const;
 
-    bool isSameObject(const PropertyDictionary &other) const { return m_map.get() == other.m_map.get(); }
+    bool isSameObject(const PropertyDictionary &other) const
+    {
+        return m_map.get() == other.m_map.get();
+    }
     bool operator==(const PropertyDictionary &other) const;
 
     auto begin() const;
@@ -89,7 +99,8 @@ struct UnknownElement
 class PropertyValue
 {
 public:
-    enum class Type {
+    enum class Type
+    {
         Null,
         String,
         Integer,
@@ -153,7 +164,19 @@ private:
 };
 
 // Defined here, where PropertyValue is complete.
-inline auto PropertyArray::begin() const { return m_items->cbegin(); }
-inline auto PropertyArray::end() const { return m_items->cend(); }
-inline auto PropertyDictionary::begin() const { return m_map->cbegin(); }
-inline auto PropertyDictionary::end() const { return m_map->cend(); }
+inline auto PropertyArray::begin() const
+{
+    return m_items->cbegin();
+}
+inline auto PropertyArray::end() const
+{
+    return m_items->cend();
+}
+inline auto PropertyDictionary::begin() const
+{
+    return m_map->cbegin();
+}
+inline auto PropertyDictionary::end() const
+{
+    return m_map->cend();
+}

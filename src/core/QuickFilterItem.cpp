@@ -58,16 +58,14 @@ qint64 QuickFilterItem::getDateValue() const
     return m_tempDictionary.value(kDateValue).integerValue(7);
 }
 
-void QuickFilterItem::setDateValue(qint64 value) { m_tempDictionary.insert(kDateValue, value); }
+void QuickFilterItem::setDateValue(qint64 value)
+{
+    m_tempDictionary.insert(kDateValue, value);
+}
 
 PropertyArray QuickFilterItem::fileExtensions()
 {
-    const PropertyValue stored = m_tempDictionary.value(kFileExtensions);
-    if (stored.isArray())
-        return stored.toArray();
-    PropertyArray created;
-    m_tempDictionary.insert(kFileExtensions, created);
-    return created;
+    return m_tempDictionary.arrayForKey(kFileExtensions);
 }
 
 QString QuickFilterItem::getUid()
@@ -88,7 +86,10 @@ void QuickFilterItem::applyChanges()
         m_dataDictionary.insert(key, value);
 }
 
-void QuickFilterItem::discardChanges() { m_tempDictionary = m_dataDictionary.shallowCopy(); }
+void QuickFilterItem::discardChanges()
+{
+    m_tempDictionary = m_dataDictionary.shallowCopy();
+}
 
 QString QuickFilterItem::getExtensionsText() const
 {

@@ -13,8 +13,19 @@
 class QuickFilterItem
 {
 public:
-    enum DateMode : quint32 { DateModeNone = 0, DateModeWithin = 1, DateModeOlderThan = 2 };
-    enum DateUnit : quint32 { DateUnitDays = 0, DateUnitWeeks, DateUnitMonths, DateUnitYears };
+    enum DateMode : quint32
+    {
+        DateModeNone = 0,
+        DateModeWithin = 1,
+        DateModeOlderThan = 2
+    };
+    enum DateUnit : quint32
+    {
+        DateUnitDays = 0,
+        DateUnitWeeks,
+        DateUnitMonths,
+        DateUnitYears
+    };
 
     // A filter over record (shared, not copied); without one, a new filter
     // (createdItem) with an empty record.
@@ -32,7 +43,7 @@ public:
     bool createdItem() const { return m_createdItem; }
     void setCreatedItem(bool created) { m_createdItem = created; }
 
-    QString getName() const; // a null string when the record has none
+    QString getName() const;           // a null string when the record has none
     void setName(const QString &name); // a null string removes the name
     quint32 getStyle() const { return uintValue(QStringLiteral("Style"), 0); }
     void setStyle(quint32 style) { setUInt(QStringLiteral("Style"), style); }

@@ -60,12 +60,7 @@ void QuickFilterList::attach(const PropertyDictionary &root)
 
 PropertyArray QuickFilterList::getQuickFilters()
 {
-    const PropertyValue stored = m_root.value(QuickFiltersKey);
-    if (stored.isArray())
-        return stored.toArray();
-    PropertyArray created;
-    m_root.insert(QuickFiltersKey, created);
-    return created;
+    return m_root.arrayForKey(QuickFiltersKey);
 }
 
 void QuickFilterList::addQuickFilter(const ItemPointer &item)

@@ -11,7 +11,10 @@ StatusDisplay::StatusDisplay(Scheduler &scheduler, NotificationCenter &notificat
 {
 }
 
-StatusDisplay::~StatusDisplay() { stopUpdatingTimeRemaining(); }
+StatusDisplay::~StatusDisplay()
+{
+    stopUpdatingTimeRemaining();
+}
 
 void StatusDisplay::setStatusIcon(qint32 state, const QString &intervalText)
 {
@@ -30,7 +33,10 @@ void StatusDisplay::updateStatusIcon(const QString &intervalText)
     setStatusIcon(m_source && m_source->getEnabled() ? Enabled : DisabledByUser, intervalText);
 }
 
-void StatusDisplay::startUpdatingTimeRemaining() { scheduleTick(std::chrono::milliseconds(0)); }
+void StatusDisplay::startUpdatingTimeRemaining()
+{
+    scheduleTick(std::chrono::milliseconds(0));
+}
 
 void StatusDisplay::stopUpdatingTimeRemaining()
 {

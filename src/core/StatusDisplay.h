@@ -15,7 +15,11 @@ class StatusDisplay : public QObject
 {
     Q_OBJECT
 public:
-    enum State : qint32 { Enabled = 0, DisabledByUser = 1 };
+    enum State : qint32
+    {
+        Enabled = 0,
+        DisabledByUser = 1
+    };
 
     StatusDisplay(Scheduler &scheduler, NotificationCenter &notifications,
                   QObject *parent = nullptr);

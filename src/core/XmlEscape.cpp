@@ -29,7 +29,9 @@ static void append(QString &out, QStringView text, bool attribute)
 {
     out.reserve(out.size() + text.size());
     qsizetype runStart = 0;
-    const auto flush = [&](qsizetype end) { out += text.mid(runStart, end - runStart); };
+    const auto flush = [&](qsizetype end) {
+        out += text.mid(runStart, end - runStart);
+    };
     for (qsizetype i = 0; i < text.size(); ++i) {
         const char16_t c = text[i].unicode();
         QStringView instead;
@@ -59,6 +61,12 @@ static void append(QString &out, QStringView text, bool attribute)
     flush(text.size());
 }
 
-void XmlEscape::appendText(QString &out, QStringView text) { append(out, text, false); }
+void XmlEscape::appendText(QString &out, QStringView text)
+{
+    append(out, text, false);
+}
 
-void XmlEscape::appendAttribute(QString &out, QStringView value) { append(out, value, true); }
+void XmlEscape::appendAttribute(QString &out, QStringView value)
+{
+    append(out, value, true);
+}

@@ -38,9 +38,15 @@ void Brevano::linkSaveData(PropertyDictionary root)
         m_saveData.insert(kRules, PropertyArray());
 }
 
-bool Brevano::getEnabled() const { return m_saveData.value(kEnabled).boolValue(false); }
+bool Brevano::getEnabled() const
+{
+    return m_saveData.value(kEnabled).boolValue(false);
+}
 
-void Brevano::setEnabled(bool enabled) { m_saveData.insert(kEnabled, enabled); }
+void Brevano::setEnabled(bool enabled)
+{
+    m_saveData.insert(kEnabled, enabled);
+}
 
 QDateTime Brevano::getNextTidyDate() const
 {

@@ -30,8 +30,14 @@ public:
 
     bool getEnabled() const override;
     void setEnabled(bool enabled);
-    PropertyArray getLocations() const { return m_saveData.value(QStringLiteral("Locations")).toArray(); }
-    PropertyArray getCommonRules() const { return m_saveData.value(QStringLiteral("Rules")).toArray(); }
+    PropertyArray getLocations() const
+    {
+        return m_saveData.value(QStringLiteral("Locations")).toArray();
+    }
+    PropertyArray getCommonRules() const
+    {
+        return m_saveData.value(QStringLiteral("Rules")).toArray();
+    }
 
     // ---- schedule dates ----
     static double getTimerUpdateInterval() { return kTimerUpdateInterval.count() / 1000.0; }
@@ -45,12 +51,30 @@ public:
     // ---- paths ----
     const ShadowDesktopPaths &paths() const { return m_paths; }
     QString getDesktopFolder() const { return m_paths.getDesktopFolder(); }
-    QString getDefaultShadowDesktopFolder() const { return m_paths.getDefaultShadowDesktopFolder(); }
-    QString getTargetFilename(const QString &name = QString()) const { return m_paths.getTargetFilename(name); }
-    QString getTargetPathFromSourcePath(const QString &path) const { return m_paths.getTargetPathFromSourcePath(path); }
-    QString getOriginalPathFromShadowPath(const QString &path) const { return m_paths.getOriginalPathFromShadowPath(path); }
-    bool fileResidesInShadowDesktopRoot(const QString &path) const { return m_paths.fileResidesInShadowDesktopRoot(path); }
-    static QString generateUniqueFilename(const QString &path) { return ShadowDesktopPaths::generateUniqueFilename(path); }
+    QString getDefaultShadowDesktopFolder() const
+    {
+        return m_paths.getDefaultShadowDesktopFolder();
+    }
+    QString getTargetFilename(const QString &name = QString()) const
+    {
+        return m_paths.getTargetFilename(name);
+    }
+    QString getTargetPathFromSourcePath(const QString &path) const
+    {
+        return m_paths.getTargetPathFromSourcePath(path);
+    }
+    QString getOriginalPathFromShadowPath(const QString &path) const
+    {
+        return m_paths.getOriginalPathFromShadowPath(path);
+    }
+    bool fileResidesInShadowDesktopRoot(const QString &path) const
+    {
+        return m_paths.fileResidesInShadowDesktopRoot(path);
+    }
+    static QString generateUniqueFilename(const QString &path)
+    {
+        return ShadowDesktopPaths::generateUniqueFilename(path);
+    }
 
 private:
     BrevanoData &m_data;

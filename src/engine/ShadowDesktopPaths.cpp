@@ -4,7 +4,10 @@
 #include "BrevanoData.h"
 #include "FileStat.h"
 
-QString ShadowDesktopPaths::getDesktopFolder() const { return AppFolders::desktopFolder(); }
+QString ShadowDesktopPaths::getDesktopFolder() const
+{
+    return AppFolders::desktopFolder();
+}
 
 QString ShadowDesktopPaths::getDefaultShadowDesktopFolder() const
 {

@@ -14,16 +14,6 @@ QtScheduler &QtScheduler::instance()
     return scheduler;
 }
 
-Scheduler::TaskId QtScheduler::schedule(std::chrono::milliseconds delay, Task task)
-{
-    return start(delay, false, std::move(task));
-}
-
-Scheduler::TaskId QtScheduler::scheduleRepeating(std::chrono::milliseconds interval, Task task)
-{
-    return start(interval, true, std::move(task));
-}
-
 Scheduler::TaskId QtScheduler::start(std::chrono::milliseconds interval, bool repeating, Task task)
 {
     const TaskId id = m_nextId++;

@@ -19,13 +19,12 @@ public:
     static QtScheduler &instance();
 
     QDateTime now() const override { return QDateTime::currentDateTimeUtc(); }
-    TaskId schedule(std::chrono::milliseconds delay, Task task) override;
-    TaskId scheduleRepeating(std::chrono::milliseconds interval, Task task) override;
     void cancel(TaskId id) override;
 
-private:
-    TaskId start(std::chrono::milliseconds interval, bool repeating, Task task);
+protected:
+    TaskId start(std::chrono::milliseconds interval, bool repeating, Task task) override;
 
+private:
     TaskId m_nextId = 1;
     std::map<TaskId, QTimer *> m_timers;
 };

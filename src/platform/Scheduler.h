@@ -18,9 +18,18 @@ public:
 
     virtual QDateTime now() const = 0;
     // Runs task once after delay; a delay of zero runs it on the next pass of the loop.
-    virtual TaskId schedule(std::chrono::milliseconds delay, Task task) = 0;
+    TaskId schedule(std::chrono::milliseconds delay, Task task)
+    {
+        return start(delay, false, std::move(task));
+    }
     // Runs task every interval until cancelled.
-    virtual TaskId scheduleRepeating(std::chrono::milliseconds interval, Task task) = 0;
+    TaskId scheduleRepeating(std::chrono::milliseconds interval, Task task)
+    {
+        return start(interval, true, std::move(task));
+    }
     // Cancelling an unknown or finished task does nothing.
     virtual void cancel(TaskId id) = 0;
+
+protected:
+    virtual TaskId start(std::chrono::milliseconds interval, bool repeating, Task task) = 0;
 };

@@ -53,11 +53,13 @@ void tst_Cli::pathsFollowHomeAndXdg()
 {
     Result r = run({"paths"});
     QCOMPARE(r.status, 0);
-    QCOMPARE(r.out, QStringLiteral("desktop: %1\nshadow-desktop: %2\ndata-file: %3\n")
-                        .arg(m_sandbox->desktop(), m_sandbox->shadowDesktop(), m_sandbox->dataFile()));
+    QCOMPARE(r.out,
+             QStringLiteral("desktop: %1\nshadow-desktop: %2\ndata-file: %3\n")
+                 .arg(m_sandbox->desktop(), m_sandbox->shadowDesktop(), m_sandbox->dataFile()));
     QVERIFY(!QFile::exists(m_sandbox->dataFile()));
 
-    m_sandbox->write(QStringLiteral(".config/user-dirs.dirs"), "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
+    m_sandbox->write(QStringLiteral(".config/user-dirs.dirs"),
+                     "XDG_DESKTOP_DIR=\"$HOME/Bureau\"\n");
     qputenv("XDG_DATA_HOME", (m_sandbox->home() + "/data").toUtf8());
     r = run({"paths"});
     QVERIFY(r.out.startsWith(QStringLiteral("desktop: %1/Bureau\n").arg(m_sandbox->home())));
@@ -67,10 +69,15 @@ void tst_Cli::pathsFollowHomeAndXdg()
 
 void tst_Cli::getPrintsDefaultsAndNeverWrites()
 {
-    const QList<QPair<const char *, const char *>> defaults{
-        {"TidyFrequency", "0"}, {"OverwriteMode", "3"},      {"QuickFiltersMode", "1"},
-        {"GrowlFileMoved", "false"}, {"GrowlEnabled", "true"}, {"Enabled", "false"},
-        {"LastTidy", "1970-01-01T00:00:00Z"}, {"VerboseOutput", "false"}, {"Tab", "0"}};
+    const QList<QPair<const char *, const char *>> defaults{{"TidyFrequency", "0"},
+                                                            {"OverwriteMode", "3"},
+                                                            {"QuickFiltersMode", "1"},
+                                                            {"GrowlFileMoved", "false"},
+                                                            {"GrowlEnabled", "true"},
+                                                            {"Enabled", "false"},
+                                                            {"LastTidy", "1970-01-01T00:00:00Z"},
+                                                            {"VerboseOutput", "false"},
+                                                            {"Tab", "0"}};
     for (const auto &[key, value] : defaults) {
         const Result r = run({"get", key});
         QCOMPARE(r.status, 0);
@@ -120,18 +127,21 @@ void tst_Cli::setRejectsBadInput_data()
     QTest::addColumn<QString>("message");
     QTest::newRow("word for integer") << QStringList{"set", "TidyFrequency", "soon"}
                                       << "TidyFrequency expects an unsigned integer";
-    QTest::newRow("negative") << QStringList{"set", "OverwriteMode", "-1"} << "OverwriteMode expects";
+    QTest::newRow("negative") << QStringList{"set", "OverwriteMode", "-1"}
+                              << "OverwriteMode expects";
     QTest::newRow("too large") << QStringList{"set", "Tab", "4294967296"} << "Tab expects";
     QTest::newRow("not boolean") << QStringList{"set", "PinPanel", "maybe"}
                                  << "PinPanel expects a boolean";
-    QTest::newRow("bad date") << QStringList{"set", "LastTidy", "yesterday"} << "LastTidy expects a date";
-    QTest::newRow("relative folder") << QStringList{"set", "ShadowDesktopPath", "rel"}
-                                     << "expects an absolute folder path";
+    QTest::newRow("bad date") << QStringList{"set", "LastTidy", "yesterday"}
+                              << "LastTidy expects a date";
+    QTest::newRow("relative folder")
+        << QStringList{"set", "ShadowDesktopPath", "rel"} << "expects an absolute folder path";
     QTest::newRow("missing folder") << QStringList{"set", "ShadowDesktopPath", "/no/such/folder"}
                                     << "expects an existing folder";
     QTest::newRow("the Desktop") << QStringList{"set", "ShadowDesktopPath", "DESKTOP"}
                                  << "outside the Desktop";
-    QTest::newRow("read only") << QStringList{"set", "IgnoreFiles", "x"} << "not set from the command line";
+    QTest::newRow("read only") << QStringList{"set", "IgnoreFiles", "x"}
+                               << "not set from the command line";
     QTest::newRow("unknown") << QStringList{"set", "Colour", "red"} << "unknown key \"Colour\"";
     QTest::newRow("no value") << QStringList{"set", "TidyFrequency"} << "KEY and a VALUE";
 }

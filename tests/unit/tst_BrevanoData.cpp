@@ -7,8 +7,8 @@
 
 #include <QSignalSpy>
 
-#include <unistd.h>
 #include <QtTest>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -102,7 +102,8 @@ void tst_BrevanoData::firstRunDefaults()
              images.value(QStringLiteral("UID")).toString().toUpper());
     QCOMPARE(f.data.filterItems().at(10)->getExtensionsText(), QStringLiteral("xcode,m,h,c,cpp"));
     // Every item is the very record inside the store.
-    QVERIFY(f.data.filterItems().at(3)->dataDictionary().isSameObject(records.at(3).toDictionary()));
+    QVERIFY(
+        f.data.filterItems().at(3)->dataDictionary().isSameObject(records.at(3).toDictionary()));
 
     const PropertyDictionary engine = f.data.saveData().value(Brevano::SaveDataKey).toDictionary();
     QCOMPARE(engine.value(QStringLiteral("Locations")).toArray().at(0).toString(),
@@ -146,8 +147,9 @@ void tst_BrevanoData::quickFilterDefaultsFollowTheFile()
         added->setName(QStringLiteral("New"));
         added->applyChanges();
         f.data.addQuickFilter(added);
-        QCOMPARE(f.data.getQuickFilters().at(1).toDictionary().value(QStringLiteral("Name")).toString(),
-                 QStringLiteral("New"));
+        QCOMPARE(
+            f.data.getQuickFilters().at(1).toDictionary().value(QStringLiteral("Name")).toString(),
+            QStringLiteral("New"));
         QVERIFY(!f.data.isDefaultFilter(*added));
     }
 }
@@ -180,9 +182,9 @@ void tst_BrevanoData::gettersConvertWhatTheFileHolds()
     QVERIFY(!f.data.getVerboseOutput());
     for (quint32 index : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 100u}) {
         f.data.setTidyFrequency(index);
-        static const QStringList texts{"1 min",   "5 mins",  "10 mins", "30 mins",
-                                       "1 hour",  "3 hours", "8 hours", "1 days",
-                                       "7 days",  "Never",   "Never"};
+        static const QStringList texts{"1 min",  "5 mins",  "10 mins", "30 mins",
+                                       "1 hour", "3 hours", "8 hours", "1 days",
+                                       "7 days", "Never",   "Never"};
         QCOMPARE(f.data.getTidyIntervalText(), texts.at(qMin<int>(int(index), 10)));
     }
 }
@@ -231,7 +233,8 @@ void tst_BrevanoData::saveIsAtomicAndKeepsUnknownKeys()
     f.writeDataFile(root);
     f.load();
     f.data.setTidyFrequency(5);
-    f.data.setLastTidyTime(QDateTime(QDate(2026, 11, 21), QTime(10, 11, 12, 999), QTimeZone::utc()));
+    f.data.setLastTidyTime(
+        QDateTime(QDate(2026, 11, 21), QTime(10, 11, 12, 999), QTimeZone::utc()));
     QVERIFY(f.data.saveDataFile());
     // Nothing but the file itself is left in the folder.
     QCOMPARE(QDir(f.sandbox.dataFolder()).entryList(QDir::Files | QDir::Hidden),
@@ -243,7 +246,8 @@ void tst_BrevanoData::saveIsAtomicAndKeepsUnknownKeys()
         QVERIFY(!f.data.saveDataFile(&error));
         QVERIFY(!error.isEmpty());
     }
-    QFile::setPermissions(f.sandbox.dataFolder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    QFile::setPermissions(f.sandbox.dataFolder(),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
     Fixture reread;
     reread.sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"), [&] {
@@ -257,7 +261,6 @@ void tst_BrevanoData::saveIsAtomicAndKeepsUnknownKeys()
     QCOMPARE(reread.data.getLastTidyTime(),
              QDateTime(QDate(2026, 11, 21), QTime(10, 11, 12), QTimeZone::utc()));
     QCOMPARE(reread.data.filterItems().size(), 11); // not doubled on the second load
-
 }
 
 void tst_BrevanoData::malformedFileIsKeptAsBad()
@@ -295,13 +298,15 @@ void tst_BrevanoData::statusIcon()
     f.data.setTidyFrequency(4);
     f.data.updateStatusIcon();
     QCOMPARE(f.data.currentStatusIcon(), 1);
-    QCOMPARE(spy.takeFirst(), (QVariantList{false, QStringLiteral("Tidy Periodically (Every 1 hour)"),
-                                            QStringLiteral("statusIconUserDisabled.png")}));
+    QCOMPARE(spy.takeFirst(),
+             (QVariantList{false, QStringLiteral("Tidy Periodically (Every 1 hour)"),
+                           QStringLiteral("statusIconUserDisabled.png")}));
     f.engine.setEnabled(true);
     f.data.updateStatusIcon();
     QCOMPARE(f.data.currentStatusIcon(), 0);
-    QCOMPARE(spy.takeFirst(), (QVariantList{true, QStringLiteral("Tidy Periodically (Every 1 hour)"),
-                                            QStringLiteral("statusIcon.png")}));
+    QCOMPARE(spy.takeFirst(),
+             (QVariantList{true, QStringLiteral("Tidy Periodically (Every 1 hour)"),
+                           QStringLiteral("statusIcon.png")}));
     f.data.setStatusIcon(2); // stored, nothing else
     QCOMPARE(f.data.currentStatusIcon(), 2);
     QCOMPARE(spy.count(), 0);

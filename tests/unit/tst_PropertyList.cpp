@@ -20,7 +20,8 @@ std::optional<PropertyValue> readXml(const QByteArray &xml)
 
 QByteArray document(const QByteArray &body)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body + "</plist>";
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body +
+           "</plist>";
 }
 
 QByteArray fixture(const char *name)
@@ -134,7 +135,8 @@ void tst_PropertyList::unknownElementsSurvive()
     QVERIFY(value);
     const PropertyDictionary root = value->toDictionary();
     QCOMPARE(root.value(QStringLiteral("future")).type(), PropertyValue::Type::Unknown);
-    QCOMPARE(root.value(QStringLiteral("list")).toArray().at(1).type(), PropertyValue::Type::Unknown);
+    QCOMPARE(root.value(QStringLiteral("list")).toArray().at(1).type(),
+             PropertyValue::Type::Unknown);
     const auto written = PropertyListWriter::write(root);
     QVERIFY(written);
     QVERIFY(written->contains("<uid attr=\"1\">7<inner>a &amp; b</inner></uid>"));
@@ -148,25 +150,35 @@ void tst_PropertyList::acceptsOtherWritersVariants_data()
     QTest::addColumn<PropertyValue>("expected");
 
     QTest::newRow("bare root") << QByteArray("<string>x</string>") << PropertyValue("x");
-    QTest::newRow("hex integer") << document("<integer>0x1F</integer>") << PropertyValue(qint64(31));
-    QTest::newRow("signed blanks") << document("<integer> +5 </integer>") << PropertyValue(qint64(5));
+    QTest::newRow("hex integer") << document("<integer>0x1F</integer>")
+                                 << PropertyValue(qint64(31));
+    QTest::newRow("signed blanks")
+        << document("<integer> +5 </integer>") << PropertyValue(qint64(5));
     QTest::newRow("real exponent") << document("<real>1E3</real>") << PropertyValue(1000.0);
     QTest::newRow("real infinity") << document("<real>+infinity</real>")
                                    << PropertyValue(std::numeric_limits<double>::infinity());
-    QTest::newRow("year only date") << document("<date>2024Z</date>") << PropertyValue(utc(2024, 1, 1));
+    QTest::newRow("year only date")
+        << document("<date>2024Z</date>") << PropertyValue(utc(2024, 1, 1));
     QTest::newRow("minute date") << document("<date>2024-03-05T06:07Z</date>")
                                  << PropertyValue(utc(2024, 3, 5, 6, 7));
     QTest::newRow("wrapped data") << document("<data>\n\tAAEC\n\t/w==\n</data>")
                                   << PropertyValue(QByteArray::fromHex("000102ff"));
-    QTest::newRow("cdata and entities")
-        << document("<string><![CDATA[<a>]]>&lt;&#x1F600;</string>")
-        << PropertyValue(QString::fromUtf8("<a><😀"));
+    QTest::newRow("cdata and entities") << document("<string><![CDATA[<a>]]>&lt;&#x1F600;</string>")
+                                        << PropertyValue(QString::fromUtf8("<a><😀"));
     QTest::newRow("comments") << document("<!-- c --><array><!-- c --><true/><?pi x?></array>")
-                              << PropertyValue([] { PropertyArray a; a.append(true); return a; }());
+                              << PropertyValue([] {
+                                     PropertyArray a;
+                                     a.append(true);
+                                     return a;
+                                 }());
     QTest::newRow("empty string") << document("<string/>") << PropertyValue(QString());
     QTest::newRow("repeated key keeps last")
         << document("<dict><key>a</key><integer>1</integer><key>a</key><integer>2</integer></dict>")
-        << PropertyValue([] { PropertyDictionary d; d.insert(QStringLiteral("a"), qint64(2)); return d; }());
+        << PropertyValue([] {
+               PropertyDictionary d;
+               d.insert(QStringLiteral("a"), qint64(2));
+               return d;
+           }());
     QTest::newRow("utf-16 document")
         << QByteArray("\xff\xfe") +
                QByteArray(reinterpret_cast<const char *>(u"<plist><string>\u00e9</string></plist>"),
@@ -221,8 +233,8 @@ void tst_PropertyList::rejectsMalformedDocuments()
 void tst_PropertyList::boundsHostileDocuments()
 {
     // Nesting far past the bound fails cleanly instead of exhausting the stack.
-    const QByteArray deep = document(QByteArray("<array>").repeated(200000) +
-                                     QByteArray("</array>").repeated(200000));
+    const QByteArray deep =
+        document(QByteArray("<array>").repeated(200000) + QByteArray("</array>").repeated(200000));
     PropertyListReader reader;
     QVERIFY(!reader.read(deep));
     QVERIFY(reader.errorString().contains(u"nested"));
@@ -230,8 +242,9 @@ void tst_PropertyList::boundsHostileDocuments()
         document(QByteArray("<x>").repeated(200000) + QByteArray("</x>").repeated(200000));
     QVERIFY(!reader.read(deepUnknown));
     // Exactly at the bound is still fine.
-    const QByteArray atBound = document(QByteArray("<array>").repeated(PropertyListReader::kDefaultMaxDepth) +
-                                        QByteArray("</array>").repeated(PropertyListReader::kDefaultMaxDepth));
+    const QByteArray atBound =
+        document(QByteArray("<array>").repeated(PropertyListReader::kDefaultMaxDepth) +
+                 QByteArray("</array>").repeated(PropertyListReader::kDefaultMaxDepth));
     QVERIFY(reader.read(atBound));
 
     // Entity expansion is bounded ("billion laughs").

@@ -68,8 +68,11 @@ void tst_PropertyTree::deepCopySharesNothing()
 
     const PropertyDictionary copy = root.deepCopy();
     QCOMPARE(copy, root);
-    copy.value(QStringLiteral("middle")).toDictionary().value(QStringLiteral("inner")).toArray().append(
-        qint64(2));
+    copy.value(QStringLiteral("middle"))
+        .toDictionary()
+        .value(QStringLiteral("inner"))
+        .toArray()
+        .append(qint64(2));
     copy.value(QStringLiteral("middle")).toDictionary().insert(QStringLiteral("new"), true);
     QCOMPARE(inner.size(), 1);
     QVERIFY(!middle.contains(QStringLiteral("new")));
@@ -109,7 +112,8 @@ void tst_PropertyTree::lenientConversions_data()
     QTest::newRow("string 12abc") << PropertyValue("  12abc") << true << qint64(12);
     QTest::newRow("string -005") << PropertyValue("-005") << true << qint64(-5);
     QTest::newRow("string 000") << PropertyValue("000") << false << qint64(0);
-    QTest::newRow("string overflow") << PropertyValue("99999999999999999999") << true << qint64(INT64_MAX);
+    QTest::newRow("string overflow")
+        << PropertyValue("99999999999999999999") << true << qint64(INT64_MAX);
     QTest::newRow("date") << PropertyValue(QDateTime::currentDateTimeUtc()) << true << qint64(42);
     QTest::newRow("array") << PropertyValue(PropertyArray()) << true << qint64(42);
 }

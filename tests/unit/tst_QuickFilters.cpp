@@ -102,7 +102,8 @@ void tst_QuickFilters::uidIsMadeOnce()
     data.insert(QStringLiteral("UID"), QString());
     QuickFilterItem item(data);
     const QString uid = item.getUid();
-    QVERIFY(QRegularExpression(QStringLiteral("^[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}$"))
+    QVERIFY(QRegularExpression(
+                QStringLiteral("^[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}$"))
                 .match(uid)
                 .hasMatch());
     QCOMPARE(data.value(QStringLiteral("UID")).toString(), uid); // both dictionaries
@@ -146,31 +147,38 @@ void tst_QuickFilters::dateCondition_data()
     QTest::addColumn<bool>("passes");
 
     const QDateTime now = local(2026, 3, 20);
-    QTest::newRow("within 7 days, 6 ago") << 1u << 0u << qint64(7) << now.addDays(-6) << now << true;
-    QTest::newRow("within 7 days, 8 ago") << 1u << 0u << qint64(7) << now.addDays(-8) << now << false;
-    QTest::newRow("older 7 days, 6 ago") << 2u << 0u << qint64(7) << now.addDays(-6) << now << false;
+    QTest::newRow("within 7 days, 6 ago")
+        << 1u << 0u << qint64(7) << now.addDays(-6) << now << true;
+    QTest::newRow("within 7 days, 8 ago")
+        << 1u << 0u << qint64(7) << now.addDays(-8) << now << false;
+    QTest::newRow("older 7 days, 6 ago")
+        << 2u << 0u << qint64(7) << now.addDays(-6) << now << false;
     QTest::newRow("older 7 days, 8 ago") << 2u << 0u << qint64(7) << now.addDays(-8) << now << true;
-    QTest::newRow("on the limit, within") << 1u << 0u << qint64(7) << now.addDays(-7) << now << true;
+    QTest::newRow("on the limit, within")
+        << 1u << 0u << qint64(7) << now.addDays(-7) << now << true;
     QTest::newRow("on the limit, older") << 2u << 0u << qint64(7) << now.addDays(-7) << now << true;
-    QTest::newRow("other mode means within") << 9u << 1u << qint64(1) << now.addDays(-6) << now << true;
+    QTest::newRow("other mode means within")
+        << 9u << 1u << qint64(1) << now.addDays(-6) << now << true;
     QTest::newRow("no mode") << 0u << 0u << qint64(1) << now.addYears(-5) << now << true;
     // Unit 5 adds nothing: "within" passes only future dates, "older" everything past.
     QTest::newRow("unit 5 within past") << 1u << 5u << qint64(7) << now.addSecs(-1) << now << false;
-    QTest::newRow("unit 5 within future") << 1u << 5u << qint64(7) << now.addSecs(60) << now << true;
+    QTest::newRow("unit 5 within future")
+        << 1u << 5u << qint64(7) << now.addSecs(60) << now << true;
     QTest::newRow("unit 5 older") << 2u << 5u << qint64(7) << now.addSecs(-1) << now << true;
     // 31 January plus one month is the end of February.
-    QTest::newRow("month from 31 Jan, 28 Feb") << 1u << 2u << qint64(1) << local(2026, 1, 31)
-                                               << local(2026, 2, 28) << true;
-    QTest::newRow("month from 31 Jan, 1 Mar") << 1u << 2u << qint64(1) << local(2026, 1, 31)
-                                              << local(2026, 3, 1) << false;
-    QTest::newRow("leap year 29 Feb") << 1u << 2u << qint64(1) << local(2024, 1, 31)
-                                      << local(2024, 2, 29) << true;
-    QTest::newRow("year from 29 Feb") << 2u << 3u << qint64(1) << local(2024, 2, 29)
-                                      << local(2025, 2, 28) << true;
+    QTest::newRow("month from 31 Jan, 28 Feb")
+        << 1u << 2u << qint64(1) << local(2026, 1, 31) << local(2026, 2, 28) << true;
+    QTest::newRow("month from 31 Jan, 1 Mar")
+        << 1u << 2u << qint64(1) << local(2026, 1, 31) << local(2026, 3, 1) << false;
+    QTest::newRow("leap year 29 Feb")
+        << 1u << 2u << qint64(1) << local(2024, 1, 31) << local(2024, 2, 29) << true;
+    QTest::newRow("year from 29 Feb")
+        << 2u << 3u << qint64(1) << local(2024, 2, 29) << local(2025, 2, 28) << true;
     // Weeks count calendar days across the spring change (Berlin, 29 March 2026).
-    QTest::newRow("week over DST") << 1u << 1u << qint64(1) << local(2026, 3, 26, 12)
-                                   << local(2026, 4, 2, 12) << true;
-    QTest::newRow("absurd value") << 1u << 3u << (qint64(1) << 62) << now.addYears(-100) << now << true;
+    QTest::newRow("week over DST")
+        << 1u << 1u << qint64(1) << local(2026, 3, 26, 12) << local(2026, 4, 2, 12) << true;
+    QTest::newRow("absurd value") << 1u << 3u << (qint64(1) << 62) << now.addYears(-100) << now
+                                  << true;
 }
 
 void tst_QuickFilters::dateCondition()
@@ -228,8 +236,8 @@ void tst_QuickFilters::defaultFilterRecords()
 {
     PropertyArray target;
     target.append(QStringLiteral("placeholder"));
-    const QString uid = QuickFilterList::addDefaultFilter(QStringLiteral("Music"), {"mp3", "wav"},
-                                                          0, target, 0);
+    const QString uid =
+        QuickFilterList::addDefaultFilter(QStringLiteral("Music"), {"mp3", "wav"}, 0, target, 0);
     QCOMPARE(target.size(), 2);
     const PropertyDictionary made = target.at(0).toDictionary();
     QCOMPARE(made.value(QStringLiteral("UID")).toString(), uid);

@@ -19,7 +19,8 @@ void tst_Scheduler::virtualTimeRunsTasksInOrder()
     const QDateTime start = scheduler.now();
     QStringList log;
     const auto at = [&](const char *what) {
-        log.append(QStringLiteral("%1@%2").arg(QLatin1String(what)).arg(start.msecsTo(scheduler.now())));
+        log.append(
+            QStringLiteral("%1@%2").arg(QLatin1String(what)).arg(start.msecsTo(scheduler.now())));
     };
     scheduler.schedule(10s, [&] { at("ten"); });
     const auto repeating = scheduler.scheduleRepeating(4s, [&] { at("tick"); });
@@ -33,7 +34,7 @@ void tst_Scheduler::virtualTimeRunsTasksInOrder()
     QCOMPARE(log, QStringList{"zero@0"});
     scheduler.advance(12s);
     QCOMPARE(log, (QStringList{"zero@0", "nested@1000", "tick@4000", "tick@8000", "ten@10000",
-                          "tick@12000"}));
+                               "tick@12000"}));
     QCOMPARE(start.msecsTo(scheduler.now()), 12000);
     scheduler.cancel(repeating);
     scheduler.cancel(repeating); // twice is harmless

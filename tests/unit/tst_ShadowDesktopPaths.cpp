@@ -67,7 +67,9 @@ void tst_ShadowDesktopPaths::uniqueNames()
 {
     SandboxHome sandbox;
     const QString d = sandbox.desktop();
-    const auto unique = [](const QString &path) { return Brevano::generateUniqueFilename(path); };
+    const auto unique = [](const QString &path) {
+        return Brevano::generateUniqueFilename(path);
+    };
 
     sandbox.write(QStringLiteral("Desktop/Report 2.pdf"), "");
     QCOMPARE(unique(d + "/Report.pdf"), d + "/Report.pdf"); // free: unchanged

@@ -1,24 +1,17 @@
 #include "VirtualScheduler.h"
 
-Scheduler::TaskId VirtualScheduler::schedule(std::chrono::milliseconds delay, Task task)
-{
-    return add(delay, false, std::move(task));
-}
-
-Scheduler::TaskId VirtualScheduler::scheduleRepeating(std::chrono::milliseconds interval,
-                                                      Task task)
-{
-    return add(interval, true, std::move(task));
-}
-
-Scheduler::TaskId VirtualScheduler::add(std::chrono::milliseconds delay, bool repeating, Task task)
+Scheduler::TaskId VirtualScheduler::start(std::chrono::milliseconds delay, bool repeating,
+                                          Task task)
 {
     const TaskId id = m_nextId++;
     m_tasks.emplace(id, Entry{m_now.addMSecs(delay.count()), delay, repeating, std::move(task)});
     return id;
 }
 
-void VirtualScheduler::cancel(TaskId id) { m_tasks.erase(id); }
+void VirtualScheduler::cancel(TaskId id)
+{
+    m_tasks.erase(id);
+}
 
 void VirtualScheduler::advance(std::chrono::milliseconds duration)
 {
@@ -27,7 +20,8 @@ void VirtualScheduler::advance(std::chrono::milliseconds duration)
         // The earliest due task; ties go to the one scheduled first.
         auto next = m_tasks.end();
         for (auto it = m_tasks.begin(); it != m_tasks.end(); ++it) {
-            if (it->second.due <= end && (next == m_tasks.end() || it->second.due < next->second.due))
+            if (it->second.due <= end &&
+                (next == m_tasks.end() || it->second.due < next->second.due))
                 next = it;
         }
         if (next == m_tasks.end())

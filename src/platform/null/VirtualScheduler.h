@@ -18,8 +18,6 @@ public:
     }
 
     QDateTime now() const override { return m_now; }
-    TaskId schedule(std::chrono::milliseconds delay, Task task) override;
-    TaskId scheduleRepeating(std::chrono::milliseconds interval, Task task) override;
     void cancel(TaskId id) override;
 
     void advance(std::chrono::milliseconds duration);
@@ -35,7 +33,7 @@ private:
         Task task;
     };
 
-    TaskId add(std::chrono::milliseconds delay, bool repeating, Task task);
+    TaskId start(std::chrono::milliseconds delay, bool repeating, Task task) override;
 
     QDateTime m_now;
     TaskId m_nextId = 1;
