@@ -7,6 +7,9 @@
 #include <QFileInfo>
 #include <QSaveFile>
 
+#include <cerrno>
+#include <cstring>
+
 #include <cstdio>
 
 PropertyListFile::LoadResult PropertyListFile::load() const

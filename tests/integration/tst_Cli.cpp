@@ -1,6 +1,7 @@
 #include "SandboxHome.h"
 
 #include <QProcess>
+#include <QStandardPaths>
 #include <QtTest>
 
 namespace {
@@ -26,6 +27,7 @@ private slots:
     void ignoreCommands();
     void filtersAndHelp();
     void malformedDataFileIsKept();
+    void anotherWritersFileKeepsEveryValue();
 
 private:
     Result run(const QStringList &args, const QString &workingDirectory = QString())
@@ -214,6 +216,33 @@ void tst_Cli::malformedDataFileIsKept()
     r = run({"get", "TidyFrequency"});
     QCOMPARE(r.out, QStringLiteral("2\n"));
     QCOMPARE(r.err, QString());
+}
+
+// A data file from another property-list writer goes through a real load and
+// save; that writer's reader then finds every one of its values unchanged.
+void tst_Cli::anotherWritersFileKeepsEveryValue()
+{
+    const QString fixture = qEnvironmentVariable("BREVANO_TEST_DATA") + "/plistlib-written.plist";
+    QFile source(fixture);
+    QVERIFY(source.open(QIODevice::ReadOnly));
+    m_sandbox->write(QStringLiteral(".local/share/Brevano/Brevano.data"), source.readAll());
+    QCOMPARE(run({"get", "TidyFrequency"}).out, QStringLiteral("4\n"));
+    QCOMPARE(run({"get", "GrowlOnEmpty"}).out, QStringLiteral("false\n")); // integer 0
+    QCOMPARE(run({"set", "PinPanel", "true"}).status, 0);
+
+    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
+    if (python.isEmpty())
+        QSKIP("python3 is not installed");
+    QProcess check;
+    check.start(python, {"-c",
+                         "import plistlib,sys\n"
+                         "a=plistlib.load(open(sys.argv[1],'rb'))\n"
+                         "b=plistlib.load(open(sys.argv[2],'rb'))\n"
+                         "bad=[k for k in a if a[k]!=b.get(k)]\n"
+                         "print(bad); sys.exit(1 if bad or b['PinPanel'] is not True else 0)",
+                         fixture, m_sandbox->dataFile()});
+    QVERIFY(check.waitForFinished());
+    QVERIFY2(check.exitCode() == 0, check.readAllStandardOutput().constData());
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
