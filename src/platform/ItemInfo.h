@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+// What kind of item a path is, as the tidy engine tests it. The bits never
+// describe what a symbolic link points to, only the link itself.
+class ItemInfo
+{
+public:
+    enum Flag : quint32 {
+        Package = 2,    // a folder shown as one item (an application bundle, say)
+        Container = 8,  // a folder
+        AliasFile = 16, // a symbolic link
+        Invisible = 64, // hidden from the user
+    };
+
+    virtual ~ItemInfo() = default;
+    // Zero when nothing can be read at the path.
+    virtual quint32 flags(const QString &path) const = 0;
+    // The localised kind of the item ("PNG image"), or an empty string.
+    virtual QString kindText(const QString &path) const = 0;
+};
