@@ -54,8 +54,10 @@ std::optional<TrashFolder> trashFor(const QString &path, const struct stat &item
     QDir().mkpath(parentOf(home));
     makeFolder(home);
     struct stat homeInfo;
-    if (lstatPath(home, homeInfo) && homeInfo.st_dev == item.st_dev && usableFolder(home, true))
-        return TrashFolder{home, QString()};
+    const bool homeReadable = lstatPath(home, homeInfo);
+    // Items on the home trash's file system go there or nowhere.
+    if (homeReadable && homeInfo.st_dev == item.st_dev)
+        return usableFolder(home, true) ? std::optional(TrashFolder{home, QString()}) : std::nullopt;
 
     const QString topdir = FreedesktopTrash::mountTopdir(path);
     const QString uid = QString::number(::getuid());

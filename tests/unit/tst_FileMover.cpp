@@ -1,0 +1,143 @@
+#include "FileMover.h"
+#include "FileTree.h"
+#include "SandboxHome.h"
+#include "TmpfsMount.h"
+
+#include <QtTest>
+
+namespace {
+// A folder with a nested file, an empty folder, a link and odd permissions.
+void makeTree(const SandboxHome &sandbox, const QString &relative)
+{
+    sandbox.write(relative + "/a.txt", "alpha");
+    sandbox.write(relative + "/sub/deeper/b.bin", QByteArray(300000, '\x5A'));
+    QDir(sandbox.home()).mkpath(relative + "/empty");
+    QFile::link("a.txt", sandbox.home() + '/' + relative + "/link-to-a");
+    QFile::link("/nonexistent/target", sandbox.home() + '/' + relative + "/dangling");
+    QFile::setPermissions(sandbox.home() + '/' + relative + "/a.txt",
+                          QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup);
+    QFile file(sandbox.home() + '/' + relative + "/sub/deeper/b.bin");
+    file.open(QIODevice::ReadWrite);
+    file.setFileTime(QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6)), QFileDevice::FileModificationTime);
+}
+} // namespace
+
+class tst_FileMover : public QObject
+{
+    Q_OBJECT
+private slots:
+    void cleanup() { FileMover::setFaultHookForTesting({}); }
+    void movesWithinAFileSystemWithoutReplacing();
+    void movesAcrossFileSystems();
+    void failureBeforeTheSourceGoesLeavesItWhole();
+    void fullDiskLeavesNothingBehind();
+};
+
+void tst_FileMover::movesWithinAFileSystemWithoutReplacing()
+{
+    SandboxHome sandbox;
+    const QString d = sandbox.desktop();
+    makeTree(sandbox, "Desktop/Folder");
+    const auto before = fingerprint(d + "/Folder");
+    QVERIFY(FileMover::move(d + "/Folder", sandbox.home() + "/Folder").moved());
+    QCOMPARE(fingerprint(sandbox.home() + "/Folder"), before);
+    QVERIFY(!QFileInfo::exists(d + "/Folder"));
+
+    // A link moves as a link; what it points to stays.
+    sandbox.write("target.txt", "t");
+    QFile::link(sandbox.home() + "/target.txt", d + "/link");
+    QVERIFY(FileMover::move(d + "/link", sandbox.home() + "/moved-link").moved());
+    QVERIFY(QFileInfo(sandbox.home() + "/moved-link").isSymLink());
+    QVERIFY(QFileInfo::exists(sandbox.home() + "/target.txt"));
+
+    // A taken name (file, folder or dangling link) is never replaced.
+    sandbox.write("Desktop/Notes.txt", "new");
+    for (const QString &taken : {QStringLiteral("taken-file"), QStringLiteral("taken-folder"),
+                                 QStringLiteral("taken-link")}) {
+        const QString target = sandbox.home() + '/' + taken;
+        if (taken.endsWith("file"))
+            sandbox.write(taken, "old");
+        else if (taken.endsWith("folder"))
+            QDir().mkpath(target); // empty: a plain rename(2) would replace it
+        else
+            QFile::link("/nowhere", target);
+        const FileMover::Result result = FileMover::move(d + "/Notes.txt", target);
+        QCOMPARE(result.status, FileMover::Status::TargetExists);
+        QVERIFY(QFileInfo::exists(d + "/Notes.txt"));
+    }
+    QFile old(sandbox.home() + "/taken-file");
+    QVERIFY(old.open(QIODevice::ReadOnly));
+    QCOMPARE(old.readAll(), QByteArray("old"));
+    QDir().mkpath(d + "/Dir");
+    QCOMPARE(FileMover::move(d + "/Dir", sandbox.home() + "/taken-folder").status,
+             FileMover::Status::TargetExists);
+
+    const FileMover::Result missing = FileMover::move(d + "/missing", sandbox.home() + "/x");
+    QCOMPARE(missing.status, FileMover::Status::Failed);
+    QVERIFY(!missing.message.isEmpty());
+}
+
+void tst_FileMover::movesAcrossFileSystems()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    SandboxHome sandbox;
+    makeTree(sandbox, "Desktop/Folder");
+    sandbox.write("Desktop/file.txt", "one file");
+    const auto folder = fingerprint(sandbox.desktop() + "/Folder");
+    const auto file = fingerprint(sandbox.desktop() + "/file.txt");
+
+    QVERIFY(FileMover::move(sandbox.desktop() + "/Folder", other.path() + "/Folder").moved());
+    QVERIFY(FileMover::move(sandbox.desktop() + "/file.txt", other.path() + "/file.txt").moved());
+    QCOMPARE(fingerprint(other.path() + "/Folder"), folder);
+    QCOMPARE(fingerprint(other.path() + "/file.txt"), file);
+    QVERIFY(!QFileInfo::exists(sandbox.desktop() + "/Folder"));
+    QVERIFY(!QFileInfo::exists(sandbox.desktop() + "/file.txt"));
+    // No temporary copy is left beside the target.
+    QCOMPARE(QDir(other.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+             (QStringList{"file.txt", "Folder"}));
+
+    // Across file systems a taken name is not replaced either.
+    sandbox.write("Desktop/file.txt", "second");
+    QCOMPARE(FileMover::move(sandbox.desktop() + "/file.txt", other.path() + "/file.txt").status,
+             FileMover::Status::TargetExists);
+    QCOMPARE(fingerprint(other.path() + "/file.txt"), file);
+}
+
+void tst_FileMover::failureBeforeTheSourceGoesLeavesItWhole()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    SandboxHome sandbox;
+    makeTree(sandbox, "Desktop/Folder");
+    const auto before = fingerprint(sandbox.desktop() + "/Folder");
+    FileMover::setFaultHookForTesting([](const QString &) { return false; });
+    const FileMover::Result result =
+        FileMover::move(sandbox.desktop() + "/Folder", other.path() + "/Folder");
+    QCOMPARE(result.status, FileMover::Status::Failed);
+    QCOMPARE(fingerprint(sandbox.desktop() + "/Folder"), before);
+    QVERIFY(QDir(other.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+void tst_FileMover::fullDiskLeavesNothingBehind()
+{
+    TmpfsMount small(QStringLiteral("64k"));
+    REQUIRE_TMPFS(small);
+    SandboxHome sandbox;
+    sandbox.write("Desktop/big.bin", QByteArray(1024 * 1024, '\x42'));
+    makeTree(sandbox, "Desktop/Folder"); // 300 kB inside
+    const auto big = fingerprint(sandbox.desktop() + "/big.bin");
+    const auto folder = fingerprint(sandbox.desktop() + "/Folder");
+    for (const QString &name : {QStringLiteral("big.bin"), QStringLiteral("Folder")}) {
+        const FileMover::Result result =
+            FileMover::move(sandbox.desktop() + '/' + name, small.path() + '/' + name);
+        QCOMPARE(result.status, FileMover::Status::Failed);
+        QVERIFY2(result.message.contains("space"), qPrintable(result.message));
+    }
+    QCOMPARE(fingerprint(sandbox.desktop() + "/big.bin"), big);
+    QCOMPARE(fingerprint(sandbox.desktop() + "/Folder"), folder);
+    QVERIFY(QDir(small.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+QTEST_GUILESS_MAIN(tst_FileMover)
+#include "tst_FileMover.moc"
