@@ -1,22 +1,67 @@
 #include "Brevano.h"
 
 #include "BrevanoData.h"
+#include "DirectoryListing.h"
+#include "FileMover.h"
+#include "FileStat.h"
+#include "FileViewer.h"
+#include "FreedesktopFileViewer.h"
+#include "FreedesktopNotifier.h"
+#include "FreedesktopTrash.h"
+#include "ItemInfo.h"
+#include "LocalItemInfo.h"
+#include "ModifiedDateFilter.h"
+#include "ModifierKeys.h"
+#include "NotificationCenter.h"
 #include "QtScheduler.h"
 #include "TidyFrequency.h"
+#include "Trash.h"
+#include "UserNotifier.h"
+
+#include <QDir>
+#include <QFileSystemWatcher>
 
 static const QString kEnabled = QStringLiteral("Enabled");
 static const QString kLocations = QStringLiteral("Locations");
 static const QString kRules = QStringLiteral("Rules");
+static const QString kCancelTidyAction = QStringLiteral("userNotificationActionCancelTidy:");
+static const QString kGrowlClickedAction = QStringLiteral("growlNotificationWasClicked:");
 
-Brevano::Brevano(BrevanoData &data, Scheduler &scheduler, QObject *parent)
-    : QObject(parent), m_data(data), m_scheduler(scheduler), m_paths(data),
-      m_nextCheckDate(scheduler.now().addMSecs(kTimerUpdateInterval.count()))
+Brevano::Brevano(BrevanoData &data, const EngineServices &services, QObject *parent)
+    : QObject(parent), m_data(data), m_services(services), m_paths(data),
+      m_candidates(data, services.itemInfo), m_mover(services.trash),
+      m_folderSize([&scheduler = services.scheduler] { return scheduler.now(); })
 {
+    // Operations a notification may name as its action.
+    m_actions.insert(kCancelTidyAction,
+                     [this](const QVariantMap &info) { userNotificationActionCancelTidy(info); });
+    m_actions.insert(kGrowlClickedAction,
+                     [this](const QVariantMap &info) { growlNotificationWasClicked(info); });
+    m_services.notifier.setActivationHandler(
+        [this](const QVariantMap &userInfo) { userNotificationActivated(userInfo); });
+    restartUpdateTimer();
+}
+
+Brevano::~Brevano()
+{
+    m_services.notifier.setActivationHandler({});
+    m_services.scheduler.cancel(m_timer);
+    m_services.scheduler.cancel(m_retry);
+    m_services.scheduler.cancel(m_watchLatency);
+    for (Scheduler::TaskId pass : std::as_const(m_pendingPasses))
+        m_services.scheduler.cancel(pass);
 }
 
 Brevano &Brevano::sharedInstance()
 {
-    static Brevano engine(BrevanoData::sharedInstance(), QtScheduler::instance());
+    static LocalItemInfo itemInfo;
+    static FreedesktopTrash trash;
+    static FreedesktopNotifier notifier;
+    static FreedesktopFileViewer fileViewer;
+    static NoModifierKeys modifierKeys;
+    static Brevano engine(BrevanoData::sharedInstance(),
+                          EngineServices{QtScheduler::instance(), NotificationCenter::defaultCenter(),
+                                         itemInfo, trash, notifier, fileViewer, modifierKeys});
     return engine;
 }
 
@@ -38,14 +83,211 @@ void Brevano::linkSaveData(PropertyDictionary root)
         m_saveData.insert(kRules, PropertyArray());
 }
 
-bool Brevano::getEnabled() const
+bool Brevano::getEnabled() const { return m_saveData.value(kEnabled).boolValue(false); }
+
+void Brevano::setEnabled(bool enabled) { m_saveData.insert(kEnabled, enabled); }
+
+// ---- candidates ----
+
+quint32 Brevano::getFileFlags(const QString &path) const { return m_services.itemInfo.flags(path); }
+
+bool Brevano::isFileHidden(const QString &path, bool) const
 {
-    return m_saveData.value(kEnabled).boolValue(false);
+    return getFileFlags(path) & ItemInfo::Invisible;
 }
 
-void Brevano::setEnabled(bool enabled)
+bool Brevano::isFileAlias(const QString &path) const
 {
-    m_saveData.insert(kEnabled, enabled);
+    return getFileFlags(path) & ItemInfo::AliasFile;
+}
+
+bool Brevano::isFilePackage(const QString &path) const
+{
+    return getFileFlags(path) & ItemInfo::Package;
+}
+
+bool Brevano::getRecentChangesInFolder(const QString &folder) const
+{
+    return m_candidates.getRecentChangesInFolder(folder, m_services.scheduler.now());
+}
+
+quint32 Brevano::shouldIgnoreFile(const QString &path, bool ignoreChangingFiles, bool isRepeatTidy)
+{
+    const auto assessment = m_candidates.assess(path, ignoreChangingFiles, m_services.scheduler.now());
+    using Change = CandidateSelector::Change;
+    if (assessment.change == Change::FolderChanging || assessment.change == Change::FileChanging) {
+        armRetry();
+        const bool folder = assessment.change == Change::FolderChanging;
+        if (!isRepeatTidy && notificationsAllow(m_data.getGrowlDeferredTidy())) {
+            notifyUser(folder ? QStringLiteral("Skipping Folder") : QStringLiteral("Skipping File"),
+                       folder ? QStringLiteral("Folder was skipped because the folder or its "
+                                               "contents are currently being changed. Brevano will "
+                                               "try again when no further changes are detected")
+                              : QStringLiteral("File was skipped because it is currently being "
+                                               "changed. Brevano will try again when no more "
+                                               "changes are detected"),
+                       QString(), folder ? QStringLiteral("SkippingFolder") : QStringLiteral("SkippingFile"));
+        }
+    }
+    return assessment.verdict;
+}
+
+bool Brevano::filePassesDateFilter(const QString &path) const
+{
+    return ModifiedDateFilter::passes(m_data.getDateFilter(), FileStat::modificationDate(path),
+                                      m_services.scheduler.now());
+}
+
+QStringList Brevano::desktopEntries() const
+{
+    const QString desktop = QDir::cleanPath(getDesktopFolder());
+    const QString shadow = QDir::cleanPath(getTargetFilename());
+    if (desktop == QDir::cleanPath(QDir::homePath()) || desktop == u"/" || desktop == shadow) {
+        qWarning("Brevano: not tidying %s: it is the home folder or the Shadow Desktop itself",
+                 qPrintable(desktop));
+        return {};
+    }
+    QStringList entries = DirectoryListing::entries(desktop);
+    // A Shadow Desktop kept on the Desktop is never moved into itself.
+    entries.removeIf([&](const QString &entry) {
+        return shadow == entry || shadow.startsWith(entry + u'/');
+    });
+    return entries;
+}
+
+void Brevano::armRetry()
+{
+    m_services.scheduler.cancel(m_retry); // at most one retry is ever pending
+    m_retry = m_services.scheduler.schedule(kRetryDelay, [this] {
+        m_retry = 0;
+        repeatTidy();
+    });
+}
+
+// ---- the tidy ----
+
+void Brevano::performTidyFromRequest(int request)
+{
+    if (request == TidyRequestManual || request == TidyRequestRepeat)
+        delayAutomatedTidy();
+    else if (request == TidyRequestScheduled && !getEnabled())
+        return;
+
+    // Is there anything to move at all? The change tests stay off here.
+    bool anyCandidate = false;
+    for (const QString &entry : desktopEntries()) {
+        if (isFileHidden(entry))
+            continue;
+        if (shouldIgnoreFile(entry, true, false) == CandidateSelector::CandidateMove) {
+            anyCandidate = true;
+            break;
+        }
+    }
+    if (!anyCandidate) {
+        if (notificationsAllow(m_data.getGrowlBeforeTidy()) && !m_data.getGrowlBeforeTidyOnlyIfFiles())
+            notifyUser(QStringLiteral("Tidy Skipped"),
+                       QStringLiteral("Brevano found no files on the Desktop and will skip this Tidy"),
+                       QString(), QStringLiteral("TidySkipped"));
+        emit tidySkipped();
+        return;
+    }
+
+    if (request == TidyRequestRepeat) {
+        m_isRepeatTidy = true;
+        performTidyNow();
+    } else if (request == TidyRequestManual) {
+        if (notificationsAllow(m_data.getGrowlBeforeTidy()))
+            notifyUser(QStringLiteral("Manual Tidy Started"), QStringLiteral("Manual Tidy has started"),
+                       QString(), QStringLiteral("ManualStart"));
+        m_isRepeatTidy = false;
+        performTidyNow();
+    } else {
+        if (notificationsAllow(m_data.getGrowlBeforeTidy()))
+            notifyUser(QStringLiteral("Scheduled Tidy Will Start"),
+                       QStringLiteral("Brevano will tidy your desktop in 10 seconds. Click here to "
+                                      "postpone"),
+                       kCancelTidyAction, QStringLiteral("ScheduledStart"));
+        m_isRepeatTidy = false;
+        auto id = std::make_shared<Scheduler::TaskId>();
+        *id = m_services.scheduler.schedule(kAnnouncementDelay, [this, id] {
+            m_pendingPasses.remove(*id);
+            performTidyNow();
+        });
+        m_pendingPasses.insert(*id);
+    }
+}
+
+void Brevano::performTidyNow()
+{
+    m_services.scheduler.cancel(m_retry);
+    m_retry = 0;
+    qint64 found = 0;
+    qint64 moved = 0;
+    if (m_data.getOperationMode() == 0) {
+        for (const QString &entry : desktopEntries()) {
+            if (isFileHidden(entry))
+                continue;
+            const quint32 verdict = shouldIgnoreFile(entry, false, m_isRepeatTidy);
+            if (verdict == CandidateSelector::CandidateIgnored)
+                continue;
+            ++found;
+            const QString name = ShadowDesktopPaths::lastPathComponent(entry);
+            if (verdict == CandidateSelector::CandidateDeferred) {
+                emit tidyItemProcessed(entry, ItemResult::Deferred, QString(), QString());
+                continue;
+            }
+            const OverwriteMover::Outcome outcome =
+                m_mover.move(entry, getTargetPathFromSourcePath(entry), m_data.getOverwriteMode());
+            if (outcome.moved) {
+                ++moved;
+                if (notificationsAllow(m_data.getGrowlFileMoved()))
+                    notifyUser(QStringLiteral("Moved File"),
+                               QStringLiteral("Moved file '%1' to Shadow Desktop").arg(name),
+                               QString(), QStringLiteral("MovedFile"));
+            } else if (notificationsAllow(m_data.getGrowlFileMoveFailed())) {
+                notifyUser(QStringLiteral("Move File Failed"),
+                           QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(name),
+                           QString(), QStringLiteral("MoveFailed"));
+            }
+            emit tidyItemProcessed(entry, outcome.moved ? ItemResult::Moved : ItemResult::Failed,
+                                   outcome.target, outcome.reason);
+        }
+    }
+    if (notificationsAllow(m_data.getGrowlOnComplete()) && found > 0)
+        notifyUser(QStringLiteral("Tidy Complete"),
+                   QStringLiteral("Moved %1 of %2 items found to Shadow Desktop").arg(moved).arg(found),
+                   QString(), QStringLiteral("TidyComplete"));
+    m_services.notifications.post(NotificationCenter::TidyComplete);
+    emit tidyPassFinished(moved, found);
+}
+
+bool Brevano::doMoveFileFrom(const QString &source, const QString &target, qint64 *filesMoved)
+{
+    const bool moved = m_mover.move(source, target, m_data.getOverwriteMode()).moved;
+    if (moved && filesMoved)
+        ++*filesMoved;
+    return moved;
+}
+
+// ---- schedule ----
+
+void Brevano::restartUpdateTimer()
+{
+    m_services.scheduler.cancel(m_timer);
+    m_timer = m_services.scheduler.scheduleRepeating(kTimerUpdateInterval, [this] { performTidy(); });
+    m_nextCheckDate = m_services.scheduler.now().addMSecs(kTimerUpdateInterval.count());
+}
+
+void Brevano::performTidy()
+{
+    const QDateTime now = m_services.scheduler.now();
+    m_nextCheckDate = now.addMSecs(kTimerUpdateInterval.count());
+    if (!getEnabled())
+        return;
+    if (getNextTidyDate() < now) {
+        m_data.setLastTidyTime(now);
+        performTidyFromRequest(TidyRequestScheduled);
+    }
 }
 
 QDateTime Brevano::getNextTidyDate() const
@@ -57,3 +299,134 @@ QDateTime Brevano::getEarliestTidyDate() const
 {
     return std::max(m_nextCheckDate, getNextTidyDate());
 }
+
+void Brevano::initializeEventStream()
+{
+    closeEventStream();
+    m_watcher = std::make_unique<QFileSystemWatcher>(QStringList{getDesktopFolder()});
+    // Changes are gathered for the latency and then reported once.
+    connect(m_watcher.get(), &QFileSystemWatcher::directoryChanged, this, [this] {
+        if (m_watchLatency != 0)
+            return;
+        m_watchLatency = m_services.scheduler.schedule(kChangeWatchLatency, [this] {
+            m_watchLatency = 0;
+            delayAutomatedTidyDueToChange();
+        });
+    });
+}
+
+void Brevano::closeEventStream()
+{
+    m_watcher.reset();
+    m_services.scheduler.cancel(m_watchLatency);
+    m_watchLatency = 0;
+}
+
+void Brevano::delayAutomatedTidyDueToChange()
+{
+    m_earliestTidy = m_services.scheduler.now().addMSecs(kChangeWatchDelay.count());
+}
+
+// ---- notifications ----
+
+bool Brevano::notificationsAllow(bool setting) const { return m_data.getGrowlEnabled() && setting; }
+
+void Brevano::notifyUser(const QString &title, const QString &description,
+                         const QString &actionSelectorName, const QString &identifier)
+{
+    UserNotification notification{title, description, identifier, {}};
+    if (!actionSelectorName.isEmpty())
+        notification.userInfo.insert(QStringLiteral("ActionSelector"), actionSelectorName);
+    m_services.notifier.deliver(notification);
+}
+
+void Brevano::userNotificationActivated(const QVariantMap &userInfo)
+{
+    const auto action = m_actions.constFind(userInfo.value(QStringLiteral("ActionSelector")).toString());
+    if (action != m_actions.constEnd())
+        (*action)(userInfo);
+}
+
+void Brevano::userNotificationActionCancelTidy(const QVariantMap &)
+{
+    for (Scheduler::TaskId pass : std::as_const(m_pendingPasses))
+        m_services.scheduler.cancel(pass);
+    m_pendingPasses.clear();
+}
+
+void Brevano::growlNotificationWasClicked(const QVariantMap &context)
+{
+    userNotificationActionCancelTidy(context);
+}
+
+// ---- restore, delete, empty, size ----
+
+bool Brevano::restoreItemAtPath(const QString &path, bool addToIgnore)
+{
+    if (!fileResidesInShadowDesktopRoot(path))
+        return false;
+    const QString target = getOriginalPathFromShadowPath(path);
+    if (!FileMover::move(path, target).moved())
+        return false;
+    if (addToIgnore)
+        m_data.addIgnoreFiles({target});
+    return true;
+}
+
+void Brevano::restoreAllFiles(bool addToIgnore)
+{
+    for (const QString &entry : DirectoryListing::entries(m_data.getShadowDesktopPath()))
+        restoreItemAtPath(entry, addToIgnore);
+}
+
+bool Brevano::deleteItemAtPath(const QString &path) { return m_services.trash.trash(path).ok; }
+
+void Brevano::deleteShadowDesktopContents()
+{
+    for (const QString &entry : DirectoryListing::entries(getTargetFilename()))
+        deleteItemAtPath(entry);
+    if (notificationsAllow(m_data.getGrowlOnEmpty()))
+        notifyUser(QStringLiteral("Empty Shadow Desktop Complete"),
+                   QStringLiteral("The contents of the Shadow Desktop have been moved to the trash"),
+                   QString(), QStringLiteral("EmptyComplete"));
+}
+
+void Brevano::menuItemPressed(int tag, const QString &path)
+{
+    switch (tag) {
+    case RevealFolderTag:
+        m_services.fileViewer.openFolder(path);
+        break;
+    case OpenTag:
+        m_services.fileViewer.open(path);
+        break;
+    case RevealTag:
+        m_services.fileViewer.reveal(path);
+        break;
+    case DeleteTag:
+        // Trashed, the restore finds nothing; not trashed, the item goes back to the Desktop.
+        deleteItemAtPath(path);
+        restoreItemAtPath(path, m_data.getAutoIgnoreRestoredFiles());
+        break;
+    case RestoreTag:
+        restoreItemAtPath(path, m_data.getAutoIgnoreRestoredFiles());
+        break;
+    default:
+        break;
+    }
+}
+
+quint64 Brevano::getFolderSize(const QString &path, const std::optional<QDateTime> &start) const
+{
+    return m_folderSize.getFolderSize(path, start);
+}
+
+QString Brevano::humanReadableFileType(const QString &path) const
+{
+    const QString expanded = path.startsWith(u"~/") || path == u"~"
+                                 ? QDir::homePath() + path.mid(1)
+                                 : path;
+    return m_services.itemInfo.kindText(expanded);
+}
+
+bool Brevano::isOptionPressed() const { return m_services.modifierKeys.isOptionPressed(); }

@@ -1,25 +1,46 @@
 #pragma once
 
+#include "CandidateSelector.h"
+#include "EngineServices.h"
+#include "FolderSize.h"
+#include "OverwriteMover.h"
 #include "PropertyValue.h"
+#include "Scheduler.h"
 #include "ShadowDesktopPaths.h"
 #include "TidyStatusSource.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QObject>
+#include <QSet>
+
+#include <functional>
+#include <memory>
 
 class BrevanoData;
-class Scheduler;
+class QFileSystemWatcher;
 
-// The tidy engine. Its own settings ("Enabled", "Locations", "Rules") live in a
-// dictionary inside the store's tree, so saving the store saves them too.
+// The tidy engine: which Desktop items to move, the tidy itself, its schedule,
+// the notifications it sends, and restoring, trashing and sizing what it moved.
+// Its own settings ("Enabled", "Locations", "Rules") live in a dictionary inside
+// the store's tree, so saving the store saves them too.
 class Brevano : public QObject, public TidyStatusSource
 {
     Q_OBJECT
 public:
+    enum TidyRequest : int { TidyRequestManual = 0, TidyRequestScheduled = 1, TidyRequestRepeat = 2 };
+    enum MenuTag : int { RevealFolderTag = 1, OpenTag = 2, RevealTag = 3, DeleteTag = 4, RestoreTag = 5 };
+    enum class ItemResult { Moved, Failed, Deferred };
+
     static inline const QString SaveDataKey = QStringLiteral("KVBrevanoSaveData");
     static constexpr std::chrono::milliseconds kTimerUpdateInterval{61000};
+    static constexpr std::chrono::milliseconds kAnnouncementDelay{10000};
+    static constexpr std::chrono::milliseconds kRetryDelay{30000};
+    static constexpr std::chrono::milliseconds kChangeWatchLatency{3000};
+    static constexpr std::chrono::milliseconds kChangeWatchDelay{10000};
 
-    Brevano(BrevanoData &data, Scheduler &scheduler, QObject *parent = nullptr);
+    Brevano(BrevanoData &data, const EngineServices &services, QObject *parent = nullptr);
+    ~Brevano() override;
 
     static Brevano &sharedInstance();
 
@@ -30,56 +51,107 @@ public:
 
     bool getEnabled() const override;
     void setEnabled(bool enabled);
-    PropertyArray getLocations() const
-    {
-        return m_saveData.value(QStringLiteral("Locations")).toArray();
-    }
-    PropertyArray getCommonRules() const
-    {
-        return m_saveData.value(QStringLiteral("Rules")).toArray();
-    }
+    PropertyArray getLocations() const { return m_saveData.value(QStringLiteral("Locations")).toArray(); }
+    PropertyArray getCommonRules() const { return m_saveData.value(QStringLiteral("Rules")).toArray(); }
 
-    // ---- schedule dates ----
+    // ---- candidates ----
+    quint32 getFileFlags(const QString &path) const;
+    bool isFileHidden(const QString &path, bool isFolder = false) const;
+    bool isFileAlias(const QString &path) const;
+    bool isFilePackage(const QString &path) const;
+    bool getRecentChangesInFolder(const QString &folder) const;
+    // The verdict; a changing item also arms the retry and may notify.
+    quint32 shouldIgnoreFile(const QString &path, bool ignoreChangingFiles, bool isRepeatTidy);
+    bool filePassesDateFilter(const QString &path) const;
+    // The Desktop entries a tidy looks at. None when the Desktop is the home
+    // folder or holds the Shadow Desktop itself: tidying those would move the
+    // user's whole home or the Shadow Desktop into itself.
+    QStringList desktopEntries() const;
+
+    // ---- the tidy ----
+    void performTidyFromRequest(int request);
+    void performManualTidy() { performTidyFromRequest(TidyRequestManual); }
+    void repeatTidy() { performTidyFromRequest(TidyRequestRepeat); }
+    void performTidyNow();
+    bool doMoveFileFrom(const QString &source, const QString &target, qint64 *filesMoved);
+    bool isRepeatTidy() const { return m_isRepeatTidy; }
+    void setIsRepeatTidy(bool repeat) { m_isRepeatTidy = repeat; }
+    bool hasPendingTidy() const { return !m_pendingPasses.isEmpty(); }
+    bool hasPendingRetry() const { return m_retry != 0; }
+
+    // ---- schedule ----
     static double getTimerUpdateInterval() { return kTimerUpdateInterval.count() / 1000.0; }
+    void restartUpdateTimer();
+    void delayAutomatedTidy() { restartUpdateTimer(); }
+    void performTidy(); // the check timer's tick
     QDateTime nextCheckDate() const { return m_nextCheckDate; }
     void setNextCheckDate(const QDateTime &date) { m_nextCheckDate = date; }
-    // "LastTidy" plus the tidy frequency's period.
     QDateTime getNextTidyDate() const;
-    // The later of the next check and the next due date.
     QDateTime getEarliestTidyDate() const override;
+    // The Desktop change watcher; nothing starts it, and nothing reads earliestTidy.
+    void initializeEventStream();
+    void closeEventStream();
+    void delayAutomatedTidyDueToChange();
+    QDateTime earliestTidy() const { return m_earliestTidy; }
+    bool abortMenuPopulate() const { return m_abortMenuPopulate; }
+    void setAbortMenuPopulate(bool abort) { m_abortMenuPopulate = abort; }
+
+    // ---- notifications ----
+    void notifyUser(const QString &title, const QString &description,
+                    const QString &actionSelectorName, const QString &identifier);
+    void userNotificationActivated(const QVariantMap &userInfo);
+    void userNotificationActionCancelTidy(const QVariantMap &userInfo);
+    void growlNotificationWasClicked(const QVariantMap &context);
+
+    // ---- restore, delete, empty, size ----
+    bool restoreItemAtPath(const QString &path, bool addToIgnore);
+    void restoreAllFiles(bool addToIgnore);
+    bool deleteItemAtPath(const QString &path);
+    void deleteShadowDesktopContents();
+    void menuItemPressed(int tag, const QString &path);
+    quint64 getFolderSize(const QString &path, const std::optional<QDateTime> &start) const;
+    QString humanReadableFileType(const QString &path) const;
+    bool isOptionPressed() const;
 
     // ---- paths ----
     const ShadowDesktopPaths &paths() const { return m_paths; }
     QString getDesktopFolder() const { return m_paths.getDesktopFolder(); }
-    QString getDefaultShadowDesktopFolder() const
-    {
-        return m_paths.getDefaultShadowDesktopFolder();
-    }
-    QString getTargetFilename(const QString &name = QString()) const
-    {
-        return m_paths.getTargetFilename(name);
-    }
-    QString getTargetPathFromSourcePath(const QString &path) const
-    {
-        return m_paths.getTargetPathFromSourcePath(path);
-    }
-    QString getOriginalPathFromShadowPath(const QString &path) const
-    {
-        return m_paths.getOriginalPathFromShadowPath(path);
-    }
-    bool fileResidesInShadowDesktopRoot(const QString &path) const
-    {
-        return m_paths.fileResidesInShadowDesktopRoot(path);
-    }
-    static QString generateUniqueFilename(const QString &path)
-    {
-        return ShadowDesktopPaths::generateUniqueFilename(path);
-    }
+    QString getDefaultShadowDesktopFolder() const { return m_paths.getDefaultShadowDesktopFolder(); }
+    QString getTargetFilename(const QString &name = QString()) const { return m_paths.getTargetFilename(name); }
+    QString getTargetPathFromSourcePath(const QString &path) const { return m_paths.getTargetPathFromSourcePath(path); }
+    QString getOriginalPathFromShadowPath(const QString &path) const { return m_paths.getOriginalPathFromShadowPath(path); }
+    bool fileResidesInShadowDesktopRoot(const QString &path) const { return m_paths.fileResidesInShadowDesktopRoot(path); }
+    static QString generateUniqueFilename(const QString &path) { return ShadowDesktopPaths::generateUniqueFilename(path); }
+
+    const CandidateSelector &candidates() const { return m_candidates; }
+
+signals:
+    // One per item the move pass took up: moved (to target), failed (reason) or deferred.
+    void tidyItemProcessed(const QString &path, Brevano::ItemResult result, const QString &target,
+                           const QString &reason);
+    void tidySkipped();
+    void tidyPassFinished(qint64 moved, qint64 found);
 
 private:
+    bool notificationsAllow(bool setting) const;
+    void armRetry();
+
     BrevanoData &m_data;
-    Scheduler &m_scheduler;
+    EngineServices m_services;
     ShadowDesktopPaths m_paths;
+    CandidateSelector m_candidates;
+    OverwriteMover m_mover;
+    FolderSize m_folderSize;
     PropertyDictionary m_saveData;
+    QHash<QString, std::function<void(const QVariantMap &)>> m_actions;
+
+    bool m_isRepeatTidy = false;
+    bool m_abortMenuPopulate = false;
+    Scheduler::TaskId m_timer = 0;
+    Scheduler::TaskId m_retry = 0;
+    QSet<Scheduler::TaskId> m_pendingPasses;
     QDateTime m_nextCheckDate;
+    QDateTime m_earliestTidy;
+    std::unique_ptr<QFileSystemWatcher> m_watcher;
+    Scheduler::TaskId m_watchLatency = 0;
 };

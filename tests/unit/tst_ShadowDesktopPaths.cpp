@@ -1,8 +1,4 @@
-#include "Brevano.h"
-#include "BrevanoData.h"
-#include "NotificationCenter.h"
-#include "SandboxHome.h"
-#include "VirtualScheduler.h"
+#include "EngineFixture.h"
 
 #include <QtTest>
 
@@ -17,14 +13,13 @@ private slots:
 
 void tst_ShadowDesktopPaths::foldersAndMapping()
 {
-    SandboxHome sandbox;
+    EngineFixture f;
+    SandboxHome &sandbox = f.sandbox;
+    Brevano &engine = f.engine;
+    BrevanoData &data = f.data;
     // The Desktop comes from the XDG user directories.
     sandbox.write(QStringLiteral(".config/user-dirs.dirs"),
                   "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n");
-    VirtualScheduler scheduler;
-    NotificationCenter notifications;
-    BrevanoData data(scheduler, notifications);
-    Brevano engine(data, scheduler);
     QCOMPARE(engine.getDesktopFolder(), sandbox.home() + "/Schreibtisch");
 
     const QString root = sandbox.shadowDesktop();
@@ -52,11 +47,10 @@ void tst_ShadowDesktopPaths::foldersAndMapping()
 
 void tst_ShadowDesktopPaths::configuredFolderIsNeverCreated()
 {
-    SandboxHome sandbox;
-    VirtualScheduler scheduler;
-    NotificationCenter notifications;
-    BrevanoData data(scheduler, notifications);
-    Brevano engine(data, scheduler);
+    EngineFixture f;
+    SandboxHome &sandbox = f.sandbox;
+    Brevano &engine = f.engine;
+    BrevanoData &data = f.data;
     data.setShadowDesktopPath(sandbox.home() + "/Chosen");
     QCOMPARE(engine.getTargetFilename(QStringLiteral("a")), sandbox.home() + "/Chosen/a");
     QVERIFY(!QFileInfo::exists(sandbox.home() + "/Chosen"));

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include <functional>
+#include <optional>
+
+// The logical size (bytes of content) of a folder and everything in it, links
+// counted as links. With a start time the walk gives up 0.5 seconds after it,
+// as it enters the next folder.
+class FolderSize
+{
+public:
+    using Clock = std::function<QDateTime()>;
+    static constexpr qint64 kTimeLimitMs = 500;
+
+    explicit FolderSize(Clock now) : m_now(std::move(now)) {}
+
+    // 0 when the walk gave up or nothing is at path; a file's own size for a file.
+    quint64 getFolderSize(const QString &path, const std::optional<QDateTime> &start) const;
+
+private:
+    quint64 walk(const QByteArray &folderPath, const std::optional<QDateTime> &start,
+                 bool &aborted) const;
+
+    Clock m_now;
+};

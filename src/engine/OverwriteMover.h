@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QString>
+
+class Trash;
+
+// Moves one Desktop item into the Shadow Desktop by the overwrite mode, never
+// losing a file: 1 fails on a taken name; 2 sends the item in the way to the
+// Trash and then moves; 3 takes a free numbered name, and another if that one
+// is taken before the move lands. Other modes move nothing.
+class OverwriteMover
+{
+public:
+    enum Mode : quint32 { FailOnClash = 1, Replace = 2, KeepBoth = 3 };
+
+    struct Outcome
+    {
+        bool moved = false;
+        QString target; // where the item went, or was meant to go
+        QString reason; // why not, when !moved
+    };
+
+    explicit OverwriteMover(Trash &trash) : m_trash(trash) {}
+
+    Outcome move(const QString &source, const QString &target, quint32 mode) const;
+    // Where move() would put the item now, or an empty string for unknown modes.
+    static QString plannedTarget(const QString &target, quint32 mode);
+
+    static constexpr int kMaxNameAttempts = 100;
+
+private:
+    Trash &m_trash;
+};

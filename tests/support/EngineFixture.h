@@ -1,0 +1,94 @@
+#pragma once
+
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "FileViewer.h"
+#include "FreedesktopTrash.h"
+#include "LocalItemInfo.h"
+#include "ModifierKeys.h"
+#include "NotificationCenter.h"
+#include "PropertyListWriter.h"
+#include "RecordingNotifier.h"
+#include "SandboxHome.h"
+#include "VirtualScheduler.h"
+
+// Remembers what the engine asked the file manager to do.
+class RecordingFileViewer : public FileViewer
+{
+public:
+    bool open(const QString &path) override { return record("open", path); }
+    bool reveal(const QString &path) override { return record("reveal", path); }
+    bool openFolder(const QString &path) override { return record("openFolder", path); }
+    QStringList m_calls;
+
+private:
+    bool record(const char *what, const QString &path)
+    {
+        m_calls.append(QLatin1String(what) + ' ' + path);
+        return true;
+    }
+};
+
+class FakeModifierKeys : public ModifierKeys
+{
+public:
+    bool isOptionPressed() const override { return m_option; }
+    bool m_option = false;
+};
+
+// A store and an engine over a sandbox HOME on virtual time, with the real item
+// facts and Trash, and recording notifier and file viewer.
+struct EngineFixture
+{
+    SandboxHome sandbox;
+    VirtualScheduler scheduler;
+    NotificationCenter notifications;
+    LocalItemInfo itemInfo;
+    FreedesktopTrash trash;
+    RecordingNotifier notifier;
+    RecordingFileViewer fileViewer;
+    FakeModifierKeys modifierKeys;
+    BrevanoData data{scheduler, notifications};
+    Brevano engine{data, EngineServices{scheduler, notifications, itemInfo, trash, notifier,
+                                        fileViewer, modifierKeys}};
+
+    void load()
+    {
+        data.loadDataFile();
+        engine.linkSaveData(data.saveData());
+        data.setTidyStatusSource(&engine);
+    }
+    void writeDataFile(const PropertyDictionary &root) const
+    {
+        sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"),
+                      *PropertyListWriter::write(root));
+    }
+    // Starts from the data file another fixture saved.
+    void adoptDataFileOf(const EngineFixture &other) const
+    {
+        QFile file(other.sandbox.dataFile());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"), file.readAll());
+    }
+    // A Desktop item last modified `age` before the virtual now.
+    QString desktopItem(const QString &name, qint64 ageSeconds = 3600, const QByteArray &content = "x")
+    {
+        const QString path = sandbox.write("Desktop/" + name, content);
+        setAge(path, ageSeconds);
+        return path;
+    }
+    void setAge(const QString &path, qint64 ageSeconds)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(scheduler.now().addSecs(-ageSeconds), QFileDevice::FileModificationTime));
+    }
+    QStringList shadowEntries() const
+    {
+        return QDir(sandbox.shadowDesktop()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
+    QStringList desktopEntries() const
+    {
+        return QDir(sandbox.desktop()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+    }
+};
