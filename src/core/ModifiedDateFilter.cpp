@@ -20,8 +20,9 @@ bool ModifiedDateFilter::passes(quint32 filter, const std::optional<QDateTime> &
                                                     {3, Calendar::Unit::Month},
                                                     {6, Calendar::Unit::Month},
                                                     {1, Calendar::Unit::Year}}};
-    const QDateTime limit = filter <= periods.size()
-                                ? Calendar::add(*modified, periods[filter - 1].count, periods[filter - 1].unit)
-                                : *modified;
+    const QDateTime limit =
+        filter <= periods.size()
+            ? Calendar::add(*modified, periods[filter - 1].count, periods[filter - 1].unit)
+            : *modified;
     return !(limit < now);
 }

@@ -11,5 +11,6 @@ class ModifiedDateFilter
 public:
     // An item passes unless its modification date plus the period is strictly
     // earlier than now; with no date to read it passes.
-    static bool passes(quint32 filter, const std::optional<QDateTime> &modified, const QDateTime &now);
+    static bool passes(quint32 filter, const std::optional<QDateTime> &modified,
+                       const QDateTime &now);
 };

@@ -60,8 +60,9 @@ Brevano &Brevano::sharedInstance()
     static FreedesktopFileViewer fileViewer;
     static NoModifierKeys modifierKeys;
     static Brevano engine(BrevanoData::sharedInstance(),
-                          EngineServices{QtScheduler::instance(), NotificationCenter::defaultCenter(),
-                                         itemInfo, trash, notifier, fileViewer, modifierKeys});
+                          EngineServices{QtScheduler::instance(),
+                                         NotificationCenter::defaultCenter(), itemInfo, trash,
+                                         notifier, fileViewer, modifierKeys});
     return engine;
 }
 
@@ -83,13 +84,22 @@ void Brevano::linkSaveData(PropertyDictionary root)
         m_saveData.insert(kRules, PropertyArray());
 }
 
-bool Brevano::getEnabled() const { return m_saveData.value(kEnabled).boolValue(false); }
+bool Brevano::getEnabled() const
+{
+    return m_saveData.value(kEnabled).boolValue(false);
+}
 
-void Brevano::setEnabled(bool enabled) { m_saveData.insert(kEnabled, enabled); }
+void Brevano::setEnabled(bool enabled)
+{
+    m_saveData.insert(kEnabled, enabled);
+}
 
 // ---- candidates ----
 
-quint32 Brevano::getFileFlags(const QString &path) const { return m_services.itemInfo.flags(path); }
+quint32 Brevano::getFileFlags(const QString &path) const
+{
+    return m_services.itemInfo.flags(path);
+}
 
 bool Brevano::isFileHidden(const QString &path, bool) const
 {
@@ -113,7 +123,8 @@ bool Brevano::getRecentChangesInFolder(const QString &folder) const
 
 quint32 Brevano::shouldIgnoreFile(const QString &path, bool ignoreChangingFiles, bool isRepeatTidy)
 {
-    const auto assessment = m_candidates.assess(path, ignoreChangingFiles, m_services.scheduler.now());
+    const auto assessment =
+        m_candidates.assess(path, ignoreChangingFiles, m_services.scheduler.now());
     using Change = CandidateSelector::Change;
     if (assessment.change == Change::FolderChanging || assessment.change == Change::FileChanging) {
         armRetry();
@@ -126,7 +137,8 @@ quint32 Brevano::shouldIgnoreFile(const QString &path, bool ignoreChangingFiles,
                               : QStringLiteral("File was skipped because it is currently being "
                                                "changed. Brevano will try again when no more "
                                                "changes are detected"),
-                       QString(), folder ? QStringLiteral("SkippingFolder") : QStringLiteral("SkippingFile"));
+                       QString(),
+                       folder ? QStringLiteral("SkippingFolder") : QStringLiteral("SkippingFile"));
         }
     }
     return assessment.verdict;
@@ -149,9 +161,8 @@ QStringList Brevano::desktopEntries() const
     }
     QStringList entries = DirectoryListing::entries(desktop);
     // A Shadow Desktop kept on the Desktop is never moved into itself.
-    entries.removeIf([&](const QString &entry) {
-        return shadow == entry || shadow.startsWith(entry + u'/');
-    });
+    entries.removeIf(
+        [&](const QString &entry) { return shadow == entry || shadow.startsWith(entry + u'/'); });
     return entries;
 }
 
@@ -184,10 +195,12 @@ void Brevano::performTidyFromRequest(int request)
         }
     }
     if (!anyCandidate) {
-        if (notificationsAllow(m_data.getGrowlBeforeTidy()) && !m_data.getGrowlBeforeTidyOnlyIfFiles())
-            notifyUser(QStringLiteral("Tidy Skipped"),
-                       QStringLiteral("Brevano found no files on the Desktop and will skip this Tidy"),
-                       QString(), QStringLiteral("TidySkipped"));
+        if (notificationsAllow(m_data.getGrowlBeforeTidy()) &&
+            !m_data.getGrowlBeforeTidyOnlyIfFiles())
+            notifyUser(
+                QStringLiteral("Tidy Skipped"),
+                QStringLiteral("Brevano found no files on the Desktop and will skip this Tidy"),
+                QString(), QStringLiteral("TidySkipped"));
         emit tidySkipped();
         return;
     }
@@ -197,8 +210,9 @@ void Brevano::performTidyFromRequest(int request)
         performTidyNow();
     } else if (request == TidyRequestManual) {
         if (notificationsAllow(m_data.getGrowlBeforeTidy()))
-            notifyUser(QStringLiteral("Manual Tidy Started"), QStringLiteral("Manual Tidy has started"),
-                       QString(), QStringLiteral("ManualStart"));
+            notifyUser(QStringLiteral("Manual Tidy Started"),
+                       QStringLiteral("Manual Tidy has started"), QString(),
+                       QStringLiteral("ManualStart"));
         m_isRepeatTidy = false;
         performTidyNow();
     } else {
@@ -245,18 +259,20 @@ void Brevano::performTidyNow()
                                QStringLiteral("Moved file '%1' to Shadow Desktop").arg(name),
                                QString(), QStringLiteral("MovedFile"));
             } else if (notificationsAllow(m_data.getGrowlFileMoveFailed())) {
-                notifyUser(QStringLiteral("Move File Failed"),
-                           QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(name),
-                           QString(), QStringLiteral("MoveFailed"));
+                notifyUser(
+                    QStringLiteral("Move File Failed"),
+                    QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(name),
+                    QString(), QStringLiteral("MoveFailed"));
             }
             emit tidyItemProcessed(entry, outcome.moved ? ItemResult::Moved : ItemResult::Failed,
                                    outcome.target, outcome.reason);
         }
     }
     if (notificationsAllow(m_data.getGrowlOnComplete()) && found > 0)
-        notifyUser(QStringLiteral("Tidy Complete"),
-                   QStringLiteral("Moved %1 of %2 items found to Shadow Desktop").arg(moved).arg(found),
-                   QString(), QStringLiteral("TidyComplete"));
+        notifyUser(
+            QStringLiteral("Tidy Complete"),
+            QStringLiteral("Moved %1 of %2 items found to Shadow Desktop").arg(moved).arg(found),
+            QString(), QStringLiteral("TidyComplete"));
     m_services.notifications.post(NotificationCenter::TidyComplete);
     emit tidyPassFinished(moved, found);
 }
@@ -274,7 +290,8 @@ bool Brevano::doMoveFileFrom(const QString &source, const QString &target, qint6
 void Brevano::restartUpdateTimer()
 {
     m_services.scheduler.cancel(m_timer);
-    m_timer = m_services.scheduler.scheduleRepeating(kTimerUpdateInterval, [this] { performTidy(); });
+    m_timer =
+        m_services.scheduler.scheduleRepeating(kTimerUpdateInterval, [this] { performTidy(); });
     m_nextCheckDate = m_services.scheduler.now().addMSecs(kTimerUpdateInterval.count());
 }
 
@@ -329,7 +346,10 @@ void Brevano::delayAutomatedTidyDueToChange()
 
 // ---- notifications ----
 
-bool Brevano::notificationsAllow(bool setting) const { return m_data.getGrowlEnabled() && setting; }
+bool Brevano::notificationsAllow(bool setting) const
+{
+    return m_data.getGrowlEnabled() && setting;
+}
 
 void Brevano::notifyUser(const QString &title, const QString &description,
                          const QString &actionSelectorName, const QString &identifier)
@@ -342,7 +362,8 @@ void Brevano::notifyUser(const QString &title, const QString &description,
 
 void Brevano::userNotificationActivated(const QVariantMap &userInfo)
 {
-    const auto action = m_actions.constFind(userInfo.value(QStringLiteral("ActionSelector")).toString());
+    const auto action =
+        m_actions.constFind(userInfo.value(QStringLiteral("ActionSelector")).toString());
     if (action != m_actions.constEnd())
         (*action)(userInfo);
 }
@@ -379,16 +400,20 @@ void Brevano::restoreAllFiles(bool addToIgnore)
         restoreItemAtPath(entry, addToIgnore);
 }
 
-bool Brevano::deleteItemAtPath(const QString &path) { return m_services.trash.trash(path).ok; }
+bool Brevano::deleteItemAtPath(const QString &path)
+{
+    return m_services.trash.trash(path).ok;
+}
 
 void Brevano::deleteShadowDesktopContents()
 {
     for (const QString &entry : DirectoryListing::entries(getTargetFilename()))
         deleteItemAtPath(entry);
     if (notificationsAllow(m_data.getGrowlOnEmpty()))
-        notifyUser(QStringLiteral("Empty Shadow Desktop Complete"),
-                   QStringLiteral("The contents of the Shadow Desktop have been moved to the trash"),
-                   QString(), QStringLiteral("EmptyComplete"));
+        notifyUser(
+            QStringLiteral("Empty Shadow Desktop Complete"),
+            QStringLiteral("The contents of the Shadow Desktop have been moved to the trash"),
+            QString(), QStringLiteral("EmptyComplete"));
 }
 
 void Brevano::menuItemPressed(int tag, const QString &path)
@@ -423,10 +448,12 @@ quint64 Brevano::getFolderSize(const QString &path, const std::optional<QDateTim
 
 QString Brevano::humanReadableFileType(const QString &path) const
 {
-    const QString expanded = path.startsWith(u"~/") || path == u"~"
-                                 ? QDir::homePath() + path.mid(1)
-                                 : path;
+    const QString expanded =
+        path.startsWith(u"~/") || path == u"~" ? QDir::homePath() + path.mid(1) : path;
     return m_services.itemInfo.kindText(expanded);
 }
 
-bool Brevano::isOptionPressed() const { return m_services.modifierKeys.isOptionPressed(); }
+bool Brevano::isOptionPressed() const
+{
+    return m_services.modifierKeys.isOptionPressed();
+}

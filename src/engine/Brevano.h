@@ -28,9 +28,26 @@ class Brevano : public QObject, public TidyStatusSource
 {
     Q_OBJECT
 public:
-    enum TidyRequest : int { TidyRequestManual = 0, TidyRequestScheduled = 1, TidyRequestRepeat = 2 };
-    enum MenuTag : int { RevealFolderTag = 1, OpenTag = 2, RevealTag = 3, DeleteTag = 4, RestoreTag = 5 };
-    enum class ItemResult { Moved, Failed, Deferred };
+    enum TidyRequest : int
+    {
+        TidyRequestManual = 0,
+        TidyRequestScheduled = 1,
+        TidyRequestRepeat = 2
+    };
+    enum MenuTag : int
+    {
+        RevealFolderTag = 1,
+        OpenTag = 2,
+        RevealTag = 3,
+        DeleteTag = 4,
+        RestoreTag = 5
+    };
+    enum class ItemResult
+    {
+        Moved,
+        Failed,
+        Deferred
+    };
 
     static inline const QString SaveDataKey = QStringLiteral("KVBrevanoSaveData");
     static constexpr std::chrono::milliseconds kTimerUpdateInterval{61000};
@@ -51,8 +68,14 @@ public:
 
     bool getEnabled() const override;
     void setEnabled(bool enabled);
-    PropertyArray getLocations() const { return m_saveData.value(QStringLiteral("Locations")).toArray(); }
-    PropertyArray getCommonRules() const { return m_saveData.value(QStringLiteral("Rules")).toArray(); }
+    PropertyArray getLocations() const
+    {
+        return m_saveData.value(QStringLiteral("Locations")).toArray();
+    }
+    PropertyArray getCommonRules() const
+    {
+        return m_saveData.value(QStringLiteral("Rules")).toArray();
+    }
 
     // ---- candidates ----
     quint32 getFileFlags(const QString &path) const;
@@ -116,14 +139,33 @@ public:
     // ---- paths ----
     const ShadowDesktopPaths &paths() const { return m_paths; }
     QString getDesktopFolder() const { return m_paths.getDesktopFolder(); }
-    QString getDefaultShadowDesktopFolder() const { return m_paths.getDefaultShadowDesktopFolder(); }
-    QString getTargetFilename(const QString &name = QString()) const { return m_paths.getTargetFilename(name); }
-    QString getTargetPathFromSourcePath(const QString &path) const { return m_paths.getTargetPathFromSourcePath(path); }
-    QString getOriginalPathFromShadowPath(const QString &path) const { return m_paths.getOriginalPathFromShadowPath(path); }
-    bool fileResidesInShadowDesktopRoot(const QString &path) const { return m_paths.fileResidesInShadowDesktopRoot(path); }
-    static QString generateUniqueFilename(const QString &path) { return ShadowDesktopPaths::generateUniqueFilename(path); }
+    QString getDefaultShadowDesktopFolder() const
+    {
+        return m_paths.getDefaultShadowDesktopFolder();
+    }
+    QString getTargetFilename(const QString &name = QString()) const
+    {
+        return m_paths.getTargetFilename(name);
+    }
+    QString getTargetPathFromSourcePath(const QString &path) const
+    {
+        return m_paths.getTargetPathFromSourcePath(path);
+    }
+    QString getOriginalPathFromShadowPath(const QString &path) const
+    {
+        return m_paths.getOriginalPathFromShadowPath(path);
+    }
+    bool fileResidesInShadowDesktopRoot(const QString &path) const
+    {
+        return m_paths.fileResidesInShadowDesktopRoot(path);
+    }
+    static QString generateUniqueFilename(const QString &path)
+    {
+        return ShadowDesktopPaths::generateUniqueFilename(path);
+    }
 
     const CandidateSelector &candidates() const { return m_candidates; }
+    OverwriteMover &mover() { return m_mover; }
 
 signals:
     // One per item the move pass took up: moved (to target), failed (reason) or deferred.

@@ -10,8 +10,8 @@ bool CandidateSelector::changedRecently(const QDateTime &modified, const QDateTi
     return modified.addMSecs(kChangingWindow.count()) > now;
 }
 
-CandidateSelector::Assessment CandidateSelector::assess(const QString &path, bool ignoreChangingFiles,
-                                                        const QDateTime &now) const
+CandidateSelector::Assessment
+CandidateSelector::assess(const QString &path, bool ignoreChangingFiles, const QDateTime &now) const
 {
     const quint32 flags = m_itemInfo.flags(path);
     const bool isFolder = flags & ItemInfo::Container;

@@ -14,8 +14,19 @@ class ItemInfo;
 class CandidateSelector
 {
 public:
-    enum Verdict : quint32 { CandidateMove = 0, CandidateDeferred = 1, CandidateIgnored = 2 };
-    enum class Change { None, FolderChanging, FileChanging, NoDate };
+    enum Verdict : quint32
+    {
+        CandidateMove = 0,
+        CandidateDeferred = 1,
+        CandidateIgnored = 2
+    };
+    enum class Change
+    {
+        None,
+        FolderChanging,
+        FileChanging,
+        NoDate
+    };
 
     struct Assessment
     {

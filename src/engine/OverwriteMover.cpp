@@ -19,7 +19,8 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
     case FailOnClash: {
         const FileMover::Result result = FileMover::move(source, target);
         if (result.status == FileMover::Status::TargetExists)
-            return {false, target, QStringLiteral("an item named so is already in the Shadow Desktop")};
+            return {false, target,
+                    QStringLiteral("an item named so is already in the Shadow Desktop")};
         return {result.moved(), target, result.message};
     }
     case Replace: {
@@ -38,6 +39,8 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
     case KeepBoth:
         for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
             const QString free = ShadowDesktopPaths::generateUniqueFilename(target);
+            if (m_beforeMove)
+                m_beforeMove(free);
             const FileMover::Result result = FileMover::move(source, free);
             // Taken between the look and the move: look again.
             if (result.status != FileMover::Status::TargetExists)

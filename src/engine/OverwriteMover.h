@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <functional>
+
 class Trash;
 
 // Moves one Desktop item into the Shadow Desktop by the overwrite mode, never
@@ -11,7 +13,12 @@ class Trash;
 class OverwriteMover
 {
 public:
-    enum Mode : quint32 { FailOnClash = 1, Replace = 2, KeepBoth = 3 };
+    enum Mode : quint32
+    {
+        FailOnClash = 1,
+        Replace = 2,
+        KeepBoth = 3
+    };
 
     struct Outcome
     {
@@ -28,6 +35,14 @@ public:
 
     static constexpr int kMaxNameAttempts = 100;
 
+    // Test hook: runs after a free name was chosen and before the move, where
+    // another program could take that name.
+    void setBeforeMoveHookForTesting(std::function<void(const QString &chosen)> hook)
+    {
+        m_beforeMove = std::move(hook);
+    }
+
 private:
     Trash &m_trash;
+    std::function<void(const QString &)> m_beforeMove;
 };

@@ -13,17 +13,23 @@
 #include <sys/time.h>
 #include <unistd.h>
 #ifdef __linux__
-#include <sys/syscall.h>
 #include <linux/fs.h>
+#include <sys/syscall.h>
 #endif
 
 namespace {
 
 FileMover::FaultHook g_faultHook;
 
-QByteArray bytes(const QString &path) { return QFile::encodeName(path); }
+QByteArray bytes(const QString &path)
+{
+    return QFile::encodeName(path);
+}
 
-QString errorText(int error) { return QString::fromLocal8Bit(std::strerror(error)); }
+QString errorText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
 
 FileMover::Result failed(const QString &what, int error)
 {
@@ -99,10 +105,13 @@ bool copyFile(const QByteArray &source, const QByteArray &target, const struct s
 {
     const int in = ::open(source.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
     if (in < 0)
-        return error = QStringLiteral("cannot read %1: %2").arg(QFile::decodeName(source), errorText(errno)), false;
+        return error = QStringLiteral("cannot read %1: %2")
+                           .arg(QFile::decodeName(source), errorText(errno)),
+               false;
     const int out = ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (out < 0) {
-        error = QStringLiteral("cannot create %1: %2").arg(QFile::decodeName(target), errorText(errno));
+        error =
+            QStringLiteral("cannot create %1: %2").arg(QFile::decodeName(target), errorText(errno));
         ::close(in);
         return false;
     }
@@ -115,7 +124,8 @@ bool copyFile(const QByteArray &source, const QByteArray &target, const struct s
         if (got < 0) {
             if (errno == EINTR)
                 continue;
-            error = QStringLiteral("cannot read %1: %2").arg(QFile::decodeName(source), errorText(errno));
+            error = QStringLiteral("cannot read %1: %2")
+                        .arg(QFile::decodeName(source), errorText(errno));
             ok = false;
             break;
         }
@@ -124,7 +134,8 @@ bool copyFile(const QByteArray &source, const QByteArray &target, const struct s
             if (put < 0 && errno == EINTR)
                 continue;
             if (put <= 0) {
-                error = QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
+                error = QStringLiteral("cannot write %1: %2")
+                            .arg(QFile::decodeName(target), errorText(errno));
                 ok = false;
             } else {
                 written += put;
@@ -135,12 +146,14 @@ bool copyFile(const QByteArray &source, const QByteArray &target, const struct s
     }
     // A full disk may only show itself when the data is flushed.
     if (ok && ::fsync(out) != 0) {
-        error = QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
+        error =
+            QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
         ok = false;
     }
     ok = ok && ::fchmod(out, info.st_mode & 07777) == 0;
     if (::close(out) != 0 && ok) {
-        error = QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
+        error =
+            QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
         ok = false;
     }
     ::close(in);
@@ -151,10 +164,14 @@ bool copyFolder(const QByteArray &source, const QByteArray &target, const struct
                 QString &error)
 {
     if (::mkdir(target.constData(), 0700) != 0)
-        return error = QStringLiteral("cannot create %1: %2").arg(QFile::decodeName(target), errorText(errno)), false;
+        return error = QStringLiteral("cannot create %1: %2")
+                           .arg(QFile::decodeName(target), errorText(errno)),
+               false;
     DIR *folder = ::opendir(source.constData());
     if (!folder)
-        return error = QStringLiteral("cannot list %1: %2").arg(QFile::decodeName(source), errorText(errno)), false;
+        return error = QStringLiteral("cannot list %1: %2")
+                           .arg(QFile::decodeName(source), errorText(errno)),
+               false;
     bool ok = true;
     errno = 0;
     while (const dirent *entry = ::readdir(folder)) {
@@ -168,7 +185,8 @@ bool copyFolder(const QByteArray &source, const QByteArray &target, const struct
         errno = 0;
     }
     if (ok && errno != 0) {
-        error = QStringLiteral("cannot list %1: %2").arg(QFile::decodeName(source), errorText(errno));
+        error =
+            QStringLiteral("cannot list %1: %2").arg(QFile::decodeName(source), errorText(errno));
         ok = false;
     }
     ::closedir(folder);
@@ -181,7 +199,9 @@ bool copyTree(const QByteArray &source, const QByteArray &target, QString &error
 {
     struct stat info;
     if (::lstat(source.constData(), &info) != 0)
-        return error = QStringLiteral("cannot read %1: %2").arg(QFile::decodeName(source), errorText(errno)), false;
+        return error = QStringLiteral("cannot read %1: %2")
+                           .arg(QFile::decodeName(source), errorText(errno)),
+               false;
     if (S_ISDIR(info.st_mode))
         return copyFolder(source, target, info, error);
     if (S_ISREG(info.st_mode))
@@ -190,11 +210,14 @@ bool copyTree(const QByteArray &source, const QByteArray &target, QString &error
         QByteArray link(info.st_size > 0 ? info.st_size + 1 : 4096, '\0');
         const ssize_t length = ::readlink(source.constData(), link.data(), size_t(link.size()));
         if (length < 0 || ::symlink(link.left(length).constData(), target.constData()) != 0)
-            return error = QStringLiteral("cannot copy the link %1: %2").arg(QFile::decodeName(source), errorText(errno)), false;
+            return error = QStringLiteral("cannot copy the link %1: %2")
+                               .arg(QFile::decodeName(source), errorText(errno)),
+                   false;
         copyTimes(target.constData(), info, true);
         return true;
     }
-    error = QStringLiteral("%1 is neither a file, a folder nor a link").arg(QFile::decodeName(source));
+    error =
+        QStringLiteral("%1 is neither a file, a folder nor a link").arg(QFile::decodeName(source));
     return false;
 }
 
@@ -247,7 +270,9 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
     }
     // Make the new name durable before the source goes away.
     const qsizetype slash = target.lastIndexOf('/');
-    if (const int folder = ::open(target.left(qMax<qsizetype>(slash, 1)).constData(), O_RDONLY | O_DIRECTORY); folder >= 0) {
+    if (const int folder =
+            ::open(target.left(qMax<qsizetype>(slash, 1)).constData(), O_RDONLY | O_DIRECTORY);
+        folder >= 0) {
         ::fsync(folder);
         ::close(folder);
     }
@@ -271,4 +296,7 @@ FileMover::Result FileMover::move(const QString &source, const QString &target)
     return failed(source, errno);
 }
 
-void FileMover::setFaultHookForTesting(FaultHook hook) { g_faultHook = std::move(hook); }
+void FileMover::setFaultHookForTesting(FaultHook hook)
+{
+    g_faultHook = std::move(hook);
+}

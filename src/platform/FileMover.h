@@ -15,7 +15,8 @@
 class FileMover
 {
 public:
-    enum class Status {
+    enum class Status
+    {
         Moved,
         TargetExists, // nothing happened: the target name is taken
         Failed,       // nothing happened, or (Moved with leftovers) see message

@@ -15,7 +15,10 @@
 
 namespace {
 
-QByteArray bytes(const QString &path) { return QFile::encodeName(path); }
+QByteArray bytes(const QString &path)
+{
+    return QFile::encodeName(path);
+}
 
 bool lstatPath(const QString &path, struct stat &info)
 {
@@ -57,7 +60,8 @@ std::optional<TrashFolder> trashFor(const QString &path, const struct stat &item
     const bool homeReadable = lstatPath(home, homeInfo);
     // Items on the home trash's file system go there or nowhere.
     if (homeReadable && homeInfo.st_dev == item.st_dev)
-        return usableFolder(home, true) ? std::optional(TrashFolder{home, QString()}) : std::nullopt;
+        return usableFolder(home, true) ? std::optional(TrashFolder{home, QString()})
+                                        : std::nullopt;
 
     const QString topdir = FreedesktopTrash::mountTopdir(path);
     const QString uid = QString::number(::getuid());
@@ -129,11 +133,14 @@ Trash::Result FreedesktopTrash::trash(const QString &path)
         return {false, QString(), QStringLiteral("%1 does not exist").arg(path)};
     const auto folder = trashFor(path, item);
     if (!folder)
-        return {false, QString(), QStringLiteral("no usable trash on the file system of %1").arg(path)};
+        return {false, QString(),
+                QStringLiteral("no usable trash on the file system of %1").arg(path)};
     const QString files = folder->base + QStringLiteral("/files");
     const QString info = folder->base + QStringLiteral("/info");
     if (!makeFolder(files) || !makeFolder(info))
-        return {false, QString(), QStringLiteral("cannot create %1: %2").arg(folder->base, QString::fromLocal8Bit(std::strerror(errno)))};
+        return {false, QString(),
+                QStringLiteral("cannot create %1: %2")
+                    .arg(folder->base, QString::fromLocal8Bit(std::strerror(errno)))};
     const QString pathText =
         folder->topdir.isEmpty() ? path : QDir(folder->topdir).relativeFilePath(path);
     const QString name = path.mid(path.lastIndexOf(u'/') + 1);
@@ -141,11 +148,14 @@ Trash::Result FreedesktopTrash::trash(const QString &path)
     for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
         const QString trashName = candidateName(name, attempt);
         const QString infoPath = info + u'/' + trashName + QStringLiteral(".trashinfo");
-        const int file = ::open(bytes(infoPath).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+        const int file =
+            ::open(bytes(infoPath).constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
         if (file < 0) {
             if (errno == EEXIST)
                 continue;
-            return {false, QString(), QStringLiteral("cannot write %1: %2").arg(infoPath, QString::fromLocal8Bit(std::strerror(errno)))};
+            return {false, QString(),
+                    QStringLiteral("cannot write %1: %2")
+                        .arg(infoPath, QString::fromLocal8Bit(std::strerror(errno)))};
         }
         const bool written = writeInfo(file, pathText);
         ::close(file);

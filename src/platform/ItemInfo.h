@@ -7,7 +7,8 @@
 class ItemInfo
 {
 public:
-    enum Flag : quint32 {
+    enum Flag : quint32
+    {
         Package = 2,    // a folder shown as one item (an application bundle, say)
         Container = 8,  // a folder
         AliasFile = 16, // a symbolic link

@@ -31,9 +31,9 @@ static bool listedInHiddenFile(const QString &path)
 bool LocalItemInfo::isPackageExtension(const QString &name)
 {
     static const QStringList extensions{
-        QStringLiteral("app"),    QStringLiteral("bundle"),    QStringLiteral("framework"),
-        QStringLiteral("plugin"), QStringLiteral("kext"),      QStringLiteral("pkg"),
-        QStringLiteral("mpkg"),   QStringLiteral("rtfd"),      QStringLiteral("xcodeproj"),
+        QStringLiteral("app"),           QStringLiteral("bundle"), QStringLiteral("framework"),
+        QStringLiteral("plugin"),        QStringLiteral("kext"),   QStringLiteral("pkg"),
+        QStringLiteral("mpkg"),          QStringLiteral("rtfd"),   QStringLiteral("xcodeproj"),
         QStringLiteral("photoslibrary"), QStringLiteral("band")};
     const qsizetype dot = name.lastIndexOf(u'.');
     return dot > 0 && extensions.contains(name.mid(dot + 1), Qt::CaseInsensitive);

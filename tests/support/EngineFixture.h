@@ -12,6 +12,9 @@
 #include "SandboxHome.h"
 #include "VirtualScheduler.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 // Remembers what the engine asked the file manager to do.
 class RecordingFileViewer : public FileViewer
 {
@@ -41,7 +44,8 @@ public:
 struct EngineFixture
 {
     SandboxHome sandbox;
-    VirtualScheduler scheduler;
+    // Virtual time starts at the real time, so that new files are new.
+    VirtualScheduler scheduler{QDateTime::currentDateTimeUtc()};
     NotificationCenter notifications;
     LocalItemInfo itemInfo;
     FreedesktopTrash trash;
@@ -71,24 +75,36 @@ struct EngineFixture
         sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"), file.readAll());
     }
     // A Desktop item last modified `age` before the virtual now.
-    QString desktopItem(const QString &name, qint64 ageSeconds = 3600, const QByteArray &content = "x")
+    QString desktopItem(const QString &name, qint64 ageSeconds = 3600,
+                        const QByteArray &content = "x")
     {
         const QString path = sandbox.write("Desktop/" + name, content);
         setAge(path, ageSeconds);
         return path;
     }
+    // Dates files, folders and links alike (a link's own date, not its target's).
     void setAge(const QString &path, qint64 ageSeconds)
     {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadWrite));
-        QVERIFY(file.setFileTime(scheduler.now().addSecs(-ageSeconds), QFileDevice::FileModificationTime));
+        const qint64 ms = scheduler.now().addSecs(-ageSeconds).toMSecsSinceEpoch();
+        const struct timespec time
+        {
+            ms / 1000, (ms % 1000) * 1000000
+        };
+        const struct timespec times[2] = {time, time};
+        QVERIFY2(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times,
+                             AT_SYMLINK_NOFOLLOW) == 0,
+                 qPrintable(path));
     }
     QStringList shadowEntries() const
     {
-        return QDir(sandbox.shadowDesktop()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+        return QDir(sandbox.shadowDesktop())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                       QDir::Name | QDir::IgnoreCase);
     }
     QStringList desktopEntries() const
     {
-        return QDir(sandbox.desktop()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
+        return QDir(sandbox.desktop())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                       QDir::Name | QDir::IgnoreCase);
     }
 };

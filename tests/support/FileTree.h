@@ -32,7 +32,8 @@ inline QMap<QString, QString> fingerprint(const QString &root)
         if (info.isFile() && !info.isSymLink()) {
             QFile file(info.filePath());
             file.open(QIODevice::ReadOnly);
-            text += " sha=" + QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex();
+            text += " sha=" +
+                    QCryptographicHash::hash(file.readAll(), QCryptographicHash::Sha256).toHex();
         }
         return text;
     };

@@ -18,7 +18,8 @@ void makeTree(const SandboxHome &sandbox, const QString &relative)
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup);
     QFile file(sandbox.home() + '/' + relative + "/sub/deeper/b.bin");
     file.open(QIODevice::ReadWrite);
-    file.setFileTime(QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6)), QFileDevice::FileModificationTime);
+    file.setFileTime(QDateTime(QDate(2001, 2, 3), QTime(4, 5, 6)),
+                     QFileDevice::FileModificationTime);
 }
 } // namespace
 

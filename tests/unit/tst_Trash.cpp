@@ -85,14 +85,16 @@ void tst_Trash::topdirTrashes()
     Trash::Result result = trash.trash(mount.path() + "/dir/a.txt");
     QVERIFY2(result.ok, qPrintable(result.message));
     QCOMPARE(result.trashedPath, mount.path() + "/.Trash-" + uid + "/files/a.txt");
-    QVERIFY(readAll(mount.path() + "/.Trash-" + uid + "/info/a.txt.trashinfo").contains("\nPath=dir/a.txt\n"));
+    QVERIFY(readAll(mount.path() + "/.Trash-" + uid + "/info/a.txt.trashinfo")
+                .contains("\nPath=dir/a.txt\n"));
     QVERIFY(!QFileInfo::exists(sandbox.home() + "/.local/share/Trash/files/a.txt"));
 
     // A shared .Trash that is a link, or not sticky, is passed over.
     QFile::link("/tmp", mount.path() + "/.Trash");
     QVERIFY(item.open(QIODevice::WriteOnly));
     item.close();
-    QCOMPARE(trash.trash(item.fileName()).trashedPath, mount.path() + "/.Trash-" + uid + "/files/a 2.txt");
+    QCOMPARE(trash.trash(item.fileName()).trashedPath,
+             mount.path() + "/.Trash-" + uid + "/files/a 2.txt");
     QFile::remove(mount.path() + "/.Trash");
 
     // A sticky shared .Trash holds the user's folder.
@@ -100,7 +102,8 @@ void tst_Trash::topdirTrashes()
     QVERIFY(QProcess::execute("chmod", {"1777", mount.path() + "/.Trash"}) == 0);
     QVERIFY(item.open(QIODevice::WriteOnly));
     item.close();
-    QCOMPARE(trash.trash(item.fileName()).trashedPath, mount.path() + "/.Trash/" + uid + "/files/a.txt");
+    QCOMPARE(trash.trash(item.fileName()).trashedPath,
+             mount.path() + "/.Trash/" + uid + "/files/a.txt");
 }
 
 void tst_Trash::anItemThatCannotBeTrashedStays()

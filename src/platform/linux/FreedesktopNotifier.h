@@ -17,7 +17,10 @@ public:
                                  QObject *parent = nullptr);
 
     void deliver(const UserNotification &notification) override;
-    void setActivationHandler(ActivationHandler handler) override { m_handler = std::move(handler); }
+    void setActivationHandler(ActivationHandler handler) override
+    {
+        m_handler = std::move(handler);
+    }
 
     static inline const QString Service = QStringLiteral("org.freedesktop.Notifications");
     static inline const QString Path = QStringLiteral("/org/freedesktop/Notifications");

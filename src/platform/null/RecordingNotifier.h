@@ -9,8 +9,14 @@
 class RecordingNotifier : public UserNotifier
 {
 public:
-    void deliver(const UserNotification &notification) override { m_delivered.append(notification); }
-    void setActivationHandler(ActivationHandler handler) override { m_handler = std::move(handler); }
+    void deliver(const UserNotification &notification) override
+    {
+        m_delivered.append(notification);
+    }
+    void setActivationHandler(ActivationHandler handler) override
+    {
+        m_handler = std::move(handler);
+    }
 
     void activateListed()
     {

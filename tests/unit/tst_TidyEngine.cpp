@@ -1,0 +1,467 @@
+#include "EngineFixture.h"
+#include "FileTree.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+constexpr auto Move = CandidateSelector::CandidateMove;
+constexpr auto Deferred = CandidateSelector::CandidateDeferred;
+constexpr auto Ignored = CandidateSelector::CandidateIgnored;
+
+QString readAll(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+} // namespace
+
+class tst_TidyEngine : public QObject
+{
+    Q_OBJECT
+private slots:
+    void verdictsInTheirOrder();
+    void onlyDirectChildrenMakeAFolderChange();
+    void dateFilter();
+    void manualTidyOfAMixedDesktop();
+    void nothingToMove();
+    void changingItemsAreRetried();
+    void overwriteModes();
+    void keepBothSurvivesAClashRace();
+    void scheduledTidyAnnouncesAndCanBePostponed();
+    void checkTimerSchedule();
+    void operationModeAndMasterSwitch();
+    void desktopThatIsHomeIsNeverTidied();
+    void restoreDeleteEmpty();
+    void folderSizeAndMenuActions();
+};
+
+void tst_TidyEngine::verdictsInTheirOrder()
+{
+    EngineFixture f;
+    f.load();
+    const QString fresh = f.desktopItem("fresh.txt", 5);
+    const QString settled = f.desktopItem("settled.txt", 11);
+    const QString future = f.desktopItem("future.txt", -3600);
+    QCOMPARE(f.engine.shouldIgnoreFile(settled, false, false), quint32(Move));
+    QCOMPARE(f.engine.shouldIgnoreFile(fresh, false, false), quint32(Deferred));
+    QCOMPARE(f.notifier.identifiers(), QStringList{"SkippingFile"});
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("File was skipped because it is currently being changed. Brevano will "
+                            "try again when no more changes are detected"));
+    QVERIFY(f.engine.hasPendingRetry());
+    QCOMPARE(f.engine.shouldIgnoreFile(future, false, true),
+             quint32(Deferred)); // silent in a repeat
+    QCOMPARE(f.notifier.m_delivered.size(), 1);
+    // With the change tests off (the pre-scan) nothing defers and nothing is armed.
+    QCOMPARE(f.engine.shouldIgnoreFile(fresh, true, false), quint32(Move));
+
+    // The ignore list comes after the change tests.
+    f.data.addIgnoreFiles({fresh, settled});
+    QCOMPARE(f.engine.shouldIgnoreFile(fresh, false, false), quint32(Deferred));
+    QCOMPARE(f.engine.shouldIgnoreFile(settled, false, false), quint32(Ignored));
+
+    // Settings come first: an ignored changing folder arms no retry and says nothing.
+    QDir().mkpath(f.sandbox.desktop() + "/Folder");
+    f.desktopItem("Folder/new.txt", 3);
+    EngineFixture g;
+    g.load();
+    QDir().mkpath(g.sandbox.desktop() + "/Folder");
+    g.desktopItem("Folder/new.txt", 3);
+    g.data.setIgnoreFolders(true);
+    QCOMPARE(g.engine.shouldIgnoreFile(g.sandbox.desktop() + "/Folder", false, false),
+             quint32(Ignored));
+    QVERIFY(!g.engine.hasPendingRetry());
+    QVERIFY(g.notifier.m_delivered.isEmpty());
+    g.data.setIgnoreFolders(false);
+    QCOMPARE(g.engine.shouldIgnoreFile(g.sandbox.desktop() + "/Folder", false, false),
+             quint32(Deferred));
+    QCOMPARE(g.notifier.identifiers(), QStringList{"SkippingFolder"});
+
+    // Links are candidates unless "IgnoreAliases"; the hidden setting ignores dot files.
+    QFile::link(settled, g.sandbox.desktop() + "/alias");
+    g.setAge(g.sandbox.desktop() + "/alias", 60);
+    QCOMPARE(g.engine.shouldIgnoreFile(g.sandbox.desktop() + "/alias", false, false),
+             quint32(Move));
+    g.data.setIgnoreAliases(true);
+    QCOMPARE(g.engine.shouldIgnoreFile(g.sandbox.desktop() + "/alias", false, false),
+             quint32(Ignored));
+    QCOMPARE(g.engine.shouldIgnoreFile(g.desktopItem(".hidden", 100), false, false),
+             quint32(Ignored));
+    // No date to read: deferred at once, with nothing armed or said.
+    EngineFixture h;
+    h.load();
+    QCOMPARE(h.engine.shouldIgnoreFile(h.sandbox.desktop() + "/gone", false, false),
+             quint32(Deferred));
+    QVERIFY(!h.engine.hasPendingRetry());
+    QVERIFY(h.notifier.m_delivered.isEmpty());
+}
+
+void tst_TidyEngine::onlyDirectChildrenMakeAFolderChange()
+{
+    EngineFixture f;
+    f.load();
+    const QString folder = f.sandbox.desktop() + "/Projects";
+    f.desktopItem("Projects/old.txt", 600);
+    f.desktopItem("Projects/Sub/Deeper/new.txt", 2); // two levels down
+    f.setAge(folder + "/Sub/Deeper", 600);
+    f.setAge(folder + "/Sub", 600);
+    f.setAge(folder, 600);
+    QVERIFY(!f.engine.getRecentChangesInFolder(folder));
+    QCOMPARE(f.engine.shouldIgnoreFile(folder, false, false), quint32(Move));
+    f.setAge(folder, 4); // its own date still counts
+    QCOMPARE(f.engine.shouldIgnoreFile(folder, false, false), quint32(Deferred));
+    QCOMPARE(f.notifier.identifiers(), QStringList{"SkippingFile"});
+    f.desktopItem("Projects/.just-saved", 1); // hidden children count too
+    QVERIFY(f.engine.getRecentChangesInFolder(folder));
+    QVERIFY(!f.engine.getRecentChangesInFolder(f.sandbox.home() + "/empty-or-missing"));
+}
+
+void tst_TidyEngine::dateFilter()
+{
+    EngineFixture f;
+    f.load();
+    QVERIFY(f.engine.filePassesDateFilter(f.sandbox.desktop() + "/no date at all"));
+    f.data.setDateFilter(1);
+    QVERIFY(!f.engine.filePassesDateFilter(f.desktopItem("old", 25 * 3600)));
+    QVERIFY(f.engine.filePassesDateFilter(f.desktopItem("recent", 23 * 3600)));
+    f.data.setDateFilter(4); // a calendar month, not 30 days
+    f.scheduler.setNow(QDateTime(QDate(2026, 3, 1), QTime(12, 0)));
+    QVERIFY(f.engine.filePassesDateFilter(f.desktopItem("february", 27 * 86400)));
+    QVERIFY(!f.engine.filePassesDateFilter(f.desktopItem("january", 30 * 86400)));
+}
+
+void tst_TidyEngine::manualTidyOfAMixedDesktop()
+{
+    EngineFixture f;
+    f.load();
+    f.data.setGrowlFileMoved(true);
+    f.desktopItem("a.txt", 60, "alpha");
+    f.desktopItem("Folder/inside.txt", 60);
+    f.setAge(f.sandbox.desktop() + "/Folder", 60);
+    f.desktopItem(".hidden", 60);
+    const QString kept = f.desktopItem("kept.txt", 60);
+    f.data.addIgnoreFiles({kept});
+    QFile::link("a.txt", f.sandbox.desktop() + "/link");
+    f.setAge(f.sandbox.desktop() + "/link", 60);
+    f.desktopItem("writing.iso", 2);
+    int broadcasts = 0;
+    f.notifications.observe(NotificationCenter::TidyComplete, this,
+                            [&](const QVariant &) { ++broadcasts; });
+    QSignalSpy finished(&f.engine, &Brevano::tidyPassFinished);
+
+    f.engine.performManualTidy();
+    QCOMPARE(f.shadowEntries(), (QStringList{"a.txt", "Folder", "link"}));
+    QCOMPARE(f.desktopEntries(), (QStringList{".hidden", "kept.txt", "writing.iso"}));
+    QVERIFY(QFileInfo(f.sandbox.shadowDesktop() + "/link").isSymLink());
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/a.txt"), QStringLiteral("alpha"));
+    QCOMPARE(finished.takeFirst(), (QVariantList{qint64(3), qint64(4)}));
+    QCOMPARE(broadcasts, 1);
+    const QStringList ids = f.notifier.identifiers();
+    QCOMPARE(ids.first(), QStringLiteral("ManualStart"));
+    QCOMPARE(ids.count("MovedFile"), 3);
+    QCOMPARE(ids.count("SkippingFile"), 1);
+    QCOMPARE(ids.last(), QStringLiteral("TidyComplete"));
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 3 of 4 items found to Shadow Desktop"));
+    QVERIFY(f.notifier.m_delivered.at(ids.indexOf("MovedFile")).text.startsWith("Moved file '"));
+    // The manual tidy restarted the check timer.
+    QCOMPARE(f.engine.nextCheckDate(), f.scheduler.now().addSecs(61));
+}
+
+void tst_TidyEngine::nothingToMove()
+{
+    EngineFixture f;
+    f.load();
+    f.desktopItem(".only-hidden", 600);
+    QSignalSpy skipped(&f.engine, &Brevano::tidySkipped);
+    f.engine.performManualTidy();
+    QCOMPARE(skipped.count(), 1);
+    QVERIFY(f.notifier.m_delivered.isEmpty()); // "only if files" is on by default
+    f.data.setGrowlBeforeTidyOnlyIfFiles(false);
+    f.engine.performManualTidy();
+    QCOMPARE(f.notifier.identifiers(), QStringList{"TidySkipped"});
+    QCOMPARE(f.desktopEntries(), QStringList{".only-hidden"});
+}
+
+void tst_TidyEngine::changingItemsAreRetried()
+{
+    EngineFixture f;
+    f.load();
+    f.data.setGrowlFileMoved(true);
+    const QString download = f.desktopItem("download.part", 1);
+    f.engine.performManualTidy();
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 0 of 1 items found to Shadow Desktop"));
+    QVERIFY(f.engine.hasPendingRetry());
+    f.notifier.m_delivered.clear();
+
+    // Still being written at the retry: silent, and armed again.
+    f.scheduler.advance(29s);
+    f.setAge(download, 1);
+    f.scheduler.advance(1s);
+    QCOMPARE(f.notifier.identifiers(), (QStringList{"TidyComplete"}));
+    QVERIFY(f.engine.hasPendingRetry());
+    QVERIFY(f.engine.isRepeatTidy());
+    // Settled: the next retry moves it, with the per-file and completion notices.
+    f.scheduler.advance(30s);
+    QCOMPARE(f.shadowEntries(), QStringList{"download.part"});
+    QCOMPARE(f.notifier.identifiers().mid(1), (QStringList{"MovedFile", "TidyComplete"}));
+    QVERIFY(!f.engine.hasPendingRetry());
+}
+
+void tst_TidyEngine::overwriteModes()
+{
+    EngineFixture f;
+    f.load();
+    QDir().mkpath(f.sandbox.shadowDesktop());
+    const auto clash = [&](const QByteArray &desktop) {
+        f.sandbox.write(".local/share/Brevano/Shadow Desktop/Notes.txt", "older");
+        f.desktopItem("Notes.txt", 60, desktop);
+    };
+    clash("mode 3");
+    f.engine.performManualTidy(); // keep both by default
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Notes 2.txt"), QStringLiteral("mode 3"));
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Notes.txt"), QStringLiteral("older"));
+
+    f.data.setOverwriteMode(1);
+    clash("mode 1");
+    f.engine.performManualTidy();
+    QCOMPARE(readAll(f.sandbox.desktop() + "/Notes.txt"), QStringLiteral("mode 1"));
+    QCOMPARE(f.notifier.identifiers().last(2), (QStringList{"MoveFailed", "TidyComplete"}));
+    QCOMPARE(f.notifier.m_delivered.at(f.notifier.m_delivered.size() - 2).text,
+             QStringLiteral("File 'Notes.txt' could not be moved to Shadow Desktop"));
+
+    f.data.setOverwriteMode(2); // the replaced item goes to the Trash
+    f.engine.performManualTidy();
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Notes.txt"), QStringLiteral("mode 1"));
+    QCOMPARE(readAll(f.sandbox.home() + "/.local/share/Trash/files/Notes.txt"),
+             QStringLiteral("older"));
+
+    f.data.setOverwriteMode(7); // moves nothing, counts as failed
+    f.desktopItem("Other.txt", 60);
+    f.engine.performManualTidy();
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 0 of 1 items found to Shadow Desktop"));
+    QVERIFY(QFileInfo::exists(f.sandbox.desktop() + "/Other.txt"));
+}
+
+void tst_TidyEngine::keepBothSurvivesAClashRace()
+{
+    EngineFixture f;
+    f.load();
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/Report.pdf", "first");
+    f.desktopItem("Report.pdf", 60, "mine");
+    // Another program takes the chosen name just before the move.
+    int races = 0;
+    f.engine.mover().setBeforeMoveHookForTesting([&](const QString &chosen) {
+        if (races++ == 0)
+            f.sandbox.write(chosen.mid(f.sandbox.home().size() + 1), "theirs");
+    });
+    f.engine.performManualTidy();
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Report.pdf"), QStringLiteral("first"));
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Report 2.pdf"), QStringLiteral("theirs"));
+    QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Report 3.pdf"), QStringLiteral("mine"));
+    QVERIFY(f.desktopEntries().isEmpty());
+}
+
+void tst_TidyEngine::scheduledTidyAnnouncesAndCanBePostponed()
+{
+    EngineFixture f;
+    f.load();
+    f.desktopItem("a.txt", 600);
+    f.engine.performTidyFromRequest(Brevano::TidyRequestScheduled); // disabled: nothing at all
+    QVERIFY(f.notifier.m_delivered.isEmpty());
+    QVERIFY(!f.engine.hasPendingTidy());
+
+    f.engine.setEnabled(true);
+    f.engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
+    QCOMPARE(f.notifier.identifiers(), QStringList{"ScheduledStart"});
+    QCOMPARE(f.notifier.m_delivered.last().userInfo.value("ActionSelector").toString(),
+             QStringLiteral("userNotificationActionCancelTidy:"));
+    f.scheduler.advance(9s);
+    f.notifier.activateListed(); // "Click here to postpone"
+    f.scheduler.advance(5s);
+    QCOMPARE(f.desktopEntries(), QStringList{"a.txt"});
+    QCOMPARE(f.notifier.m_delivered.size(), 1);
+
+    f.engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
+    f.scheduler.advance(9999ms);
+    QCOMPARE(f.desktopEntries(), QStringList{"a.txt"});
+    f.scheduler.advance(1ms); // unclicked: moves after ten seconds
+    QVERIFY(f.desktopEntries().isEmpty());
+    f.notifier.activateListed(); // too late: nothing further
+    QVERIFY(!f.engine.hasPendingTidy());
+
+    // An action the engine does not have does nothing.
+    f.engine.userNotificationActivated({{"ActionSelector", "formatDisk:"}});
+    f.engine.userNotificationActivated({});
+}
+
+void tst_TidyEngine::checkTimerSchedule()
+{
+    EngineFixture f;
+    f.load();
+    const QDateTime start = f.scheduler.now();
+    f.scheduler.advance(61s); // disabled: the check moves on, "LastTidy" stays
+    QCOMPARE(f.engine.nextCheckDate(), start.addSecs(122));
+    QCOMPARE(f.data.getLastTidyTime().toSecsSinceEpoch(), 0);
+
+    f.engine.setEnabled(true);
+    f.scheduler.advance(61s); // no "LastTidy" yet: due at once
+    QCOMPARE(f.data.getLastTidyTime(), start.addSecs(122));
+    QCOMPARE(f.notifier.identifiers(), QStringList{}); // nothing on the Desktop, skipped quietly
+
+    f.data.setTidyFrequency(4); // hourly
+    f.data.setLastTidyTime(f.scheduler.now().addSecs(-58 * 60));
+    const QDateTime last = f.data.getLastTidyTime();
+    f.scheduler.advance(61s);
+    QCOMPARE(f.data.getLastTidyTime(), last);
+    f.scheduler.advance(61s);
+    QCOMPARE(f.data.getLastTidyTime(), f.scheduler.now());
+
+    // A manual tidy restarts the phase but leaves "LastTidy".
+    f.scheduler.advance(30s);
+    f.engine.performManualTidy();
+    QCOMPARE(f.engine.nextCheckDate(), f.scheduler.now().addSecs(61));
+    QCOMPARE(f.engine.getEarliestTidyDate(), f.data.getLastTidyTime().addSecs(3600));
+
+    f.data.setTidyFrequency(99); // no period: every tick is due
+    f.scheduler.advance(61s);
+    QCOMPARE(f.data.getLastTidyTime(), f.scheduler.now());
+    f.scheduler.advance(61s);
+    QCOMPARE(f.data.getLastTidyTime(), f.scheduler.now());
+}
+
+void tst_TidyEngine::operationModeAndMasterSwitch()
+{
+    EngineFixture f;
+    f.load();
+    f.desktopItem("a.txt", 600);
+    int broadcasts = 0;
+    f.notifications.observe(NotificationCenter::TidyComplete, this,
+                            [&](const QVariant &) { ++broadcasts; });
+    f.data.setOperationMode(1);
+    f.engine.performManualTidy();
+    QCOMPARE(f.desktopEntries(), QStringList{"a.txt"});
+    QCOMPARE(f.notifier.identifiers(), QStringList{"ManualStart"});
+    QCOMPARE(broadcasts, 1);
+
+    f.data.setOperationMode(0);
+    f.data.setGrowlEnabled(false); // the master switch silences everything
+    f.data.setGrowlFileMoved(true);
+    f.data.setGrowlBeforeTidyOnlyIfFiles(false);
+    f.desktopItem("b.txt", 2);
+    f.engine.performManualTidy();
+    f.engine.performManualTidy();
+    f.engine.deleteShadowDesktopContents();
+    QCOMPARE(f.notifier.identifiers(), QStringList{"ManualStart"});
+}
+
+void tst_TidyEngine::desktopThatIsHomeIsNeverTidied()
+{
+    EngineFixture f;
+    f.sandbox.write(".config/user-dirs.dirs", "XDG_DESKTOP_DIR=\"$HOME/\"\n");
+    f.load();
+    f.desktopItem("../Documents.txt", 600);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("not tidying"));
+    QVERIFY(f.engine.desktopEntries().isEmpty());
+    f.data.setGrowlBeforeTidyOnlyIfFiles(false);
+    QTest::ignoreMessage(QtWarningMsg, QRegularExpression("not tidying"));
+    f.engine.performManualTidy();
+    QVERIFY(QFileInfo::exists(f.sandbox.home() + "/Documents.txt"));
+
+    // A Shadow Desktop kept on the Desktop is not moved into itself.
+    EngineFixture g;
+    g.load();
+    QDir().mkpath(g.sandbox.desktop() + "/Tidied");
+    g.data.setShadowDesktopPath(g.sandbox.desktop() + "/Tidied");
+    g.desktopItem("a.txt", 600);
+    g.setAge(g.sandbox.desktop() + "/Tidied", 600);
+    g.engine.performManualTidy();
+    QCOMPARE(g.desktopEntries(), QStringList{"Tidied"});
+    QVERIFY(QFileInfo::exists(g.sandbox.desktop() + "/Tidied/a.txt"));
+}
+
+void tst_TidyEngine::restoreDeleteEmpty()
+{
+    EngineFixture f;
+    f.load();
+    const QString shadow = f.sandbox.shadowDesktop();
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/a.txt", "shadow");
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/Sub/b.txt", "b");
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/c.txt", "c");
+    f.desktopItem("a.txt", 60, "desktop");
+
+    QVERIFY(!f.engine.restoreItemAtPath(shadow + "/a.txt", true)); // clash: both stay
+    QCOMPARE(readAll(f.sandbox.desktop() + "/a.txt"), QStringLiteral("desktop"));
+    QCOMPARE(readAll(shadow + "/a.txt"), QStringLiteral("shadow"));
+    QVERIFY(!f.engine.restoreItemAtPath(shadow + "/Sub/b.txt", false)); // not in the root
+    QVERIFY(f.engine.restoreItemAtPath(shadow + "/c.txt", true));
+    QVERIFY(f.data.shouldIgnoreFile(f.sandbox.desktop() + "/c.txt")); // the Desktop path
+    QVERIFY(!f.data.shouldIgnoreFile(shadow + "/c.txt"));
+
+    QFile::remove(f.sandbox.desktop() + "/a.txt");
+    f.engine.restoreAllFiles(false);
+    QCOMPARE(f.shadowEntries(), QStringList{});
+    QCOMPARE(f.desktopEntries(), (QStringList{"a.txt", "c.txt", "Sub"}));
+    QVERIFY(!f.data.shouldIgnoreFile(f.sandbox.desktop() + "/a.txt"));
+
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/d.txt", "d");
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/.e", "e");
+    QVERIFY(f.engine.deleteItemAtPath(shadow + "/d.txt"));
+    QVERIFY(!f.engine.deleteItemAtPath(shadow + "/d.txt"));
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/f", "f");
+    f.engine.deleteShadowDesktopContents();
+    QCOMPARE(f.shadowEntries(), QStringList{});
+    QVERIFY(QFileInfo(shadow).isDir()); // the folder itself stays
+    QCOMPARE(QDir(f.sandbox.home() + "/.local/share/Trash/files")
+                 .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name),
+             (QStringList{".e", "d.txt", "f"}));
+    f.engine.deleteShadowDesktopContents(); // empty already: still reported
+    QCOMPARE(f.notifier.identifiers(), (QStringList{"EmptyComplete", "EmptyComplete"}));
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("The contents of the Shadow Desktop have been moved to the trash"));
+}
+
+void tst_TidyEngine::folderSizeAndMenuActions()
+{
+    EngineFixture f;
+    f.load();
+    const QString shadow = f.sandbox.shadowDesktop();
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/one", QByteArray(1000, 'a'));
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/Sub/.two", QByteArray(24, 'b'));
+    QFile::link("/a/long/target/path", shadow + "/link"); // the link itself, 19 bytes
+    QCOMPARE(f.engine.getFolderSize(shadow, std::nullopt), quint64(1043));
+    QCOMPARE(f.engine.getFolderSize(shadow, f.scheduler.now()), quint64(1043));
+    QCOMPARE(f.engine.getFolderSize(shadow + "/one", std::nullopt), quint64(1000));
+    QCOMPARE(f.engine.getFolderSize(shadow, f.scheduler.now().addMSecs(-501)),
+             quint64(0)); // gave up
+    QCOMPARE(f.engine.getFolderSize(shadow + "/missing", std::nullopt), quint64(0));
+    QVERIFY(f.engine.humanReadableFileType(shadow + "/one").size() > 0);
+
+    f.engine.menuItemPressed(Brevano::RevealFolderTag, shadow + "/Sub");
+    f.engine.menuItemPressed(Brevano::OpenTag, shadow + "/one");
+    f.engine.menuItemPressed(Brevano::RevealTag, shadow + "/one");
+    f.engine.menuItemPressed(42, shadow + "/one");
+    QCOMPARE(f.fileViewer.m_calls,
+             (QStringList{"openFolder " + shadow + "/Sub", "open " + shadow + "/one",
+                          "reveal " + shadow + "/one"}));
+    f.engine.menuItemPressed(Brevano::RestoreTag, shadow + "/one");
+    QVERIFY(f.data.shouldIgnoreFile(f.sandbox.desktop() + "/one"));
+    // Delete: to the Trash; when that fails, back to the Desktop instead.
+    f.engine.menuItemPressed(Brevano::DeleteTag, shadow + "/link");
+    QVERIFY(QFileInfo(f.sandbox.home() + "/.local/share/Trash/files/link").isSymLink());
+    QDir(f.sandbox.home() + "/.local/share/Trash/info").removeRecursively(); // the Trash breaks
+    f.sandbox.write(".local/share/Trash/info", "not a folder");
+    f.engine.menuItemPressed(Brevano::DeleteTag, shadow + "/Sub");
+    QVERIFY(QFileInfo(f.sandbox.desktop() + "/Sub").isDir());
+    QVERIFY(!f.engine.isOptionPressed());
+    f.modifierKeys.m_option = true;
+    QVERIFY(f.engine.isOptionPressed());
+}
+
+QTEST_GUILESS_MAIN(tst_TidyEngine)
+#include "tst_TidyEngine.moc"
