@@ -30,3 +30,8 @@ int CliContext::fail(const QString &message, ExitCode code)
     m_err.flush();
     return code;
 }
+
+QString CliContext::shadowPath(const QString &name)
+{
+    return m_engine.getTargetFilename() + u'/' + name;
+}

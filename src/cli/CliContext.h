@@ -3,6 +3,7 @@
 #include <QString>
 #include <QTextStream>
 
+class AlertPresenter;
 class Brevano;
 class BrevanoData;
 
@@ -18,13 +19,17 @@ public:
         BadUsage = 2
     };
 
-    CliContext(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
-        : m_data(data), m_engine(engine), m_out(out), m_err(err)
+    CliContext(BrevanoData &data, Brevano &engine, AlertPresenter &alerts, QTextStream &out,
+               QTextStream &err)
+        : m_data(data), m_engine(engine), m_alerts(alerts), m_out(out), m_err(err)
     {
     }
 
     BrevanoData &data() { return m_data; }
     Brevano &engine() { return m_engine; }
+    AlertPresenter &alerts() { return m_alerts; }
+    // name (as given on the command line) inside the Shadow Desktop root.
+    QString shadowPath(const QString &name);
     QTextStream &out() { return m_out; }
     QTextStream &err() { return m_err; }
 
@@ -39,6 +44,7 @@ public:
 private:
     BrevanoData &m_data;
     Brevano &m_engine;
+    AlertPresenter &m_alerts;
     QTextStream &m_out;
     QTextStream &m_err;
 };

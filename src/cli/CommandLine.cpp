@@ -3,11 +3,18 @@
 #include "BrevanoData.h"
 #include "CliContext.h"
 #include "ConsoleAlertPresenter.h"
+#include "EmptyCommand.h"
 #include "FiltersCommand.h"
 #include "GetCommand.h"
 #include "IgnoreCommand.h"
+#include "ListCommand.h"
 #include "PathsCommand.h"
+#include "RestoreCommand.h"
 #include "SetCommand.h"
+#include "SizeCommand.h"
+#include "StatusCommand.h"
+#include "TidyCommand.h"
+#include "TrashCommand.h"
 
 CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
     : m_data(data), m_engine(engine), m_out(out), m_err(err)
@@ -17,6 +24,13 @@ CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, Q
     m_commands.push_back(std::make_unique<SetCommand>());
     m_commands.push_back(std::make_unique<IgnoreCommand>());
     m_commands.push_back(std::make_unique<FiltersCommand>());
+    m_commands.push_back(std::make_unique<TidyCommand>());
+    m_commands.push_back(std::make_unique<ListCommand>());
+    m_commands.push_back(std::make_unique<RestoreCommand>());
+    m_commands.push_back(std::make_unique<TrashCommand>());
+    m_commands.push_back(std::make_unique<EmptyCommand>());
+    m_commands.push_back(std::make_unique<SizeCommand>());
+    m_commands.push_back(std::make_unique<StatusCommand>());
 }
 
 CommandLine::~CommandLine() = default;
@@ -45,7 +59,8 @@ Command *CommandLine::find(const QString &name) const
 
 int CommandLine::run(const QStringList &args)
 {
-    CliContext context(m_data, m_engine, m_out, m_err);
+    ConsoleAlertPresenter alerts(m_err);
+    CliContext context(m_data, m_engine, alerts, m_out, m_err);
     const QString name = args.value(0);
     if (name == u"--help" || name == u"-h" || name == u"help") {
         const Command *topic = find(args.value(1));
@@ -66,7 +81,6 @@ int CommandLine::run(const QStringList &args)
         m_out << command->help();
         return CliContext::Success;
     }
-    ConsoleAlertPresenter alerts(m_err);
     m_data.setAlertPresenter(&alerts);
     const int status = command->run(context, rest);
     m_data.setAlertPresenter(nullptr);

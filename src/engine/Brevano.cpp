@@ -400,9 +400,9 @@ void Brevano::restoreAllFiles(bool addToIgnore)
         restoreItemAtPath(entry, addToIgnore);
 }
 
-bool Brevano::deleteItemAtPath(const QString &path)
+Trash::Result Brevano::trashItem(const QString &path)
 {
-    return m_services.trash.trash(path).ok;
+    return m_services.trash.trash(path);
 }
 
 void Brevano::deleteShadowDesktopContents()

@@ -8,6 +8,7 @@
 #include "Scheduler.h"
 #include "ShadowDesktopPaths.h"
 #include "TidyStatusSource.h"
+#include "Trash.h"
 
 #include <QDateTime>
 #include <QHash>
@@ -129,7 +130,8 @@ public:
     // ---- restore, delete, empty, size ----
     bool restoreItemAtPath(const QString &path, bool addToIgnore);
     void restoreAllFiles(bool addToIgnore);
-    bool deleteItemAtPath(const QString &path);
+    bool deleteItemAtPath(const QString &path) { return trashItem(path).ok; }
+    Trash::Result trashItem(const QString &path);
     void deleteShadowDesktopContents();
     void menuItemPressed(int tag, const QString &path);
     quint64 getFolderSize(const QString &path, const std::optional<QDateTime> &start) const;

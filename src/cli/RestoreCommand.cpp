@@ -1,0 +1,65 @@
+#include "RestoreCommand.h"
+
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "CliContext.h"
+#include "DirectoryListing.h"
+#include "FileStat.h"
+
+QString RestoreCommand::summary() const
+{
+    return QStringLiteral("move items back to the Desktop");
+}
+
+QString RestoreCommand::help() const
+{
+    return QStringLiteral(
+        "Usage: brevano restore NAME... [--ignore]\n"
+        "       brevano restore --all [--ignore]\n\n"
+        "Moves items that lie directly in the Shadow Desktop back to the Desktop under\n"
+        "their own names. An item of the same name on the Desktop is never replaced:\n"
+        "that restore fails and both stay. Exits 1 when one failed.\n\n"
+        "  --all     every item of the Shadow Desktop\n"
+        "  --ignore  add the restored items to the ignore list, so tidies leave them\n");
+}
+
+int RestoreCommand::run(CliContext &context, const QStringList &args)
+{
+    QStringList names = args;
+    const bool addToIgnore = names.removeAll(QStringLiteral("--ignore")) > 0;
+    const bool all = names.removeAll(QStringLiteral("--all")) > 0;
+    if (all == !names.isEmpty())
+        return context.fail(
+            QStringLiteral("restore takes NAME... or --all (see brevano restore --help)"),
+            CliContext::BadUsage);
+    context.loadStore();
+    Brevano &engine = context.engine();
+    QStringList paths;
+    if (all) {
+        paths = DirectoryListing::entries(engine.getTargetFilename());
+    } else {
+        for (const QString &name : std::as_const(names))
+            paths.append(context.shadowPath(name));
+    }
+    int status = CliContext::Success;
+    for (const QString &path : std::as_const(paths)) {
+        const QString name = path.mid(engine.getTargetFilename().size() + 1);
+        if (engine.restoreItemAtPath(path, addToIgnore)) {
+            context.out() << "restored " << name << '\n';
+            continue;
+        }
+        // Say why; the move itself never replaces anything.
+        QString reason = QStringLiteral("it could not be moved");
+        if (!engine.fileResidesInShadowDesktopRoot(path))
+            reason = QStringLiteral("it is not directly in the Shadow Desktop");
+        else if (!FileStat::exists(path))
+            reason = QStringLiteral("there is no such item in the Shadow Desktop");
+        else if (FileStat::exists(engine.getOriginalPathFromShadowPath(path)))
+            reason = QStringLiteral("an item of that name is on the Desktop");
+        status = context.fail(QStringLiteral("not restored %1: %2").arg(name, reason),
+                              CliContext::Failed);
+    }
+    if (addToIgnore && !context.saveStore())
+        return CliContext::Failed;
+    return status;
+}

@@ -1,0 +1,39 @@
+#include "StatusCommand.h"
+
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "CliContext.h"
+#include "DirectoryListing.h"
+#include "StatusDisplay.h"
+
+QString StatusCommand::summary() const
+{
+    return QStringLiteral("print whether and when Brevano tidies");
+}
+
+QString StatusCommand::help() const
+{
+    return QStringLiteral("Usage: brevano status\n\n"
+                          "Prints five lines: enabled (true or false), frequency (the tidy\n"
+                          "interval), last-tidy (ISO 8601 UTC), next (\"Automatic tidy in ...\")\n"
+                          "and items (how many items lie in the Shadow Desktop).\n");
+}
+
+int StatusCommand::run(CliContext &context, const QStringList &args)
+{
+    if (!args.isEmpty())
+        return context.fail(QStringLiteral("status takes no arguments"), CliContext::BadUsage);
+    context.loadStore();
+    const Brevano &engine = context.engine();
+    const BrevanoData &data = context.data();
+    const qint64 seconds =
+        std::max<qint64>(0, QDateTime::currentDateTimeUtc().secsTo(engine.getEarliestTidyDate()));
+    context.out() << "enabled: " << (engine.getEnabled() ? "true" : "false") << '\n'
+                  << "frequency: " << data.getTidyIntervalText() << '\n'
+                  << "last-tidy: "
+                  << data.getLastTidyTime().toUTC().toString(u"yyyy-MM-ddTHH:mm:ssZ") << '\n'
+                  << "next: " << StatusDisplay::nextTidyLine(seconds) << '\n'
+                  << "items: " << DirectoryListing::entries(engine.getTargetFilename()).size()
+                  << '\n';
+    return CliContext::Success;
+}

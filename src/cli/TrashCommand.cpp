@@ -1,0 +1,35 @@
+#include "TrashCommand.h"
+
+#include "Brevano.h"
+#include "CliContext.h"
+
+QString TrashCommand::summary() const
+{
+    return QStringLiteral("move Shadow Desktop items to the Trash");
+}
+
+QString TrashCommand::help() const
+{
+    return QStringLiteral("Usage: brevano trash NAME...\n\n"
+                          "Moves the named items of the Shadow Desktop (names relative to it) to\n"
+                          "the Trash. An item that cannot be trashed stays where it is. Exits 1\n"
+                          "when one could not be trashed.\n");
+}
+
+int TrashCommand::run(CliContext &context, const QStringList &args)
+{
+    if (args.isEmpty())
+        return context.fail(QStringLiteral("trash takes NAME... (see brevano trash --help)"),
+                            CliContext::BadUsage);
+    context.loadStore();
+    int status = CliContext::Success;
+    for (const QString &name : args) {
+        const Trash::Result result = context.engine().trashItem(context.shadowPath(name));
+        if (result.ok)
+            context.out() << "trashed " << name << '\n';
+        else
+            status = context.fail(QStringLiteral("not trashed %1: %2").arg(name, result.message),
+                                  CliContext::Failed);
+    }
+    return status;
+}

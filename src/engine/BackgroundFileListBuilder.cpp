@@ -1,0 +1,169 @@
+#include "BackgroundFileListBuilder.h"
+
+#include "ItemInfo.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDirIterator>
+#include <QPointer>
+
+#include <chrono>
+#include <thread>
+
+// What the worker thread owns together with the builder, so that it can finish
+// its listing safely after the builder is gone.
+struct BackgroundFileListBuilder::Shared
+{
+    QString rootPath;
+    std::shared_ptr<const QuickFilterItem> filter;
+    QString shadowDesktopRoot;
+    const ItemInfo *itemInfo = nullptr;
+    MonotonicClock clock;
+    QPointer<BackgroundFileListBuilder> builder; // read on the builder's thread only
+    std::atomic<bool> requestTermination{false};
+    std::atomic<bool> taskRunning{false};
+
+    // Worker-thread state.
+    QStringList folders;
+    QStringList files;
+    qint64 lastUpdate = 0;
+    bool firstUpdate = true;
+
+    void run();
+    void listFolder(const QString &folder, bool recursive);
+    void add(const QString &path, bool isFolder);
+    bool passesFilter(const QString &path) const;
+    void update();
+    void deliver(const QStringList &paths, bool completed);
+};
+
+BackgroundFileListBuilder::BackgroundFileListBuilder(const QString &path,
+                                                     std::shared_ptr<const QuickFilterItem> filter,
+                                                     const QString &searchPhrase,
+                                                     const QString &shadowDesktopRoot,
+                                                     const ItemInfo &itemInfo, QObject *parent)
+    : QObject(parent), m_searchPhrase(searchPhrase), m_shared(std::make_shared<Shared>())
+{
+    m_shared->rootPath = path;
+    m_shared->filter = std::move(filter);
+    m_shared->shadowDesktopRoot = shadowDesktopRoot;
+    m_shared->itemInfo = &itemInfo;
+    m_shared->clock = [] {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(
+                   std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    };
+    m_shared->builder = this;
+}
+
+BackgroundFileListBuilder::~BackgroundFileListBuilder()
+{
+    stopBackgroundTask();
+}
+
+void BackgroundFileListBuilder::setClockForTesting(MonotonicClock clock)
+{
+    m_shared->clock = std::move(clock);
+}
+
+bool BackgroundFileListBuilder::isDirButNotPackage(quint32 flags)
+{
+    return (flags & (ItemInfo::Container | ItemInfo::Package)) == ItemInfo::Container;
+}
+
+void BackgroundFileListBuilder::startBackgroundTask()
+{
+    std::thread([shared = m_shared] { shared->run(); }).detach();
+}
+
+void BackgroundFileListBuilder::stopBackgroundTask()
+{
+    m_shared->requestTermination = true;
+}
+
+bool BackgroundFileListBuilder::isRunning() const
+{
+    return m_shared->taskRunning;
+}
+
+void BackgroundFileListBuilder::Shared::run()
+{
+    taskRunning = true;
+    folders.clear();
+    files.clear();
+    firstUpdate = true; // the first push is never held back: it clears the view
+    update();
+    const quint32 folderStyle = filter ? filter->getFolderStyle() : 0;
+    if (folderStyle == 0)
+        listFolder(rootPath, false);
+    else if (folderStyle == 1)
+        listFolder(shadowDesktopRoot, true);
+    taskRunning = false;
+    requestTermination = false; // a cancelled listing still reports its completion
+    deliver(folders + files, true);
+    folders.clear();
+    files.clear();
+}
+
+void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool recursive)
+{
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        const QString entry = it.next();
+        if (requestTermination)
+            return;
+        if (isDirButNotPackage(itemInfo->flags(entry))) {
+            if (recursive)
+                listFolder(entry, true);
+            else
+                add(entry, true);
+        } else {
+            add(entry, false);
+        }
+    }
+}
+
+bool BackgroundFileListBuilder::Shared::passesFilter(const QString &path) const
+{
+    if (requestTermination)
+        return false;
+    return !filter || filter->filePassesFilter(path, QDateTime::currentDateTimeUtc());
+}
+
+void BackgroundFileListBuilder::Shared::add(const QString &path, bool isFolder)
+{
+    if (requestTermination || !passesFilter(path))
+        return;
+    (isFolder ? folders : files).append(path);
+    update();
+}
+
+void BackgroundFileListBuilder::Shared::update()
+{
+    if (requestTermination)
+        return;
+    const qint64 now = clock();
+    if (!firstUpdate && now - lastUpdate < kUpdateIntervalMs)
+        return;
+    firstUpdate = false;
+    deliver(folders + files, false);
+    lastUpdate = now;
+}
+
+void BackgroundFileListBuilder::Shared::deliver(const QStringList &paths, bool completed)
+{
+    QCoreApplication *app = QCoreApplication::instance();
+    if (!app)
+        return;
+    // Runs on the main thread, where the builder lives; a builder deleted
+    // meanwhile gets nothing.
+    auto post = [guard = builder, paths, completed] {
+        if (!guard)
+            return;
+        if (completed)
+            emit guard->fileListCompleted(paths, guard.data());
+        else
+            emit guard->fileListUpdated(paths, guard.data());
+    };
+    QMetaObject::invokeMethod(app, std::move(post), Qt::QueuedConnection);
+}
