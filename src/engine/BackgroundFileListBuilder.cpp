@@ -66,6 +66,13 @@ void BackgroundFileListBuilder::setClockForTesting(MonotonicClock clock)
     m_shared->clock = std::move(clock);
 }
 
+static std::atomic<int> g_runningWorkers{0};
+
+int BackgroundFileListBuilder::runningWorkers()
+{
+    return g_runningWorkers;
+}
+
 bool BackgroundFileListBuilder::isDirButNotPackage(quint32 flags)
 {
     return (flags & (ItemInfo::Container | ItemInfo::Package)) == ItemInfo::Container;
@@ -73,7 +80,11 @@ bool BackgroundFileListBuilder::isDirButNotPackage(quint32 flags)
 
 void BackgroundFileListBuilder::startBackgroundTask()
 {
-    std::thread([shared = m_shared] { shared->run(); }).detach();
+    ++g_runningWorkers;
+    std::thread([shared = m_shared] {
+        shared->run();
+        --g_runningWorkers;
+    }).detach();
 }
 
 void BackgroundFileListBuilder::stopBackgroundTask()

@@ -38,6 +38,9 @@ public:
     QString searchPhrase() const { return m_searchPhrase; }
 
     static bool isDirButNotPackage(quint32 flags);
+    // Worker threads still listing, of every builder (a builder's thread may
+    // outlive it).
+    static int runningWorkers();
 
 signals:
     void fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *task);

@@ -1,0 +1,205 @@
+#include "FileTree.h"
+#include "SandboxHome.h"
+
+#include <QProcess>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+namespace {
+struct Result
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+// Dates an item (a link itself, not its target) seconds into the past.
+void age(const QString &path, qint64 seconds)
+{
+    const struct timespec time
+    {
+        QDateTime::currentSecsSinceEpoch() - seconds, 0
+    };
+    const struct timespec times[2] = {time, time};
+    QVERIFY(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times,
+                        AT_SYMLINK_NOFOLLOW) == 0);
+}
+
+QStringList entries(const QString &folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
+                                      QDir::NoDotAndDotDot,
+                                  QDir::Name | QDir::IgnoreCase);
+}
+} // namespace
+
+// The tidy and Shadow Desktop commands, run as a user would run them.
+class tst_CliTidy : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void tidyMovesExactlyTheCandidates();
+    void dryRunTouchesNothing();
+    void clashesByOverwriteMode();
+    void browseRestoreTrashEmpty();
+
+private:
+    Result run(const QStringList &args)
+    {
+        QProcess process;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.remove("DBUS_SESSION_BUS_ADDRESS"); // no notification service here
+        process.setProcessEnvironment(env);
+        process.start(QStringLiteral(BREVANO_BINARY), args);
+        if (!process.waitForFinished(30000))
+            qFatal("brevano did not finish");
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+    QString desktopItem(const QString &name, qint64 ageSeconds = 600,
+                        const QByteArray &content = "x")
+    {
+        const QString path = m_sandbox->write("Desktop/" + name, content);
+        age(path, ageSeconds);
+        return path;
+    }
+
+    std::unique_ptr<SandboxHome> m_sandbox;
+    QString m_desktop;
+    QString m_shadow;
+};
+
+void tst_CliTidy::init()
+{
+    m_sandbox = std::make_unique<SandboxHome>();
+    m_desktop = m_sandbox->desktop();
+    m_shadow = m_sandbox->shadowDesktop();
+}
+
+void tst_CliTidy::tidyMovesExactlyTheCandidates()
+{
+    desktopItem("report.pdf", 600, "pdf");
+    desktopItem("Project/notes.txt", 600);
+    desktopItem("Project/Sub/deep.txt", 2); // deep changes do not hold a folder back
+    age(m_desktop + "/Project/Sub", 600);
+    age(m_desktop + "/Project", 600);
+    desktopItem("Busy/just-saved.txt", 2); // a direct child changed: the folder waits
+    age(m_desktop + "/Busy", 600);
+    desktopItem(".hidden", 600);
+    desktopItem("downloading.iso", 1);
+    desktopItem("keep.txt", 600);
+    QFile::link(m_desktop + "/report.pdf", m_desktop + "/shortcut");
+    age(m_desktop + "/shortcut", 600);
+    QCOMPARE(run({"ignore", "add", m_desktop + "/keep.txt"}).status, 0);
+    const auto project = fingerprint(m_desktop + "/Project");
+
+    const Result r = run({"tidy"});
+    QCOMPARE(r.status, 0);
+    QCOMPARE(entries(m_desktop), (QStringList{".hidden", "Busy", "downloading.iso", "keep.txt"}));
+    QCOMPARE(entries(m_shadow), (QStringList{"Project", "report.pdf", "shortcut"}));
+    QCOMPARE(fingerprint(m_shadow + "/Project"), project);
+    QVERIFY(QFileInfo(m_shadow + "/shortcut").isSymLink());
+    QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(lines.takeLast(), QStringLiteral("Moved 3 of 5 items found to Shadow Desktop"));
+    lines.sort();
+    QCOMPARE(lines, (QStringList{"deferred Busy", "deferred downloading.iso",
+                                 "moved Project -> " + m_shadow + "/Project",
+                                 "moved report.pdf -> " + m_shadow + "/report.pdf",
+                                 "moved shortcut -> " + m_shadow + "/shortcut"}));
+
+    // Folders and links stay by choice.
+    QCOMPARE(run({"set", "IgnoreFolders", "true"}).status, 0);
+    QCOMPARE(run({"set", "IgnoreAliases", "true"}).status, 0);
+    desktopItem("Folder/a.txt");
+    age(m_desktop + "/Folder", 600);
+    QFile::link("keep.txt", m_desktop + "/link2");
+    age(m_desktop + "/link2", 600);
+    age(m_desktop + "/downloading.iso", 600);
+    QCOMPARE(run({"tidy"}).out.split('\n', Qt::SkipEmptyParts).last(),
+             QStringLiteral(
+                 "Moved 1 of 1 items found to Shadow Desktop")); // Busy is a folder now ignored
+    QCOMPARE(entries(m_desktop), (QStringList{".hidden", "Busy", "Folder", "keep.txt", "link2"}));
+
+    // Nothing to move.
+    QFile::remove(m_desktop + "/Busy/just-saved.txt");
+    QDir(m_desktop + "/Busy").removeRecursively();
+    QCOMPARE(run({"tidy"}).out,
+             QStringLiteral("Brevano found no files on the Desktop and will skip this Tidy\n"));
+}
+
+void tst_CliTidy::dryRunTouchesNothing()
+{
+    desktopItem("a.txt");
+    desktopItem("b.txt", 1);
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/a.txt", "older");
+    const auto before = fingerprint(m_sandbox->home());
+    const Result r = run({"tidy", "--dry-run"});
+    QCOMPARE(r.status, 0);
+    QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
+    lines.sort();
+    QCOMPARE(lines,
+             (QStringList{"deferred b.txt", "would move a.txt -> " + m_shadow + "/a 2.txt"}));
+    QCOMPARE(fingerprint(m_sandbox->home()), before);
+    QCOMPARE(run({"tidy", "--now"}).status, 2);
+}
+
+void tst_CliTidy::clashesByOverwriteMode()
+{
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/Notes.txt", "older");
+    desktopItem("Notes.txt", 600, "newer");
+    QCOMPARE(run({"set", "OverwriteMode", "1"}).status, 0);
+    Result r = run({"tidy"});
+    QCOMPARE(r.status, 1);
+    QVERIFY(
+        r.out.startsWith("failed Notes.txt: an item named so is already in the Shadow Desktop\n"));
+    QCOMPARE(run({"set", "OverwriteMode", "3"}).status, 0);
+    r = run({"tidy"});
+    QCOMPARE(r.status, 0);
+    QVERIFY(r.out.startsWith("moved Notes.txt -> " + m_shadow + "/Notes 2.txt\n"));
+    QCOMPARE(entries(m_shadow), (QStringList{"Notes 2.txt", "Notes.txt"}));
+}
+
+void tst_CliTidy::browseRestoreTrashEmpty()
+{
+    for (const char *name : {"a.txt", "b.txt", "Folder/inner.txt", "Folder/Sub/deep.txt"})
+        m_sandbox->write(QStringLiteral(".local/share/Brevano/Shadow Desktop/") + name,
+                         QByteArray(100, 'x'));
+    QStringList top = run({"list"}).out.split('\n', Qt::SkipEmptyParts);
+    QCOMPARE(top.first(), QStringLiteral("Folder")); // folders first
+    top.sort();
+    QCOMPARE(top, (QStringList{"Folder", "a.txt", "b.txt"}));
+    QStringList all = run({"list", "--recursive"}).out.split('\n', Qt::SkipEmptyParts);
+    all.sort();
+    QCOMPARE(all, (QStringList{"Folder/Sub/deep.txt", "Folder/inner.txt", "a.txt", "b.txt"}));
+    QCOMPARE(run({"size"}).out, QStringLiteral("400 bytes (400 bytes)\n"));
+    QVERIFY(run({"status"}).out.contains("\nitems: 3\n"));
+
+    desktopItem("b.txt", 600, "on the desktop");
+    Result r = run({"restore", "a.txt", "b.txt", "Folder/inner.txt", "--ignore"});
+    QCOMPARE(r.status, 1);
+    QCOMPARE(r.out, QStringLiteral("restored a.txt\n"));
+    QVERIFY(r.err.contains("not restored b.txt: an item of that name is on the Desktop"));
+    QVERIFY(
+        r.err.contains("not restored Folder/inner.txt: it is not directly in the Shadow Desktop"));
+    QCOMPARE(run({"ignore", "list"}).out, m_desktop + "/a.txt\n");
+    QCOMPARE(run({"restore", "--all"}).status, 1); // b.txt still clashes
+    QVERIFY(QFileInfo(m_desktop + "/Folder/Sub/deep.txt").exists());
+
+    r = run({"trash", "b.txt", "missing"});
+    QCOMPARE(r.status, 1);
+    QCOMPARE(r.out, QStringLiteral("trashed b.txt\n"));
+    QVERIFY(QFileInfo::exists(m_sandbox->home() + "/.local/share/Trash/files/b.txt"));
+
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/c.txt", "c");
+    QCOMPARE(run({"empty"}).status, 2); // no terminal here, and no --yes
+    QCOMPARE(entries(m_shadow), QStringList{"c.txt"});
+    QCOMPARE(run({"empty", "--yes"}).status, 0);
+    QCOMPARE(entries(m_shadow), QStringList{});
+    QCOMPARE(run({"size"}).out, QStringLiteral("Unknown (0 bytes)\n"));
+}
+
+QTEST_GUILESS_MAIN(tst_CliTidy)
+#include "tst_CliTidy.moc"

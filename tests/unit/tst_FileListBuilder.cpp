@@ -1,0 +1,178 @@
+#include "BackgroundFileListBuilder.h"
+#include "LocalItemInfo.h"
+#include "SandboxHome.h"
+
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+std::shared_ptr<QuickFilterItem> view(quint32 folderStyle, const QStringList &extensions = {})
+{
+    auto item = std::make_shared<QuickFilterItem>();
+    item->setFolderStyle(folderStyle);
+    for (const QString &extension : extensions)
+        item->fileExtensions().append(extension);
+    return item;
+}
+
+QStringList names(const QStringList &paths, const QString &root)
+{
+    QStringList relative;
+    for (const QString &path : paths)
+        relative.append(path.mid(root.size() + 1));
+    return relative;
+}
+} // namespace
+
+class tst_FileListBuilder : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init();
+    void foldersFirstInFileSystemOrder();
+    void folderStyles();
+    void filterAppliesToFoldersToo();
+    void partialListsAreThrottled();
+    void cancelledListingStillCompletes();
+    void nothingReachesADeletedBuilder();
+
+private:
+    // Runs a listing to its end; returns the final list and counts the partial ones.
+    QStringList list(const QString &path, std::shared_ptr<const QuickFilterItem> filter,
+                     int *partials = nullptr);
+
+    std::unique_ptr<SandboxHome> m_sandbox;
+    LocalItemInfo m_itemInfo;
+    QString m_root;
+};
+
+void tst_FileListBuilder::init()
+{
+    m_sandbox = std::make_unique<SandboxHome>();
+    m_root = m_sandbox->home() + "/Shadow";
+    for (const char *folder : {"Alpha", "Beta", "Gamma.jpg"})
+        QDir().mkpath(m_root + '/' + folder);
+    for (const char *file :
+         {"one.jpg", "two.txt", ".hidden.jpg", "Beta/deep.jpg", "Beta/Inner/deeper.txt"})
+        m_sandbox->write(QStringLiteral("Shadow/") + file, "x");
+    QDir().mkpath(m_root + "/Tool.app/Contents"); // a package
+    QFile::link("one.jpg", m_root + "/link.jpg");
+}
+
+QStringList tst_FileListBuilder::list(const QString &path,
+                                      std::shared_ptr<const QuickFilterItem> filter, int *partials)
+{
+    BackgroundFileListBuilder builder(path, std::move(filter), QString(), m_root, m_itemInfo);
+    QSignalSpy updated(&builder, &BackgroundFileListBuilder::fileListUpdated);
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    if (!completed.wait(10000))
+        return {QStringLiteral("(no completion)")};
+    if (partials)
+        *partials = int(updated.count());
+    return completed.first().first().toStringList();
+}
+
+void tst_FileListBuilder::foldersFirstInFileSystemOrder()
+{
+    const QStringList paths = list(m_root, nullptr);
+    QStringList expectedFolders, expectedFiles;
+    QDirIterator it(m_root, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        const QString path = it.next();
+        const bool browsable =
+            QFileInfo(path).isDir() && !QFileInfo(path).isSymLink() && !path.endsWith(".app");
+        (browsable ? expectedFolders : expectedFiles).append(path);
+    }
+    QCOMPARE(paths, expectedFolders + expectedFiles);
+    QCOMPARE(expectedFolders.size(), 3);
+    QVERIFY(paths.contains(m_root + "/Tool.app"));    // a package is one file
+    QVERIFY(paths.contains(m_root + "/.hidden.jpg")); // hidden items are listed
+}
+
+void tst_FileListBuilder::folderStyles()
+{
+    // Style 0 browses the given folder; style 1 lists every file of the root.
+    QCOMPARE(list(m_root + "/Beta", view(0)),
+             (QStringList{m_root + "/Beta/Inner", m_root + "/Beta/deep.jpg"}));
+    QStringList everyFile = names(list(m_root + "/Beta", view(1)), m_root);
+    everyFile.sort();
+    QCOMPARE(everyFile, (QStringList{".hidden.jpg", "Beta/Inner/deeper.txt", "Beta/deep.jpg",
+                                     "Tool.app", "link.jpg", "one.jpg", "two.txt"}));
+    QCOMPARE(list(m_root, view(2)), QStringList{}); // other styles list nothing
+    QCOMPARE(list(m_sandbox->home() + "/missing", nullptr), QStringList{});
+}
+
+void tst_FileListBuilder::filterAppliesToFoldersToo()
+{
+    QStringList jpegs = names(list(m_root, view(0, {"jpg"})), m_root);
+    QCOMPARE(jpegs.first(), QStringLiteral("Gamma.jpg")); // a folder whose name matches
+    jpegs.sort();
+    QCOMPARE(jpegs, (QStringList{".hidden.jpg", "Gamma.jpg", "link.jpg", "one.jpg"}));
+}
+
+void tst_FileListBuilder::partialListsAreThrottled()
+{
+    for (int i = 0; i < 50; ++i)
+        m_sandbox->write(QStringLiteral("Shadow/many/f%1").arg(i), "x");
+    // A clock that moves 100 ms per look: a partial list every fifth entry at most.
+    BackgroundFileListBuilder builder(m_root + "/many", nullptr, QString(), m_root, m_itemInfo);
+    std::atomic<qint64> fake{0};
+    builder.setClockForTesting([&fake] { return fake += 100; });
+    QSignalSpy updated(&builder, &BackgroundFileListBuilder::fileListUpdated);
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    QVERIFY(completed.wait(10000));
+    QCOMPARE(completed.first().first().toStringList().size(), 50);
+    QCOMPARE(updated.first().first().toStringList(),
+             QStringList{}); // the first push clears the view
+    QVERIFY2(updated.count() >= 9 && updated.count() <= 11,
+             qPrintable(QString::number(updated.count())));
+    qsizetype previous = -1;
+    for (const QList<QVariant> &push : std::as_const(updated)) {
+        QVERIFY(push.first().toStringList().size() > previous); // each a growing snapshot
+        previous = push.first().toStringList().size();
+    }
+    // A real clock with a quick listing: the empty push and the final list only.
+    int partials = 0;
+    list(m_root + "/many", nullptr, &partials);
+    QCOMPARE(partials, 1);
+}
+
+void tst_FileListBuilder::cancelledListingStillCompletes()
+{
+    for (int i = 0; i < 2000; ++i)
+        m_sandbox->write(QStringLiteral("Shadow/big/f%1").arg(i), "");
+    BackgroundFileListBuilder builder(m_root + "/big", nullptr, QString(), m_root, m_itemInfo);
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    builder.stopBackgroundTask();
+    QVERIFY(completed.wait(10000));
+    QVERIFY(completed.first().first().toStringList().size() < 2000);
+    QVERIFY(!builder.isRunning());
+}
+
+void tst_FileListBuilder::nothingReachesADeletedBuilder()
+{
+    for (int i = 0; i < 3000; ++i)
+        m_sandbox->write(QStringLiteral("Shadow/big/f%1").arg(i), "");
+    int deliveries = 0;
+    {
+        QObject receiver;
+        auto *builder =
+            new BackgroundFileListBuilder(m_root + "/big", nullptr, QString(), m_root, m_itemInfo);
+        connect(builder, &BackgroundFileListBuilder::fileListCompleted, &receiver,
+                [&] { ++deliveries; });
+        connect(builder, &BackgroundFileListBuilder::fileListUpdated, &receiver,
+                [&] { ++deliveries; });
+        builder->startBackgroundTask();
+        delete builder; // while its thread still runs
+    }
+    // Let the detached worker finish, then run everything it posted.
+    QTRY_COMPARE(BackgroundFileListBuilder::runningWorkers(), 0);
+    QCoreApplication::processEvents();
+    QCOMPARE(deliveries, 0);
+}
+
+QTEST_GUILESS_MAIN(tst_FileListBuilder)
+#include "tst_FileListBuilder.moc"
