@@ -4,7 +4,7 @@
 set -euo pipefail
 
 build=(cmake ninja-build g++ make pkg-config qt6-base-dev)
-test=(libplist-dev python3 tzdata dbus)
+test=(libplist-dev python3 tzdata dbus xvfb xauth dunst)
 fuzz=(clang libclang-rt-14-dev)
 bench=(libplist-utils hyperfine time)
 
