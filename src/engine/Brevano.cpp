@@ -13,6 +13,7 @@
 #include "ModifiedDateFilter.h"
 #include "ModifierKeys.h"
 #include "NotificationCenter.h"
+#include "QtModifierKeys.h"
 #include "QtScheduler.h"
 #include "TidyFrequency.h"
 #include "Trash.h"
@@ -58,7 +59,7 @@ Brevano &Brevano::sharedInstance()
     static FreedesktopTrash trash;
     static FreedesktopNotifier notifier;
     static FreedesktopFileViewer fileViewer;
-    static NoModifierKeys modifierKeys;
+    static QtModifierKeys modifierKeys;
     static Brevano engine(BrevanoData::sharedInstance(),
                           EngineServices{QtScheduler::instance(),
                                          NotificationCenter::defaultCenter(), itemInfo, trash,

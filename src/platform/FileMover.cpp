@@ -20,6 +20,7 @@
 namespace {
 
 FileMover::FaultHook g_faultHook;
+bool g_noReplaceRenameUnavailable = false;
 
 QByteArray bytes(const QString &path)
 {
@@ -41,6 +42,10 @@ FileMover::Result failed(const QString &what, int error)
 // ENOSYS where the file system or kernel has no such rename.
 int renameNoReplace(const char *source, const char *target)
 {
+    if (g_noReplaceRenameUnavailable) {
+        errno = EINVAL;
+        return -1;
+    }
 #if defined(__linux__) && defined(SYS_renameat2)
     return int(::syscall(SYS_renameat2, AT_FDCWD, source, AT_FDCWD, target, RENAME_NOREPLACE));
 #elif defined(__APPLE__)
@@ -299,4 +304,9 @@ FileMover::Result FileMover::move(const QString &source, const QString &target)
 void FileMover::setFaultHookForTesting(FaultHook hook)
 {
     g_faultHook = std::move(hook);
+}
+
+void FileMover::setNoReplaceRenameUnavailableForTesting(bool unavailable)
+{
+    g_noReplaceRenameUnavailable = unavailable;
 }

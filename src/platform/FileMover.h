@@ -35,4 +35,7 @@ public:
 
     static Result move(const QString &source, const QString &target);
     static void setFaultHookForTesting(FaultHook hook);
+    // Test hook: behave as on a file system without a no-replace rename (NFS,
+    // 9p, some FUSE), which takes the link-or-mkdir path instead.
+    static void setNoReplaceRenameUnavailableForTesting(bool unavailable);
 };

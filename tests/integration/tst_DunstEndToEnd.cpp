@@ -35,7 +35,8 @@ private:
 
 void tst_DunstEndToEnd::initTestCase()
 {
-    if (qEnvironmentVariableIsEmpty("DISPLAY") || qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+    if (qEnvironmentVariableIsEmpty("DISPLAY") ||
+        qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
         QSKIP("needs a display and a session bus (run under with-display.sh)");
     if (QStandardPaths::findExecutable("dunst").isEmpty())
         QSKIP("dunst is not installed");
@@ -60,8 +61,8 @@ void tst_DunstEndToEnd::clickingTheAnnouncementPostpones()
 {
     EngineFixture f;
     FreedesktopNotifier notifier;
-    Brevano engine(f.data, EngineServices{f.scheduler, f.notifications, f.itemInfo, f.trash, notifier,
-                                          f.fileViewer, f.modifierKeys});
+    Brevano engine(f.data, EngineServices{f.scheduler, f.notifications, f.itemInfo, f.trash,
+                                          notifier, f.fileViewer, f.modifierKeys});
     f.data.loadDataFile();
     engine.linkSaveData(f.data.saveData());
     engine.setEnabled(true);

@@ -27,15 +27,29 @@ class tst_FileMover : public QObject
 {
     Q_OBJECT
 private slots:
-    void cleanup() { FileMover::setFaultHookForTesting({}); }
+    void cleanup()
+    {
+        FileMover::setFaultHookForTesting({});
+        FileMover::setNoReplaceRenameUnavailableForTesting(false);
+    }
+    void movesWithinAFileSystemWithoutReplacing_data();
     void movesWithinAFileSystemWithoutReplacing();
     void movesAcrossFileSystems();
     void failureBeforeTheSourceGoesLeavesItWhole();
     void fullDiskLeavesNothingBehind();
 };
 
+void tst_FileMover::movesWithinAFileSystemWithoutReplacing_data()
+{
+    QTest::addColumn<bool>("withoutNoReplaceRename");
+    QTest::newRow("no-replace rename") << false;
+    QTest::newRow("link and mkdir fallback") << true;
+}
+
 void tst_FileMover::movesWithinAFileSystemWithoutReplacing()
 {
+    QFETCH(bool, withoutNoReplaceRename);
+    FileMover::setNoReplaceRenameUnavailableForTesting(withoutNoReplaceRename);
     SandboxHome sandbox;
     const QString d = sandbox.desktop();
     makeTree(sandbox, "Desktop/Folder");

@@ -1,4 +1,5 @@
 #include "LocalItemInfo.h"
+#include "QtModifierKeys.h"
 #include "SandboxHome.h"
 
 #include <QtTest>
@@ -33,6 +34,8 @@ void tst_ItemInfo::flagsFromTheFileSystem()
     QCOMPARE(info.flags(d + "/missing"), 0u);
     QVERIFY(info.kindText(d + "/file.png").contains("PNG", Qt::CaseInsensitive));
     QVERIFY(!LocalItemInfo::isPackageExtension(".app"));
+    // Without a GUI application nothing is held.
+    QVERIFY(!QtModifierKeys().isOptionPressed());
 }
 
 QTEST_APPLESS_MAIN(tst_ItemInfo)
