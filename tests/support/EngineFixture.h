@@ -53,8 +53,15 @@ struct EngineFixture
     RecordingFileViewer fileViewer;
     FakeModifierKeys modifierKeys;
     BrevanoData data{scheduler, notifications};
-    Brevano engine{data, EngineServices{scheduler, notifications, itemInfo, trash, notifier,
-                                        fileViewer, modifierKeys}};
+    Brevano engine;
+
+    // With realNotifier, the engine notifies through it instead of the recorder.
+    explicit EngineFixture(UserNotifier *realNotifier = nullptr)
+        : engine(data,
+                 EngineServices{scheduler, notifications, itemInfo, trash,
+                                realNotifier ? *realNotifier : notifier, fileViewer, modifierKeys})
+    {
+    }
 
     void load()
     {

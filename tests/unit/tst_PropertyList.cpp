@@ -1,8 +1,6 @@
 #include "PropertyListReader.h"
 #include "PropertyListWriter.h"
 
-#include <QProcess>
-#include <QStandardPaths>
 #include <QtTest>
 
 #include <plist/plist.h>
@@ -291,26 +289,8 @@ void tst_PropertyList::keepsEveryValueOfAnotherWriter()
     QCOMPARE(root.value(QStringLiteral("ShadowDesktopPath")).toString(),
              QStringLiteral("/home/jens/Shadow & <Desk>"));
 
-    // What we write, the other writer's reader reads as the same values.
-    const QString python = QStandardPaths::findExecutable(QStringLiteral("python3"));
-    if (python.isEmpty())
-        QSKIP("python3 is not installed");
-    QTemporaryDir dir;
-    QFile ours(dir.filePath(QStringLiteral("ours.plist")));
-    QVERIFY(ours.open(QIODevice::WriteOnly));
-    ours.write(*PropertyListWriter::write(root));
-    ours.close();
-    QProcess check;
-    check.start(python, {QStringLiteral("-c"),
-                         QStringLiteral("import plistlib,sys\n"
-                                        "a=plistlib.load(open(sys.argv[1],'rb'))\n"
-                                        "b=plistlib.load(open(sys.argv[2],'rb'))\n"
-                                        "sys.exit(0 if a==b else 1)"),
-                         qEnvironmentVariable("BREVANO_TEST_DATA") + "/plistlib-written.plist",
-                         ours.fileName()});
-    QVERIFY(check.waitForFinished());
-    QCOMPARE(check.readAllStandardError(), QByteArray());
-    QCOMPARE(check.exitCode(), 0);
+    // Python's own reader checks what we write in tst_Cli, through the binary.
+    QCOMPARE(readXml(*PropertyListWriter::write(root))->toDictionary(), root);
 }
 
 // libplist is an independent implementation: its reading of our output, and our
