@@ -458,3 +458,20 @@ bool Brevano::isOptionPressed() const
 {
     return m_services.modifierKeys.isOptionPressed();
 }
+
+// ---- the Shadow Desktop menu ----
+
+int Brevano::buildShadowDesktopMenu(MenuEntry &shadowEntry,
+                                    ShadowDesktopMenuBuilder::Registry &registry)
+{
+    m_abortMenuPopulate = false;
+    QList<QuickFilterItem *> filters;
+    for (const auto &item : m_data.filterItems())
+        filters.append(item.get());
+    ShadowDesktopMenuBuilder builder(
+        m_services.itemInfo, [this](const QString &path) { return filePassesDateFilter(path); },
+        m_abortMenuPopulate);
+    builder.buildShadowDesktopMenu(shadowEntry, getTargetFilename(), registry, filters,
+                                   m_data.getQuickFiltersMode());
+    return 0;
+}

@@ -6,6 +6,7 @@
 #include "OverwriteMover.h"
 #include "PropertyValue.h"
 #include "Scheduler.h"
+#include "ShadowDesktopMenuBuilder.h"
 #include "ShadowDesktopPaths.h"
 #include "TidyStatusSource.h"
 #include "Trash.h"
@@ -118,7 +119,13 @@ public:
     void delayAutomatedTidyDueToChange();
     QDateTime earliestTidy() const { return m_earliestTidy; }
     bool abortMenuPopulate() const { return m_abortMenuPopulate; }
+    // Set from the main thread (the menu closed); the menu worker reads it.
     void setAbortMenuPopulate(bool abort) { m_abortMenuPopulate = abort; }
+
+    // ---- the Shadow Desktop menu (on a worker thread) ----
+    // Fills shadowEntry and, through the registry, the quick filters' submenus.
+    int buildShadowDesktopMenu(MenuEntry &shadowEntry,
+                               ShadowDesktopMenuBuilder::Registry &registry);
 
     // ---- notifications ----
     void notifyUser(const QString &title, const QString &description,
@@ -190,7 +197,7 @@ private:
     QHash<QString, std::function<void(const QVariantMap &)>> m_actions;
 
     bool m_isRepeatTidy = false;
-    bool m_abortMenuPopulate = false;
+    std::atomic<bool> m_abortMenuPopulate{false};
     Scheduler::TaskId m_timer = 0;
     Scheduler::TaskId m_retry = 0;
     QSet<Scheduler::TaskId> m_pendingPasses;
