@@ -3,7 +3,7 @@
 # when all are there. Usage: install-deps.sh build|test|fuzz|bench
 set -euo pipefail
 
-build=(cmake ninja-build g++ make pkg-config qt6-base-dev)
+build=(cmake ninja-build g++ make pkg-config qt6-base-dev qt6-svg-dev)
 test=(libplist-dev python3 tzdata dbus xvfb xauth dunst)
 fuzz=(clang libclang-rt-14-dev)
 bench=(libplist-utils hyperfine time)

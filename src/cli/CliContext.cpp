@@ -5,6 +5,8 @@
 
 void CliContext::loadStore()
 {
+    if (m_storeIsLive)
+        return;
     m_data.loadDataFile();
     m_engine.linkSaveData(m_data.saveData());
     if (!m_data.loadError().isEmpty()) {

@@ -34,8 +34,13 @@ public:
     QTextStream &err() { return m_err; }
 
     // Loads the data file and links the engine to it; warns when the file could
-    // not be read and defaults are used.
+    // not be read and defaults are used. In the running application the store
+    // is live and already loaded, and nothing is read again.
     void loadStore();
+    void setStoreIsLive(bool live) { m_storeIsLive = live; }
+    // Where relative paths on the command line start from.
+    QString workingDirectory() const { return m_workingDirectory; }
+    void setWorkingDirectory(const QString &folder) { m_workingDirectory = folder; }
     // Saves the data file; on failure says why and answers false.
     bool saveStore();
     // Prints "brevano: message" on standard error and returns code.
@@ -47,4 +52,6 @@ private:
     AlertPresenter &m_alerts;
     QTextStream &m_out;
     QTextStream &m_err;
+    bool m_storeIsLive = false;
+    QString m_workingDirectory;
 };

@@ -2,6 +2,7 @@
 
 #include "BrevanoData.h"
 #include "CliContext.h"
+
 #include "ConsoleAlertPresenter.h"
 #include "EmptyCommand.h"
 #include "FiltersCommand.h"
@@ -15,6 +16,7 @@
 #include "StatusCommand.h"
 #include "TidyCommand.h"
 #include "TrashCommand.h"
+#include <QDir>
 
 CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
     : m_data(data), m_engine(engine), m_out(out), m_err(err)
@@ -48,6 +50,14 @@ QString CommandLine::usage() const
     return text;
 }
 
+bool CommandLine::runsWithoutStore(const QStringList &args)
+{
+    static const QStringList local{QStringLiteral("--help"), QStringLiteral("-h"),
+                                   QStringLiteral("help"), QStringLiteral("--version")};
+    return args.isEmpty() || local.contains(args.first()) ||
+           args.contains(QStringLiteral("--help")) || args.contains(QStringLiteral("-h"));
+}
+
 Command *CommandLine::find(const QString &name) const
 {
     for (const auto &command : m_commands) {
@@ -61,6 +71,9 @@ int CommandLine::run(const QStringList &args)
 {
     ConsoleAlertPresenter alerts(m_err);
     CliContext context(m_data, m_engine, alerts, m_out, m_err);
+    context.setStoreIsLive(m_storeIsLive);
+    context.setWorkingDirectory(m_workingDirectory.isEmpty() ? QDir::currentPath()
+                                                             : m_workingDirectory);
     const QString name = args.value(0);
     if (name == u"--help" || name == u"-h" || name == u"help") {
         const Command *topic = find(args.value(1));

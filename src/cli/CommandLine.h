@@ -20,6 +20,10 @@ public:
 
     // args without the program name.
     int run(const QStringList &args);
+    // In the running application: the store is live; paths are the caller's.
+    void setStoreIsLive(bool live) { m_storeIsLive = live; }
+    void setWorkingDirectory(const QString &folder) { m_workingDirectory = folder; }
+    static bool runsWithoutStore(const QStringList &args);
     QString usage() const;
 
 private:
@@ -30,4 +34,6 @@ private:
     QTextStream &m_out;
     QTextStream &m_err;
     std::vector<std::unique_ptr<Command>> m_commands;
+    bool m_storeIsLive = false;
+    QString m_workingDirectory;
 };

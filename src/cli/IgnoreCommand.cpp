@@ -24,13 +24,13 @@ QString IgnoreCommand::help() const
 }
 
 // Absolute paths stay as written, since the list compares text exactly.
-static QStringList fullPaths(const QStringList &paths)
+static QStringList fullPaths(const QStringList &paths, const QString &workingDirectory)
 {
     QStringList full;
     for (const QString &path : paths)
         full.append(QDir::isAbsolutePath(path)
                         ? path
-                        : QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+                        : QDir::cleanPath(QDir(workingDirectory).absoluteFilePath(path)));
     return full;
 }
 
@@ -41,8 +41,8 @@ int IgnoreCommand::run(CliContext &context, const QStringList &args)
     if (action == u"list" && paths.isEmpty())
         return list(context);
     if ((action == u"add" || action == u"remove") && !paths.isEmpty())
-        return action == u"add" ? add(context, fullPaths(paths))
-                                : remove(context, fullPaths(paths));
+        return action == u"add" ? add(context, fullPaths(paths, context.workingDirectory()))
+                                : remove(context, fullPaths(paths, context.workingDirectory()));
     return context.fail(QStringLiteral("ignore takes list, add PATH... or remove PATH... "
                                        "(see brevano ignore --help)"),
                         CliContext::BadUsage);

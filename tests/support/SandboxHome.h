@@ -20,6 +20,7 @@ public:
         qputenv("XDG_RUNTIME_DIR", (home + "/run").toUtf8());
         QDir(home).mkpath(QStringLiteral("Desktop"));
         QDir(home).mkpath(QStringLiteral("run"));
+        QFile::setPermissions(home + "/run", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
     QString home() const { return m_dir.path(); }

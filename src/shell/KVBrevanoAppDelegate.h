@@ -1,0 +1,62 @@
+#pragma once
+
+#include "MessageBoxAlertPresenter.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+class AboutWindow;
+class AlreadyRunningWindow;
+class Brevano;
+class BrevanoData;
+class FileViewer;
+class MenubarController;
+class NoTrayWindow;
+class Scheduler;
+class StatusMenu;
+
+// The tray application: starts the store, the engine, the status menu and the
+// status item in their order, opens the windows, and saves on the way out.
+class KVBrevanoAppDelegate : public QObject
+{
+    Q_OBJECT
+public:
+    KVBrevanoAppDelegate(BrevanoData &data, Brevano &engine, Scheduler &scheduler,
+                         FileViewer &fileViewer, QObject *parent = nullptr);
+    ~KVBrevanoAppDelegate() override;
+
+    void applicationDidFinishLaunching();
+    // Removes the status item and saves the data file.
+    void applicationWillTerminate();
+    void applicationShouldHandleReopen() { openAlreadyRunningWindow(); }
+
+    void togglePanel();
+    void toggleEnabled();
+    void openAboutWindow();
+    void openAlreadyRunningWindow();
+    void restoreFiles();
+    void revealShadowDesktop();
+    void emailSupport();
+
+    StatusMenu *statusMenu() const { return m_statusMenu.get(); }
+    MenubarController *menubarController() const { return m_menubarController.get(); }
+    AlertPresenter &alerts() { return m_alerts; }
+    static QString supportMailUrl();
+
+private:
+    void showStatusMenu();
+    void updateTrayHostWindow(bool available);
+
+    BrevanoData &m_data;
+    Brevano &m_engine;
+    Scheduler &m_scheduler;
+    FileViewer &m_fileViewer;
+    MessageBoxAlertPresenter m_alerts;
+    std::unique_ptr<StatusMenu> m_statusMenu;
+    std::unique_ptr<MenubarController> m_menubarController;
+    QPointer<AboutWindow> m_about;
+    QPointer<AlreadyRunningWindow> m_alreadyRunning;
+    QPointer<NoTrayWindow> m_noTray;
+};

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "StatusItemView.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+
+class QDBusServiceWatcher;
+class QMenu;
+class QSystemTrayIcon;
+
+// Owns the status item: a tray icon showing the view's image. A left click is
+// the view's action, a right click asks for the status menu at the pointer, a
+// middle click reveals the Shadow Desktop. The icon is made again when a tray
+// host (StatusNotifierWatcher) appears after start-up, since Qt picks its tray
+// backend when the icon is made.
+class MenubarController : public QObject
+{
+    Q_OBJECT
+public:
+    explicit MenubarController(Scheduler &scheduler, QObject *parent = nullptr);
+    ~MenubarController() override;
+
+    StatusItemView &statusItemView() { return m_view; }
+    QSystemTrayIcon *statusItem() const { return m_statusItem.get(); }
+    bool hasActiveIcon() const { return m_view.isHighlighted(); }
+    void setHasActiveIcon(bool active) { m_view.setHighlighted(active); }
+    void setEnabled(bool enabled) { m_view.setEnabled(enabled); }
+    static bool trayHostAvailable();
+
+signals:
+    void statusMenuRequested();
+    void trayHostAvailabilityChanged(bool available);
+
+private:
+    void createStatusItem();
+
+    StatusItemView m_view;
+    std::unique_ptr<QSystemTrayIcon> m_statusItem;
+    QDBusServiceWatcher *m_watcher = nullptr;
+};

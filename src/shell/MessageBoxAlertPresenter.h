@@ -1,0 +1,10 @@
+#pragma once
+
+#include "AlertPresenter.h"
+
+// Alerts as modal message boxes: the question as the text, the default button first.
+class MessageBoxAlertPresenter : public AlertPresenter
+{
+public:
+    int runModal(const Alert &alert) override;
+};

@@ -1,0 +1,241 @@
+#include "StatusMenu.h"
+
+#include "AlertPresenter.h"
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "NotificationCenter.h"
+#include "SizeText.h"
+
+#include <QMenu>
+
+StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alerts, QObject *parent)
+    : QObject(parent), m_data(data), m_engine(engine), m_alerts(alerts),
+      m_menu(std::make_unique<QMenu>()),
+      m_renderer([&engine](int tag, const QString &path) { engine.menuItemPressed(tag, path); })
+{
+    build();
+    connect(m_menu.get(), &QMenu::aboutToShow, this, [this] {
+        menuNeedsUpdate();
+        menuWillOpen();
+    });
+    connect(m_menu.get(), &QMenu::aboutToHide, this, &StatusMenu::menuDidClose);
+    connect(&m_data.statusDisplay(), &StatusDisplay::statusIconChanged, this,
+            [this](bool enabled, const QString &title, const QString &) {
+                m_enabledMenuItem->setEnabled(true);
+                m_enabledMenuItem->setText(title);
+                m_enabledMenuItem->setChecked(enabled);
+            });
+    NotificationCenter::defaultCenter().observe(
+        NotificationCenter::UpdateNextTidyText, this,
+        [this](const QVariant &line) { m_nextTidy->setText(line.toString()); });
+}
+
+StatusMenu::~StatusMenu()
+{
+    m_engine.setAbortMenuPopulate(true);
+    waitForPopulation();
+}
+
+QAction *StatusMenu::addCheckable(QMenu *menu, const QString &title, int tag,
+                                  std::function<void(int)> chosen)
+{
+    QAction *action = menu->addAction(title);
+    action->setCheckable(true);
+    connect(action, &QAction::triggered, this, [chosen, tag] { chosen(tag); });
+    return action;
+}
+
+void StatusMenu::build()
+{
+    QMenu *menu = m_menu.get();
+    connect(menu->addAction(QStringLiteral("Tidy Now")), &QAction::triggered, this,
+            [this] { m_engine.performManualTidy(); });
+    m_enabledMenuItem = menu->addAction(QStringLiteral("Tidy Periodically"));
+    m_enabledMenuItem->setCheckable(true);
+    connect(m_enabledMenuItem, &QAction::triggered, this, [this] {
+        m_engine.setEnabled(!m_engine.getEnabled());
+        m_data.saveDataFile();
+        m_data.updateStatusIcon();
+    });
+    m_nextTidy = menu->addAction(QStringLiteral("Automatic tidy in"));
+    m_nextTidy->setEnabled(false);
+    menu->addSeparator();
+
+    m_shadowDesktop = menu->addAction(QStringLiteral("Shadow Desktop"));
+    connect(m_shadowDesktop, &QAction::triggered, this, &StatusMenu::revealShadowDesktopRequested);
+    m_shadowDesktopMenu = menu->addMenu(QStringLiteral("Browse Shadow Desktop"));
+    m_updatingIndicator = menu->addAction(QStringLiteral("Updating..."));
+    m_updatingIndicator->setVisible(false);
+    m_anchor = menu->addSeparator();
+    m_anchor->setData(kAnchorTag);
+
+    QMenu *organise = menu->addMenu(QStringLiteral("Organise Quick Filters"));
+    const auto selectOrganise = [this](int tag) {
+        m_data.setQuickFiltersMode(quint32(tag));
+        updateQuickFiltersSelection();
+    };
+    m_organiseItems = {addCheckable(organise, QStringLiteral("By Folder"), 1, selectOrganise),
+                       addCheckable(organise, QStringLiteral("By Type"), 2, selectOrganise),
+                       addCheckable(organise, QStringLiteral("Alphabetically"), 3, selectOrganise)};
+    QMenu *dateFilter = menu->addMenu(QStringLiteral("Show Files Modified"));
+    const auto selectDateFilter = [this](int tag) {
+        m_data.setDateFilter(quint32(tag));
+        updateDateFilterSelection();
+    };
+    const QStringList dateTitles{
+        QStringLiteral("Any Time"),        QStringLiteral("Within 1 Day"),
+        QStringLiteral("Within 1 Week"),   QStringLiteral("Within 2 Weeks"),
+        QStringLiteral("Within 1 Month"),  QStringLiteral("Within 2 Months"),
+        QStringLiteral("Within 3 Months"), QStringLiteral("Within 6 Months"),
+        QStringLiteral("Within 1 Year")};
+    for (int tag = 0; tag < dateTitles.size(); ++tag)
+        m_dateFilterItems.append(
+            addCheckable(dateFilter, dateTitles.at(tag), tag, selectDateFilter));
+    menu->addSeparator();
+
+    connect(menu->addAction(QStringLiteral("Restore All Files...")), &QAction::triggered, this,
+            &StatusMenu::restoreAllFiles);
+    connect(menu->addAction(QStringLiteral("Restore Files...")), &QAction::triggered, this,
+            &StatusMenu::restoreFilesRequested);
+    connect(menu->addAction(QStringLiteral("Empty Shadow Desktop...")), &QAction::triggered, this,
+            &StatusMenu::emptyShadowDesktop);
+    menu->addSeparator();
+    QMenu *help = menu->addMenu(QStringLiteral("Help"));
+    connect(help->addAction(QStringLiteral("User Guide")), &QAction::triggered, this,
+            &StatusMenu::helpRequested);
+    connect(help->addAction(QStringLiteral("Support")), &QAction::triggered, this,
+            &StatusMenu::supportRequested);
+    connect(help->addAction(QStringLiteral("E-mail Support")), &QAction::triggered, this,
+            &StatusMenu::emailSupportRequested);
+    connect(help->addAction(QStringLiteral("Review Brevano")), &QAction::triggered, this,
+            &StatusMenu::reviewRequested);
+    connect(menu->addAction(QStringLiteral("About Brevano")), &QAction::triggered, this,
+            &StatusMenu::aboutRequested);
+    menu->addSeparator();
+    connect(menu->addAction(QStringLiteral("Quit Brevano")), &QAction::triggered, this,
+            &StatusMenu::quitRequested);
+    updateQuickFiltersSelection();
+    updateDateFilterSelection();
+}
+
+void StatusMenu::updateQuickFiltersSelection()
+{
+    const quint32 mode = m_data.getQuickFiltersMode();
+    for (int i = 0; i < m_organiseItems.size(); ++i)
+        m_organiseItems[i]->setChecked(quint32(i + 1) == mode);
+}
+
+void StatusMenu::updateDateFilterSelection()
+{
+    const quint32 filter = m_data.getDateFilter();
+    for (int i = 0; i < m_dateFilterItems.size(); ++i)
+        m_dateFilterItems[i]->setChecked(quint32(i) == filter);
+}
+
+void StatusMenu::waitForPopulation()
+{
+    if (m_population.valid())
+        m_population.wait();
+}
+
+void StatusMenu::menuNeedsUpdate()
+{
+    // The last opening's worker was told to stop when the menu closed.
+    waitForPopulation();
+    m_shadowDesktopMenu->menuAction()->setEnabled(false);
+    m_shadowDesktop->setText(QStringLiteral("Shadow Desktop Updating..."));
+    m_updatingIndicator->setVisible(false);
+    m_menuDict.clear();
+    for (QAction *entry : std::as_const(m_filterEntries)) {
+        m_menu->removeAction(entry);
+        entry->menu()->deleteLater();
+    }
+    m_filterEntries.clear();
+    m_filterMenus.clear();
+    QAction *before = m_menu->actions().value(m_menu->actions().indexOf(m_anchor) + 1);
+    for (const auto &filter : m_data.filterItems()) {
+        auto *submenu = new QMenu(filter->getName(), m_menu.get());
+        QAction *entry = submenu->menuAction();
+        entry->setData(kQuickFilterTag);
+        entry->setVisible(!filter->wasLastHidden());
+        entry->setEnabled(false);
+        m_menu->insertAction(before, entry);
+        m_filterEntries.append(entry);
+        auto description = std::make_shared<MenuEntry>(
+            MenuEntry::of(MenuEntry::Kind::Item, filter->getName(), kQuickFilterTag));
+        description->hasSubmenu = true;
+        filter->registerFileTypes(m_menuDict, QVariant::fromValue(description));
+        m_filterMenus.append(description);
+    }
+    auto tree = std::make_shared<MenuEntry>();
+    m_threadFinished = false;
+    m_population = std::async(std::launch::async, [this, tree] {
+        m_engine.buildShadowDesktopMenu(*tree, m_menuDict);
+        QMetaObject::invokeMethod(
+            this, [this, tree] { populationComplete(tree); }, Qt::QueuedConnection);
+    });
+}
+
+void StatusMenu::menuWillOpen()
+{
+    m_engine.setAbortMenuPopulate(false);
+    const bool showNext = m_engine.getEnabled() && m_data.getShowTimeUntilTidy();
+    m_nextTidy->setVisible(showNext);
+    if (showNext)
+        m_data.startUpdatingTimeRemaining();
+}
+
+void StatusMenu::menuDidClose()
+{
+    m_engine.setAbortMenuPopulate(true);
+    m_data.stopUpdatingTimeRemaining();
+}
+
+void StatusMenu::populationComplete(const std::shared_ptr<MenuEntry> &tree)
+{
+    m_updatingIndicator->setVisible(false);
+    m_shadowDesktopMenu->menuAction()->setVisible(true);
+    m_shadowDesktopMenu->menuAction()->setEnabled(true);
+    m_renderer.render(m_shadowDesktopMenu, *tree);
+    const auto &filters = m_data.filterItems();
+    for (qsizetype i = 0; i < filters.size() && i < m_filterEntries.size(); ++i) {
+        QAction *entry = m_filterEntries.at(i);
+        m_renderer.render(entry->menu(), *m_filterMenus.at(i));
+        const bool empty = entry->menu()->actions().isEmpty();
+        filters.at(i)->setWasLastHidden(empty);
+        entry->setVisible(!empty);
+        entry->setEnabled(!empty);
+    }
+    m_menuDict.clear();
+    const quint64 size =
+        m_engine.getFolderSize(m_engine.getTargetFilename(), QDateTime::currentDateTimeUtc());
+    m_shadowDesktop->setText(QStringLiteral("Shadow Desktop (%1)").arg(SizeText::format(size)));
+    m_shadowDesktop->setToolTip(
+        size == 0 ? QStringLiteral("Size estimation took too long and was aborted, there "
+                                   "are a large number of files or folders in the Shadow "
+                                   "Desktop, you should consider removing unused files.")
+                  : QString());
+    m_threadFinished = true;
+    emit populationCompleted();
+}
+
+void StatusMenu::restoreAllFiles()
+{
+    const int answer = m_alerts.runModal(
+        Alert{QStringLiteral("Would you like the restored files to be added to the Ignore List to "
+                             "prevent Brevano moving them again?"),
+              QString(),
+              {QStringLiteral("Yes"), QStringLiteral("No")}});
+    m_engine.restoreAllFiles(answer == 0);
+}
+
+void StatusMenu::emptyShadowDesktop()
+{
+    const int answer = m_alerts.runModal(
+        Alert{QStringLiteral("All items in the Shadow Desktop folder will be moved to the Trash. "
+                             "Would you like to continue?"),
+              QString(),
+              {QStringLiteral("Continue"), QStringLiteral("Cancel")}});
+    if (answer == 0)
+        m_engine.deleteShadowDesktopContents();
+}
