@@ -4,7 +4,7 @@
 set -euo pipefail
 
 build=(cmake ninja-build g++ make pkg-config qt6-base-dev qt6-svg-dev)
-test=(libplist-dev python3 tzdata dbus xvfb xauth dunst)
+test=(libplist-dev python3 tzdata dbus xvfb xauth dunst xfce4-panel trayer xdotool imagemagick libglib2.0-bin)
 fuzz=(clang libclang-rt-14-dev)
 bench=(libplist-utils hyperfine time)
 

@@ -85,6 +85,8 @@ InstanceChannel::Reply carryOut(const InstanceChannel::Request &request,
     commandLine.setWorkingDirectory(request.workingDirectory);
     const int status = commandLine.run(request.args);
     BrevanoData::sharedInstance().setAlertPresenter(&delegate.alerts());
+    // A command may have switched the periodic tidy or its interval.
+    BrevanoData::sharedInstance().updateStatusIcon();
     out.flush();
     err.flush();
     return {status, outBytes, errBytes};
@@ -138,6 +140,7 @@ int runTrayApplication(int argc, char *argv[])
 
 int main(int argc, char *argv[])
 {
+    Q_INIT_RESOURCE(shell); // the shell library's icons and help page
     const QStringList args = arguments(argc, argv);
     return args.isEmpty() ? runTrayApplication(argc, argv) : runCommand(argc, argv, args);
 }

@@ -7,6 +7,7 @@
 #include "SizeText.h"
 
 #include <QMenu>
+#include <QSaveFile>
 
 StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alerts, QObject *parent)
     : QObject(parent), m_data(data), m_engine(engine), m_alerts(alerts),
@@ -216,7 +217,34 @@ void StatusMenu::populationComplete(const std::shared_ptr<MenuEntry> &tree)
                                    "Desktop, you should consider removing unused files.")
                   : QString());
     m_threadFinished = true;
+    writeOutlineIfAsked();
     emit populationCompleted();
+}
+
+// For tests on a real tray host: with BREVANO_MENU_OUTLINE set, each completed
+// opening writes the visible titles of the menu and its submenus there.
+void StatusMenu::writeOutlineIfAsked() const
+{
+    const QString path = qEnvironmentVariable("BREVANO_MENU_OUTLINE");
+    if (path.isEmpty())
+        return;
+    QStringList lines;
+    std::function<void(const QMenu *, int)> walk = [&](const QMenu *menu, int depth) {
+        for (const QAction *action : menu->actions()) {
+            if (!action->isVisible())
+                continue;
+            lines.append(QString(depth * 2, u' ') +
+                         (action->isSeparator() ? QStringLiteral("--") : action->text()));
+            if (action->menu())
+                walk(action->menu(), depth + 1);
+        }
+    };
+    walk(m_menu.get(), 0);
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly)) {
+        file.write(lines.join(u'\n').toUtf8() + '\n');
+        file.commit();
+    }
 }
 
 void StatusMenu::restoreAllFiles()

@@ -58,6 +58,7 @@ private:
     void menuWillOpen();
     void menuDidClose();
     void populationComplete(const std::shared_ptr<MenuEntry> &tree);
+    void writeOutlineIfAsked() const;
     QAction *addCheckable(QMenu *menu, const QString &title, int tag,
                           std::function<void(int)> chosen);
 

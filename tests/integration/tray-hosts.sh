@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# Runs the real Brevano on a real tray host, both backends: xfce4-panel
+# (StatusNotifierItem) and trayer (XEmbed). For each: the icon shows, a right
+# click opens the status menu with the Shadow Desktop submenu filled, a second
+# launch leaves one process, and a command is carried out by the running one.
+# Screenshots go to $SCREENSHOTS. Run under with-display.sh.
+# Usage: tray-hosts.sh BREVANO SCREENSHOTS
+set -uo pipefail
+brevano="$1"
+shots="$2"
+mkdir -p "$shots"
+failures=0
+check() { if eval "$2"; then echo "PASS: $1"; else echo "FAIL: $1"; failures=$((failures + 1)); fi; }
+wait_for() { for _ in $(seq 100); do eval "$1" && return 0; sleep 0.1; done; return 1; }
+has_name() { gdbus call --session --dest org.freedesktop.DBus --object-path / \
+  --method org.freedesktop.DBus.NameHasOwner "$1" 2>/dev/null | grep -q true; }
+
+shadow="$XDG_DATA_HOME/Brevano/Shadow Desktop"
+mkdir -p "$shadow/Photos"
+for f in report.pdf notes.txt budget.xlsx; do echo x > "$shadow/$f"; done
+echo x > "$shadow/Photos/beach.jpg"
+export BREVANO_MENU_OUTLINE="$XDG_RUNTIME_DIR/outline.txt"
+
+run_host() { # NAME START-HOST OPEN-MENU
+  local name="$1"
+  rm -f "$BREVANO_MENU_OUTLINE"
+  eval "$2"
+  "$brevano" > "$XDG_RUNTIME_DIR/brevano-$name.log" 2>&1 &
+  local app=$!
+  check "$name: Brevano answers commands" 'wait_for "\"$brevano\" status 2>/dev/null | grep -q \"items: 4\""'
+  sleep 1
+  import -window root "$shots/$name-icon.png"
+  eval "$3"
+  check "$name: the status menu opened with the Shadow Desktop filled" \
+    'wait_for "grep -qx \"  report.pdf\" \"$BREVANO_MENU_OUTLINE\" 2>/dev/null"'
+  sleep 0.5
+  import -window root "$shots/$name-menu.png"
+  xdotool key Down Down Down Down Right # down to "Browse Shadow Desktop", and open it
+  sleep 0.5
+  import -window root "$shots/$name-submenu.png"
+  xdotool key Escape Escape
+  "$brevano" >/dev/null 2>&1
+  check "$name: a second launch leaves one process" '[ "$(pgrep -c -f "^$brevano\$")" = 1 ]'
+  "$brevano" set TidyFrequency 4 >/dev/null
+  check "$name: a command is carried out by the running Brevano" \
+    '"$brevano" get TidyFrequency | grep -qx 4'
+  sleep 0.5
+  import -window root "$shots/$name-already-running.png"
+  kill -TERM "$app"
+  check "$name: SIGTERM quits and saves" 'wait "$app"; grep -q "<integer>4</integer>" "$XDG_DATA_HOME/Brevano/Brevano.data"'
+}
+
+run_host sni \
+  'xfce4-panel >/dev/null 2>&1 & panel=$!; wait_for "has_name org.kde.StatusNotifierWatcher"' \
+  'item=$(gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
+     --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher RegisteredStatusNotifierItems \
+     | grep -o ":[0-9.]*" | head -1); \
+   gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
+     --method org.kde.StatusNotifierItem.ContextMenu 900 30 >/dev/null'
+kill "$panel" 2>/dev/null; wait "$panel" 2>/dev/null
+pkill -f xfconfd 2>/dev/null
+
+run_host xembed \
+  'trayer --edge top --align right --widthtype request --height 28 >/dev/null 2>&1 & tray=$!; sleep 1' \
+  'read -r width _ < <(xdotool getdisplaygeometry); xdotool mousemove $((width - 12)) 14 click 3'
+kill "$tray" 2>/dev/null
+
+echo "$((9 - failures)) passed, $failures failed"
+[ "$failures" -eq 0 ]
