@@ -6,7 +6,8 @@ BUILD_TYPE ?= RelWithDebInfo
 SECONDS ?= 60
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build run test bench fuzz format clean
+.PHONY: all deps configure build run install test bench fuzz format clean
+PREFIX ?= /usr/local
 
 all: build
 
@@ -24,7 +25,11 @@ build: configure
 	cmake --build $(BUILD_DIR) -j $(JOBS)
 
 run: build
-	@scripts/run.sh $(BUILD_DIR)/src/app/brevano
+	@scripts/install-deps.sh build run
+	@scripts/run.sh $(BUILD_DIR)/src/app/brevano $(BUILD_DIR)
+
+install: build
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
 
 test:
 	@scripts/install-deps.sh build test

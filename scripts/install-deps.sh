@@ -1,12 +1,15 @@
 #!/usr/bin/env bash
 # Installs the Debian packages a target needs, only those missing; does nothing
-# when all are there. Usage: install-deps.sh build|test|fuzz|bench
+# when all are there. Usage: install-deps.sh build|test|fuzz|bench|run
 set -euo pipefail
 
 build=(cmake ninja-build g++ make pkg-config qt6-base-dev qt6-svg-dev)
 test=(libplist-dev python3 tzdata dbus xvfb xauth dunst xfce4-panel trayer xdotool imagemagick libglib2.0-bin)
 fuzz=(clang libclang-rt-14-dev)
 bench=(libplist-utils hyperfine time)
+# A virtual display with a tray host and a notification server, for make run
+# on a machine without a display.
+run=(xvfb xauth xfce4-panel dunst imagemagick dbus)
 
 wanted=("${build[@]}")
 for target in "$@"; do
@@ -15,6 +18,7 @@ for target in "$@"; do
     test) wanted+=("${test[@]}") ;;
     fuzz) wanted+=("${fuzz[@]}") ;;
     bench) wanted+=("${test[@]}" "${bench[@]}") ;;
+    run) [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] || wanted+=("${run[@]}") ;;
     *) echo "install-deps: unknown target $target" >&2; exit 2 ;;
   esac
 done

@@ -1,8 +1,46 @@
 #!/usr/bin/env bash
-# Starts Brevano. The tray application comes in a later build; until then this
-# shows where Brevano keeps its files and what the command line can do.
+# Starts Brevano. Without a display it says so and starts it on a virtual one:
+# Xvfb with a tray host (xfce4-panel) and a notification server (dunst) on a
+# private session bus, then saves screenshots to look at.
+# Usage: run.sh BREVANO BUILD_DIR
 set -euo pipefail
-brevano="$1"
-"$brevano" paths
-echo
-exec "$brevano" --help
+brevano="$(realpath "$1")"
+build="$(realpath "$2")"
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+  exec "$brevano"
+fi
+
+echo "There is no display here, so Brevano runs on a virtual one (Xvfb) with a tray host and"
+echo "a notification server. Screenshots: $build/run-screenshot.png (the tray) and"
+echo "$build/run-menu.png (its menu opened). Stop with Ctrl+C."
+for display in $(seq 60 99); do
+  [ -e "/tmp/.X11-unix/X$display" ] || [ -e "/tmp/.X$display-lock" ] || break
+done
+Xvfb ":$display" -screen 0 1280x800x24 -nolisten tcp >/dev/null 2>&1 &
+xvfb=$!
+trap 'kill $xvfb 2>/dev/null' EXIT
+for _ in $(seq 100); do [ -e "/tmp/.X11-unix/X$display" ] && break; sleep 0.05; done
+export DISPLAY=":$display"
+exec dbus-run-session -- bash -c '
+  xfce4-panel >/dev/null 2>&1 &
+  dunst >/dev/null 2>&1 &
+  for _ in $(seq 100); do
+    gdbus call --session --dest org.freedesktop.DBus --object-path / \
+      --method org.freedesktop.DBus.NameHasOwner org.kde.StatusNotifierWatcher 2>/dev/null \
+      | grep -q true && break
+    sleep 0.1
+  done
+  "$0" &
+  app=$!
+  sleep 3
+  import -window root "$1/run-screenshot.png"
+  item=$(gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
+    --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher \
+    RegisteredStatusNotifierItems | grep -o ":[0-9.]*" | head -1)
+  [ -n "$item" ] && gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
+    --method org.kde.StatusNotifierItem.ContextMenu 1200 30 >/dev/null
+  sleep 1.5
+  import -window root "$1/run-menu.png"
+  echo "Brevano is running (pid $app). Screenshots saved. Commands: $0 --help"
+  wait $app
+' "$brevano" "$build"
