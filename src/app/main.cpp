@@ -99,6 +99,11 @@ bool hasDisplay()
            !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
 }
 
+enum : int
+{
+    RestartStatus = -1
+};
+
 int runTrayApplication(int argc, char *argv[])
 {
     {
@@ -133,7 +138,7 @@ int runTrayApplication(int argc, char *argv[])
     delegate.applicationDidFinishLaunching();
     const int status = app.exec();
     delegate.applicationWillTerminate();
-    return status;
+    return delegate.wantsRestart() ? RestartStatus : status;
 }
 
 } // namespace
@@ -142,5 +147,14 @@ int main(int argc, char *argv[])
 {
     Q_INIT_RESOURCE(shell); // the shell library's icons and help page
     const QStringList args = arguments(argc, argv);
-    return args.isEmpty() ? runTrayApplication(argc, argv) : runCommand(argc, argv, args);
+    if (!args.isEmpty())
+        return runCommand(argc, argv, args);
+    const int status = runTrayApplication(argc, argv);
+    if (status == RestartStatus) {
+        // Everything is saved and every Qt object gone; start afresh in this process.
+        ::execv("/proc/self/exe", argv);
+        std::perror("brevano: could not start again");
+        return 1;
+    }
+    return status;
 }

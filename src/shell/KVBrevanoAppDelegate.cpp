@@ -69,6 +69,10 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
             &KVBrevanoAppDelegate::showStatusMenu);
     connect(m_menubarController.get(), &MenubarController::trayHostAvailabilityChanged, this,
             &KVBrevanoAppDelegate::updateTrayHostWindow);
+    connect(m_menubarController.get(), &MenubarController::restartForTrayHost, this, [this] {
+        m_wantsRestart = true;
+        QCoreApplication::quit();
+    });
     updateTrayHostWindow(MenubarController::trayHostAvailable());
 }
 

@@ -41,6 +41,8 @@ public:
     void emailSupport();
 
     StatusMenu *statusMenu() const { return m_statusMenu.get(); }
+    // Set when Brevano should start again once it has quit (a tray host came late).
+    bool wantsRestart() const { return m_wantsRestart; }
     MenubarController *menubarController() const { return m_menubarController.get(); }
     AlertPresenter &alerts() { return m_alerts; }
     static QString supportMailUrl();
@@ -59,4 +61,5 @@ private:
     QPointer<AboutWindow> m_about;
     QPointer<AlreadyRunningWindow> m_alreadyRunning;
     QPointer<NoTrayWindow> m_noTray;
+    bool m_wantsRestart = false;
 };

@@ -3,8 +3,10 @@
 #include "StatusIcons.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QDBusServiceWatcher>
 #include <QSystemTrayIcon>
+#include <QTimer>
 
 MenubarController::MenubarController(Scheduler &scheduler, QObject *parent)
     : QObject(parent), m_view(scheduler)
@@ -19,10 +21,36 @@ MenubarController::MenubarController(Scheduler &scheduler, QObject *parent)
                                             QDBusConnection::sessionBus(),
                                             QDBusServiceWatcher::WatchForRegistration, this);
         connect(m_watcher, &QDBusServiceWatcher::serviceRegistered, this, [this] {
-            createStatusItem();
-            emit trayHostAvailabilityChanged(trayHostAvailable());
+            if (!m_createdWithWatcher) {
+                emit restartForTrayHost();
+                return;
+            }
+            createStatusItem(); // the host restarted: register again
         });
     }
+    m_available = trayHostAvailable();
+    if (!m_available) {
+        // An XEmbed tray sends no signal when it appears; look now and then.
+        auto *look = new QTimer(this);
+        connect(look, &QTimer::timeout, this, &MenubarController::lookForTrayHost);
+        look->start(3000);
+    }
+}
+
+bool MenubarController::watcherRegistered()
+{
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    return bus.isConnected() && bus.interface() &&
+           bus.interface()->isServiceRegistered(QStringLiteral("org.kde.StatusNotifierWatcher"));
+}
+
+void MenubarController::lookForTrayHost()
+{
+    if (m_available || !trayHostAvailable())
+        return;
+    m_available = true;
+    createStatusItem();
+    emit trayHostAvailabilityChanged(true);
 }
 
 MenubarController::~MenubarController() = default; // the icon leaves the panel with it
@@ -34,6 +62,8 @@ bool MenubarController::trayHostAvailable()
 
 void MenubarController::createStatusItem()
 {
+    if (!m_statusItem)
+        m_createdWithWatcher = watcherRegistered();
     m_statusItem = std::make_unique<QSystemTrayIcon>(StatusIcons::icon(m_view.imageName()));
     m_statusItem->setToolTip(QStringLiteral("Brevano"));
     connect(m_statusItem.get(), &QSystemTrayIcon::activated, this,

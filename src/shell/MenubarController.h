@@ -13,9 +13,10 @@ class QSystemTrayIcon;
 
 // Owns the status item: a tray icon showing the view's image. A left click is
 // the view's action, a right click asks for the status menu at the pointer, a
-// middle click reveals the Shadow Desktop. The icon is made again when a tray
-// host (StatusNotifierWatcher) appears after start-up, since Qt picks its tray
-// backend when the icon is made.
+// middle click reveals the Shadow Desktop. Qt decides once per process whether
+// a StatusNotifierWatcher exists; when one appears after an icon was made
+// without it, only a new process can use it, so restartForTrayHost() is
+// emitted. An XEmbed tray that appears later is noticed by looking again.
 class MenubarController : public QObject
 {
     Q_OBJECT
@@ -33,11 +34,16 @@ public:
 signals:
     void statusMenuRequested();
     void trayHostAvailabilityChanged(bool available);
+    void restartForTrayHost();
 
 private:
     void createStatusItem();
+    static bool watcherRegistered();
+    void lookForTrayHost();
 
     StatusItemView m_view;
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     QDBusServiceWatcher *m_watcher = nullptr;
+    bool m_createdWithWatcher = false;
+    bool m_available = false;
 };

@@ -12,6 +12,8 @@ mkdir -p "$shots"
 failures=0
 check() { if eval "$2"; then echo "PASS: $1"; else echo "FAIL: $1"; failures=$((failures + 1)); fi; }
 wait_for() { for _ in $(seq 100); do eval "$1" && return 0; sleep 0.1; done; return 1; }
+# The running Brevano's socket: commands answer without it too, run locally.
+app_listening() { [ -S "$XDG_RUNTIME_DIR/brevano-$(id -u).socket" ]; }
 has_name() { gdbus call --session --dest org.freedesktop.DBus --object-path / \
   --method org.freedesktop.DBus.NameHasOwner "$1" 2>/dev/null | grep -q true; }
 
@@ -27,7 +29,7 @@ run_host() { # NAME START-HOST OPEN-MENU
   eval "$2"
   "$brevano" > "$XDG_RUNTIME_DIR/brevano-$name.log" 2>&1 &
   local app=$!
-  check "$name: Brevano answers commands" 'wait_for "\"$brevano\" status 2>/dev/null | grep -q \"items: 4\""'
+  check "$name: Brevano starts and listens" 'wait_for app_listening && "$brevano" status | grep -q "^items: "'
   sleep 1
   import -window root "$shots/$name-icon.png"
   eval "$3"
@@ -44,10 +46,24 @@ run_host() { # NAME START-HOST OPEN-MENU
   "$brevano" set TidyFrequency 4 >/dev/null
   check "$name: a command is carried out by the running Brevano" \
     '"$brevano" get TidyFrequency | grep -qx 4'
+  echo x > "$HOME/Desktop/$name-desk.txt"
+  touch -d "1 hour ago" "$HOME/Desktop/$name-desk.txt"
+  check "$name: brevano tidy is carried out by the running Brevano" \
+    '"$brevano" tidy | grep -q "^moved $name-desk.txt -> " && [ -e "$shadow/$name-desk.txt" ]'
   sleep 0.5
   import -window root "$shots/$name-already-running.png"
   kill -TERM "$app"
-  check "$name: SIGTERM quits and saves" 'wait "$app"; grep -q "<integer>4</integer>" "$XDG_DATA_HOME/Brevano/Brevano.data"'
+  check "$name: SIGTERM quits and saves" 'wait "$app"; ! app_listening && grep -q "<integer>4</integer>" "$XDG_DATA_HOME/Brevano/Brevano.data"'
+}
+
+# The windows a person sees, opened from the menu with the keyboard.
+open_window() { # OPEN-MENU DOWN-PRESSES SCREENSHOT
+  eval "$1"
+  sleep 1
+  xdotool key --delay 60 $(printf 'Down %.0s' $(seq "$2")) Return
+  sleep 1
+  import -window root "$3"
+  xdotool key Escape
 }
 
 run_host sni \
@@ -57,6 +73,15 @@ run_host sni \
      | grep -o ":[0-9.]*" | head -1); \
    gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
      --method org.kde.StatusNotifierItem.ContextMenu 900 30 >/dev/null'
+"$brevano" >/dev/null 2>&1 &
+wait_for app_listening
+sni_menu='item=$(gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
+  --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher RegisteredStatusNotifierItems \
+  | grep -o ":[0-9.]*" | head -1); gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
+  --method org.kde.StatusNotifierItem.ContextMenu 900 30 >/dev/null'
+open_window "$sni_menu" 10 "$shots/restore-files.png"
+open_window "$sni_menu" 13 "$shots/about.png"
+pkill -TERM -f "^$brevano\$"
 kill "$panel" 2>/dev/null; wait "$panel" 2>/dev/null
 pkill -f xfconfd 2>/dev/null
 
@@ -65,5 +90,26 @@ run_host xembed \
   'read -r width _ < <(xdotool getdisplaygeometry); xdotool mousemove $((width - 12)) 14 click 3'
 kill "$tray" 2>/dev/null
 
-echo "$((9 - failures)) passed, $failures failed"
+# No tray host at start: a window says so and tidying goes on; a tray host that
+# appears later gets the icon, and the window goes.
+"$brevano" >/dev/null 2>&1 &
+late=$!
+wait_for app_listening
+sleep 1
+import -window root "$shots/no-tray-host.png"
+check "late host: without a tray host a window says so" \
+  'xdotool search --onlyvisible --name "^Brevano\$" >/dev/null'
+xfce4-panel >/dev/null 2>&1 &
+panel=$!
+check "late host: the icon appears when a tray host does" \
+  'wait_for "gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
+     --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher RegisteredStatusNotifierItems \
+     2>/dev/null | grep -q StatusNotifierItem"'
+sleep 1
+import -window root "$shots/late-tray-host.png"
+check "late host: the window is gone" '! xdotool search --onlyvisible --name "^Brevano\$" >/dev/null'
+kill -TERM "$late"; wait "$late"
+kill "$panel" 2>/dev/null
+
+echo "$((15 - failures)) passed, $failures failed"
 [ "$failures" -eq 0 ]
