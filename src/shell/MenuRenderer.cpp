@@ -1,5 +1,7 @@
 #include "MenuRenderer.h"
 
+#include "AlternateItemWidget.h"
+
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -7,6 +9,7 @@
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeDatabase>
+#include <QWidgetAction>
 
 namespace {
 
@@ -93,6 +96,31 @@ QAction *MenuRenderer::addEntry(QMenu *menu, const MenuEntry &entry)
         QMenu *submenu = menu->addMenu(iconFor(entry), entry.title);
         render(submenu, entry);
         action = submenu->menuAction();
+    } else if (entry.modifier != MenuEntry::Modifier::None) {
+        // The first word coloured: Reveal grey, Delete light red, Restore grey-green.
+        static const QHash<MenuEntry::Modifier, QColor> colours{
+            {MenuEntry::Modifier::Option, QColor::fromRgbF(0.5f, 0.5f, 0.5f)},
+            {MenuEntry::Modifier::Shift, QColor::fromRgbF(1.0f, 0.5f, 0.5f)},
+            {MenuEntry::Modifier::Control, QColor::fromRgbF(0.5f, 0.6f, 0.5f)}};
+        auto *widgetAction = new QWidgetAction(menu);
+        auto *item =
+            new AlternateItemWidget(iconFor(entry), entry.title, colours.value(entry.modifier));
+        widgetAction->setDefaultWidget(item);
+        widgetAction->setText(entry.title);
+        menu->addAction(widgetAction);
+        action = widgetAction;
+        const int tag = entry.tag;
+        const QString path = entry.path;
+        connect(item, &AlternateItemWidget::activated, this, [menu, widgetAction] {
+            // Close the whole menu, as choosing any entry does, then act.
+            QWidget *top = menu;
+            while (qobject_cast<QMenu *>(top->parentWidget()))
+                top = top->parentWidget();
+            top->hide();
+            widgetAction->trigger();
+        });
+        connect(widgetAction, &QAction::triggered, this,
+                [this, tag, path] { m_chosen(tag, path); });
     } else {
         action = menu->addAction(iconFor(entry), entry.title);
         const int tag = entry.tag;

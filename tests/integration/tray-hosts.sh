@@ -40,6 +40,10 @@ run_host() { # NAME START-HOST OPEN-MENU
   xdotool key Down Down Down Down Right # down to "Browse Shadow Desktop", and open it
   sleep 0.5
   import -window root "$shots/$name-submenu.png"
+  xdotool keydown Shift_L # the delete alternates stand in while Shift is held
+  sleep 0.5
+  import -window root "$shots/$name-submenu-shift.png"
+  xdotool keyup Shift_L
   xdotool key Escape Escape
   "$brevano" >/dev/null 2>&1
   check "$name: a second launch leaves one process" '[ "$(pgrep -c -f "^$brevano\$")" = 1 ]'

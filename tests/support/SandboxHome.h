@@ -20,7 +20,8 @@ public:
         qputenv("XDG_RUNTIME_DIR", (home + "/run").toUtf8());
         QDir(home).mkpath(QStringLiteral("Desktop"));
         QDir(home).mkpath(QStringLiteral("run"));
-        QFile::setPermissions(home + "/run", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile::setPermissions(home + "/run",
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
     QString home() const { return m_dir.path(); }

@@ -1,3 +1,4 @@
+#include "AlternateItemWidget.h"
 #include "EngineFixture.h"
 #include "KVBrevanoAppDelegate.h"
 #include "LaunchAtLoginController.h"
@@ -144,6 +145,10 @@ void tst_Shell::alternatesFollowTheModifiers()
     menu.actions().at(0 + 1)->trigger(); // "Reveal top.txt"
     QCOMPARE(chosen, (QList<std::pair<int, QString>>{{3, "/s/top.txt"}}));
     QCOMPARE(menu.actions().at(1)->toolTip(), QStringLiteral("/s/top.txt"));
+    // Only the first word is coloured, and names are never taken for markup.
+    QCOMPARE(
+        AlternateItemWidget::styledTitle("Delete a<b>.txt", QColor::fromRgbF(1.0f, 0.5f, 0.5f)),
+        QStringLiteral("<span style=\"color:#ff8080\">Delete</span> a&lt;b&gt;.txt"));
 }
 
 void tst_Shell::supportMail()
