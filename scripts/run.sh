@@ -13,14 +13,9 @@ fi
 echo "There is no display here, so Brevano runs on a virtual one (Xvfb) with a tray host and"
 echo "a notification server. Screenshots: $build/run-screenshot.png (the tray) and"
 echo "$build/run-menu.png (its menu opened). Stop with Ctrl+C."
-for display in $(seq 60 99); do
-  [ -e "/tmp/.X11-unix/X$display" ] || [ -e "/tmp/.X$display-lock" ] || break
-done
-Xvfb ":$display" -screen 0 1280x800x24 -nolisten tcp >/dev/null 2>&1 &
-xvfb=$!
-trap 'kill $xvfb 2>/dev/null' EXIT
-for _ in $(seq 100); do [ -e "/tmp/.X11-unix/X$display" ] && break; sleep 0.05; done
-export DISPLAY=":$display"
+source "$(dirname "$0")/xvfb.sh"
+start_xvfb
+trap 'kill $XVFB_PID 2>/dev/null' EXIT
 exec dbus-run-session -- bash -c '
   xfce4-panel >/dev/null 2>&1 &
   dunst >/dev/null 2>&1 &

@@ -98,6 +98,23 @@ void ShadowDesktopMenuBuilder::addItemWithAlternates(MenuEntry &menu, const Menu
         *made = std::move(entries);
 }
 
+// Every name of a pass is checked here first; a limit is checked before the
+// item is looked at, so once one is reached the next name of any kind ends the pass.
+ShadowDesktopMenuBuilder::Step ShadowDesktopMenuBuilder::nextStep(const QString &name, int count)
+{
+    if (m_abort) {
+        m_itemsSkipped = true;
+        return Step::Aborted;
+    }
+    if (name.startsWith(u'.'))
+        return Step::Skip;
+    if (count >= kMaxItemsPerFolder || m_totalItems >= kMaxItemsTotal) {
+        m_itemsSkipped = true;
+        return count >= kMaxItemsPerFolder ? Step::FolderLimit : Step::TotalLimit;
+    }
+    return Step::Go;
+}
+
 void ShadowDesktopMenuBuilder::buildMenu(MenuEntry &entry, const QString &path, Registry &registry,
                                          quint32 depth)
 {
@@ -122,16 +139,14 @@ void ShadowDesktopMenuBuilder::buildMenu(MenuEntry &entry, const QString &path, 
     std::vector<FolderToDescend> folders;
 
     for (const QString &name : names) {
-        if (m_abort) {
-            m_itemsSkipped = true;
-            break;
-        }
-        if (name.startsWith(u'.'))
+        const Step step = nextStep(name, count);
+        if (step == Step::Skip)
             continue;
-        if (count >= kMaxItemsPerFolder || m_totalItems >= kMaxItemsTotal) {
-            m_itemsSkipped = true;
-            addLimitMessage(entry);
-            (count >= kMaxItemsPerFolder ? folderLimitShown : totalLimitShown) = true;
+        if (step != Step::Go) {
+            if (step != Step::Aborted) {
+                addLimitMessage(entry);
+                (step == Step::FolderLimit ? folderLimitShown : totalLimitShown) = true;
+            }
             break;
         }
         const QString full = path + u'/' + name;
@@ -153,16 +168,13 @@ void ShadowDesktopMenuBuilder::buildMenu(MenuEntry &entry, const QString &path, 
     quint64 hidden = 0;
     bool anyFile = false;
     for (const QString &name : names) {
-        if (m_abort) {
-            m_itemsSkipped = true;
-            break;
-        }
-        if (name.startsWith(u'.'))
+        const Step step = nextStep(name, count);
+        if (step == Step::Skip)
             continue;
-        if (count >= kMaxItemsPerFolder || m_totalItems >= kMaxItemsTotal) {
-            m_itemsSkipped = true;
-            const bool folderLimit = count >= kMaxItemsPerFolder;
-            if (folderLimit ? !folderLimitShown : !totalLimitShown)
+        if (step != Step::Go) {
+            // The message once per limit: the folders pass may have shown it.
+            if ((step == Step::FolderLimit && !folderLimitShown) ||
+                (step == Step::TotalLimit && !totalLimitShown))
                 addLimitMessage(entry);
             break;
         }

@@ -43,6 +43,15 @@ public:
     static QString containingFolder(const QString &root, const QString &filePath);
 
 private:
+    enum class Step
+    {
+        Go,
+        Skip,
+        Aborted,
+        FolderLimit,
+        TotalLimit
+    };
+    Step nextStep(const QString &name, int count);
     void addItemWithAlternates(MenuEntry &menu, const MenuEntry &item, quint32 depth,
                                std::vector<MenuEntryPointer> *made);
     void addQuickFilterEntries(Registry &registry, const QString &path, const QString &extension,

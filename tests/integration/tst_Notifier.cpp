@@ -141,12 +141,10 @@ void tst_Notifier::replacesAndCarriesTheAction()
 
 void tst_Notifier::clickRunsTheEngineAction()
 {
-    EngineFixture f;
     FreedesktopNotifier notifier;
-    Brevano engine(f.data, EngineServices{f.scheduler, f.notifications, f.itemInfo, f.trash,
-                                          notifier, f.fileViewer, f.modifierKeys});
-    f.data.loadDataFile();
-    engine.linkSaveData(f.data.saveData());
+    EngineFixture f(&notifier);
+    Brevano &engine = f.engine;
+    f.load();
     engine.setEnabled(true);
     f.desktopItem("a.txt", 600);
 
