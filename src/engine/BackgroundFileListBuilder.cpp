@@ -4,10 +4,12 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
-#include <QDirIterator>
+#include <QFile>
 #include <QPointer>
 
 #include <chrono>
+#include <cstring>
+#include <dirent.h>
 #include <thread>
 
 // What the worker thread owns together with the builder, so that it can finish
@@ -28,6 +30,7 @@ struct BackgroundFileListBuilder::Shared
     QStringList files;
     qint64 lastUpdate = 0;
     bool firstUpdate = true;
+    bool filterPassesAll = true;
 
     void run();
     void listFolder(const QString &folder, bool recursive);
@@ -103,6 +106,11 @@ void BackgroundFileListBuilder::Shared::run()
     folders.clear();
     files.clear();
     firstUpdate = true; // the first push is never held back: it clears the view
+    // A view without extensions or date condition lets everything through.
+    filterPassesAll =
+        !filter ||
+        (filter->getDateMode() == QuickFilterItem::DateModeNone &&
+         filter->tempDictionary().value(QStringLiteral("FileExtensions")).toArray().isEmpty());
     update();
     const quint32 folderStyle = filter ? filter->getFolderStyle() : 0;
     if (folderStyle == 0)
@@ -116,29 +124,57 @@ void BackgroundFileListBuilder::Shared::run()
     files.clear();
 }
 
+// prefix + name as one new string. ASCII names (nearly all) are widened
+// directly; others go through the file-name decoder.
+static QString joinedPath(const QString &prefix, const char *name)
+{
+    const size_t length = std::strlen(name);
+    bool ascii = true;
+    for (size_t i = 0; i < length && ascii; ++i)
+        ascii = static_cast<unsigned char>(name[i]) < 0x80;
+    QString path;
+    path.reserve(prefix.size() + qsizetype(length));
+    path.append(prefix);
+    if (ascii)
+        path.append(QLatin1StringView(name, qsizetype(length)));
+    else
+        path.append(QFile::decodeName(name));
+    return path;
+}
+
+// Reads the folder directly: the entry type the file system reports decides
+// what is a folder, and only folders (or entries of unknown type) are asked
+// about further, for the package test.
 void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool recursive)
 {
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    while (it.hasNext()) {
-        const QString entry = it.next();
+    DIR *directory = ::opendir(QFile::encodeName(folder).constData());
+    if (!directory)
+        return;
+    const QString prefix = folder + u'/';
+    while (const dirent *entry = ::readdir(directory)) {
+        const char *name = entry->d_name;
+        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
+            continue;
         if (requestTermination)
-            return;
-        if (isDirButNotPackage(itemInfo->flags(entry))) {
-            if (recursive)
-                listFolder(entry, true);
-            else
-                add(entry, true);
-        } else {
-            add(entry, false);
-        }
+            break;
+        const QString path = joinedPath(prefix, name);
+        const bool maybeFolder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+        const bool folderEntry =
+            maybeFolder &&
+            isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package));
+        if (folderEntry && recursive)
+            listFolder(path, true);
+        else
+            add(path, folderEntry);
     }
+    ::closedir(directory);
 }
 
 bool BackgroundFileListBuilder::Shared::passesFilter(const QString &path) const
 {
     if (requestTermination)
         return false;
-    return !filter || filter->filePassesFilter(path, QDateTime::currentDateTimeUtc());
+    return filterPassesAll || filter->filePassesFilter(path, QDateTime::currentDateTimeUtc());
 }
 
 void BackgroundFileListBuilder::Shared::add(const QString &path, bool isFolder)

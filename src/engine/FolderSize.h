@@ -20,9 +20,12 @@ public:
     // 0 when the walk gave up or nothing is at path; a file's own size for a file.
     quint64 getFolderSize(const QString &path, const std::optional<QDateTime> &start) const;
 
+    // How many entries a walk that starts now counts before the time limit stops it.
+    quint64 entriesWithinLimit(const QString &path) const;
+
 private:
-    quint64 walk(const QByteArray &folderPath, const std::optional<QDateTime> &start,
-                 bool &aborted) const;
+    quint64 walk(const QByteArray &root, const std::optional<QDateTime> &start, bool &aborted,
+                 quint64 &entries) const;
 
     Clock m_now;
 };

@@ -15,9 +15,12 @@ public:
         Invisible = 64, // hidden from the user
     };
 
+    static constexpr quint32 AllFlags = Package | Container | AliasFile | Invisible;
+
     virtual ~ItemInfo() = default;
-    // Zero when nothing can be read at the path.
-    virtual quint32 flags(const QString &path) const = 0;
+    // Zero when nothing can be read at the path. Only the bits in wanted are
+    // looked for (the invisible bit costs a read of the folder's ".hidden").
+    virtual quint32 flags(const QString &path, quint32 wanted = AllFlags) const = 0;
     // The localised kind of the item ("PNG image"), or an empty string.
     virtual QString kindText(const QString &path) const = 0;
 };

@@ -39,7 +39,7 @@ bool LocalItemInfo::isPackageExtension(const QString &name)
     return dot > 0 && extensions.contains(name.mid(dot + 1), Qt::CaseInsensitive);
 }
 
-quint32 LocalItemInfo::flags(const QString &path) const
+quint32 LocalItemInfo::flags(const QString &path, quint32 wanted) const
 {
     struct stat info;
     if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
@@ -53,9 +53,9 @@ quint32 LocalItemInfo::flags(const QString &path) const
     } else if (S_ISLNK(info.st_mode)) {
         bits |= AliasFile;
     }
-    if (name.startsWith(u'.') || listedInHiddenFile(path))
+    if ((wanted & Invisible) && (name.startsWith(u'.') || listedInHiddenFile(path)))
         bits |= Invisible;
-    return bits;
+    return bits & wanted;
 }
 
 QString LocalItemInfo::kindText(const QString &path) const

@@ -8,7 +8,7 @@
 class LocalItemInfo : public ItemInfo
 {
 public:
-    quint32 flags(const QString &path) const override;
+    quint32 flags(const QString &path, quint32 wanted = AllFlags) const override;
     QString kindText(const QString &path) const override;
 
     // Folder extensions that make a folder one item.
