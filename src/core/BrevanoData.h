@@ -65,7 +65,11 @@ public:
     {
         return ignoreList().getIgnoreFilesDictionary();
     }
-    bool shouldIgnoreFile(const QString &path) const { return ignoreList().shouldIgnoreFile(path); }
+    // Looking up needs no Desktop folder (finding it reads the XDG user directories).
+    bool shouldIgnoreFile(const QString &path) const
+    {
+        return IgnoreList(m_saveData, QString()).shouldIgnoreFile(path);
+    }
     // Returns how many paths were skipped, after the alert that says so.
     qsizetype addIgnoreFiles(const QStringList &paths);
     void removeIgnoreFile(const QString &path) { ignoreList().removeIgnoreFile(path); }

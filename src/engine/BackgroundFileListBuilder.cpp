@@ -1,5 +1,6 @@
 #include "BackgroundFileListBuilder.h"
 
+#include "DirectoryListing.h"
 #include "ItemInfo.h"
 
 #include <QCoreApplication>
@@ -8,7 +9,6 @@
 #include <QPointer>
 
 #include <chrono>
-#include <cstring>
 #include <dirent.h>
 #include <thread>
 
@@ -124,41 +124,15 @@ void BackgroundFileListBuilder::Shared::run()
     files.clear();
 }
 
-// prefix + name as one new string. ASCII names (nearly all) are widened
-// directly; others go through the file-name decoder.
-static QString joinedPath(const QString &prefix, const char *name)
-{
-    const size_t length = std::strlen(name);
-    bool ascii = true;
-    for (size_t i = 0; i < length && ascii; ++i)
-        ascii = static_cast<unsigned char>(name[i]) < 0x80;
-    QString path;
-    path.reserve(prefix.size() + qsizetype(length));
-    path.append(prefix);
-    if (ascii)
-        path.append(QLatin1StringView(name, qsizetype(length)));
-    else
-        path.append(QFile::decodeName(name));
-    return path;
-}
-
-// Reads the folder directly: the entry type the file system reports decides
-// what is a folder, and only folders (or entries of unknown type) are asked
-// about further, for the package test.
+// The entry type the file system reports decides what is a folder; only
+// folders (or entries of unknown type) are asked about further, for the
+// package test.
 void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool recursive)
 {
-    DIR *directory = ::opendir(QFile::encodeName(folder).constData());
-    if (!directory)
-        return;
-    const QString prefix = folder + u'/';
-    while (const dirent *entry = ::readdir(directory)) {
-        const char *name = entry->d_name;
-        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
-            continue;
+    DirectoryListing::forEach(folder, [this, recursive](const QString &path, unsigned char type) {
         if (requestTermination)
-            break;
-        const QString path = joinedPath(prefix, name);
-        const bool maybeFolder = entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN;
+            return false;
+        const bool maybeFolder = type == DT_DIR || type == DT_UNKNOWN;
         const bool folderEntry =
             maybeFolder &&
             isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package));
@@ -166,8 +140,8 @@ void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool r
             listFolder(path, true);
         else
             add(path, folderEntry);
-    }
-    ::closedir(directory);
+        return true;
+    });
 }
 
 bool BackgroundFileListBuilder::Shared::passesFilter(const QString &path) const

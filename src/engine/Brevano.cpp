@@ -124,8 +124,14 @@ bool Brevano::getRecentChangesInFolder(const QString &folder) const
 
 quint32 Brevano::shouldIgnoreFile(const QString &path, bool ignoreChangingFiles, bool isRepeatTidy)
 {
+    return shouldIgnoreFile(path, getFileFlags(path), ignoreChangingFiles, isRepeatTidy);
+}
+
+quint32 Brevano::shouldIgnoreFile(const QString &path, quint32 flags, bool ignoreChangingFiles,
+                                  bool isRepeatTidy)
+{
     const auto assessment =
-        m_candidates.assess(path, ignoreChangingFiles, m_services.scheduler.now());
+        m_candidates.assess(path, flags, ignoreChangingFiles, m_services.scheduler.now());
     using Change = CandidateSelector::Change;
     if (assessment.change == Change::FolderChanging || assessment.change == Change::FileChanging) {
         armRetry();
@@ -188,9 +194,10 @@ void Brevano::performTidyFromRequest(int request)
     // Is there anything to move at all? The change tests stay off here.
     bool anyCandidate = false;
     for (const QString &entry : desktopEntries()) {
-        if (isFileHidden(entry))
+        const quint32 flags = getFileFlags(entry);
+        if (flags & ItemInfo::Invisible)
             continue;
-        if (shouldIgnoreFile(entry, true, false) == CandidateSelector::CandidateMove) {
+        if (shouldIgnoreFile(entry, flags, true, false) == CandidateSelector::CandidateMove) {
             anyCandidate = true;
             break;
         }
@@ -240,9 +247,10 @@ void Brevano::performTidyNow()
     qint64 moved = 0;
     if (m_data.getOperationMode() == 0) {
         for (const QString &entry : desktopEntries()) {
-            if (isFileHidden(entry))
+            const quint32 flags = getFileFlags(entry);
+            if (flags & ItemInfo::Invisible)
                 continue;
-            const quint32 verdict = shouldIgnoreFile(entry, false, m_isRepeatTidy);
+            const quint32 verdict = shouldIgnoreFile(entry, flags, false, m_isRepeatTidy);
             if (verdict == CandidateSelector::CandidateIgnored)
                 continue;
             ++found;

@@ -13,7 +13,13 @@ bool CandidateSelector::changedRecently(const QDateTime &modified, const QDateTi
 CandidateSelector::Assessment
 CandidateSelector::assess(const QString &path, bool ignoreChangingFiles, const QDateTime &now) const
 {
-    const quint32 flags = m_itemInfo.flags(path);
+    return assess(path, m_itemInfo.flags(path), ignoreChangingFiles, now);
+}
+
+CandidateSelector::Assessment CandidateSelector::assess(const QString &path, quint32 flags,
+                                                        bool ignoreChangingFiles,
+                                                        const QDateTime &now) const
+{
     const bool isFolder = flags & ItemInfo::Container;
     if (m_data.getIgnoreFolders() && isFolder)
         return {CandidateIgnored, Change::None};

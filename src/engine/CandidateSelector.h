@@ -42,6 +42,9 @@ public:
     }
 
     Assessment assess(const QString &path, bool ignoreChangingFiles, const QDateTime &now) const;
+    // The same, with the item's flags already read.
+    Assessment assess(const QString &path, quint32 flags, bool ignoreChangingFiles,
+                      const QDateTime &now) const;
     // True when a direct child of folder changed within the window. The walk goes
     // down the whole tree, but only the direct children decide.
     bool getRecentChangesInFolder(const QString &folder, const QDateTime &now) const;

@@ -1,12 +1,51 @@
 #include "DirectoryListing.h"
 
-#include <QDirIterator>
+#include <QFile>
+
+#include <cstring>
+#include <dirent.h>
+
+QString DirectoryListing::joinedPath(const QString &prefix, const char *name)
+{
+    // ASCII names (nearly all) are widened directly; others go through the
+    // file-name decoder.
+    const size_t length = std::strlen(name);
+    bool ascii = true;
+    for (size_t i = 0; i < length && ascii; ++i)
+        ascii = static_cast<unsigned char>(name[i]) < 0x80;
+    QString path;
+    path.reserve(prefix.size() + qsizetype(length));
+    path.append(prefix);
+    if (ascii)
+        path.append(QLatin1StringView(name, qsizetype(length)));
+    else
+        path.append(QFile::decodeName(name));
+    return path;
+}
+
+void DirectoryListing::forEach(const QString &folder,
+                               const std::function<bool(const QString &, unsigned char)> &visit)
+{
+    DIR *directory = ::opendir(QFile::encodeName(folder).constData());
+    if (!directory)
+        return;
+    const QString prefix = folder.endsWith(u'/') ? folder : folder + u'/';
+    while (const dirent *entry = ::readdir(directory)) {
+        const char *name = entry->d_name;
+        if (name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0)))
+            continue;
+        if (!visit(joinedPath(prefix, name), entry->d_type))
+            break;
+    }
+    ::closedir(directory);
+}
 
 QStringList DirectoryListing::entries(const QString &folder)
 {
     QStringList paths;
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    while (it.hasNext())
-        paths.append(it.next());
+    forEach(folder, [&paths](const QString &path, unsigned char) {
+        paths.append(path);
+        return true;
+    });
     return paths;
 }
