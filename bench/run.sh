@@ -1,25 +1,115 @@
 #!/usr/bin/env bash
-# Benchmarks, each beside the standard tool doing the same work on the same data.
-set -euo pipefail
+# Benchmarks, each beside the standard tool doing the same work on the same data
+# in the same run, the median of repeated measurements. Prints a table and one
+# machine-readable line per item: bench NAME ours=X ref=Y ratio=X/Y goal=G
+# (seconds unless the name says otherwise; where no tool does the same work, ref
+# is the goal and the goal ratio 1).
+# Usage: run.sh BUILD_DIR [--quick]   (--quick skips the three-minute idle watch)
+set -uo pipefail
 build="$(cd "$1" && pwd)"
+quick="${2:-}"
 here="$(cd "$(dirname "$0")" && pwd)"
 work="$(mktemp -d)"
 trap 'rm -rf "$work"' EXIT
+engine="$build/bench/bench_engine"
+brevano="$build/src/app/brevano"
+results=()
 
-echo "== data file: read and write an XML property list (50,000 ignore entries)"
-python3 "$here/make_data_file.py" 50000 "$work/Brevano.data"
-ls -l "$work/Brevano.data" | awk '{printf "file size: %.1f MiB\n", $5 / 1048576}'
-hyperfine --warmup 2 --runs 10 --export-json "$work/times.json" --style basic \
-  -n brevano "$build/bench/bench_plist_convert $work/Brevano.data $work/ours.plist" \
-  -n plistutil "plistutil -i $work/Brevano.data -o $work/theirs.plist -f xml" >/dev/null
-python3 - "$work/times.json" <<'PY'
-import json, sys
-r = {x["command"]: x for x in json.load(open(sys.argv[1]))["results"]}
-ours, theirs = r["brevano"]["mean"], r["plistutil"]["mean"]
-print(f"time   brevano {ours*1000:8.1f} ms   plistutil {theirs*1000:8.1f} ms   ratio {ours/theirs:5.2f}")
+median_of() { # hyperfine's median of one command
+  hyperfine -N --style none --warmup 2 --runs "${RUNS:-9}" --export-json "$work/h.json" "$@" >/dev/null 2>&1
+  python3 -c 'import json,sys; print(json.load(open(sys.argv[1]))["results"][0]["median"])' "$work/h.json"
+}
+report() { # NAME OURS REF GOAL [UNIT]
+  local ours ref ratio
+  read -r ours ref ratio < <(python3 -c "print(f'{$2:.4g} {$3:.4g} {$2/$3:.2f}')")
+  results+=("$(printf '%-26s %10s %10s %7s %6s %s' "$1" "$ours" "$ref" "$ratio" "$4" "${5:-s}")")
+  echo "bench $1 ours=$ours ref=$ref ratio=$ratio goal=$4"
+}
+
+echo "Making the data in $work ..."
+python3 - "$work/tree" <<'PY'
+import os, sys
+root = sys.argv[1]
+for d in range(1000):
+    folder = os.path.join(root, f"folder{d:04d}")
+    os.makedirs(folder)
+    for f in range(100):
+        with open(os.path.join(folder, f"file{f:03d}.txt"), "wb") as out:
+            out.write(b"x" * (f + 1))
 PY
-rss() { /usr/bin/time -f %M "$@" 2>&1 >/dev/null | tail -1; }
-ours=$(rss "$build/bench/bench_plist_convert" "$work/Brevano.data" "$work/ours.plist")
-theirs=$(rss plistutil -i "$work/Brevano.data" -o "$work/theirs.plist" -f xml)
-awk -v o="$ours" -v t="$theirs" \
-  'BEGIN { printf "memory brevano %8.1f MiB plistutil %8.1f MiB ratio %5.2f\n", o/1024, t/1024, o/t }'
+
+# 1. The size estimate, no time limit, against du.
+ours=$("$engine" size "$work/tree" 9 | cut -d' ' -f1)
+ref=$(median_of "du -sb $work/tree")
+report size-estimate "$ours" "$ref" 0.6
+within=$("$engine" size-limit "$work/tree" | cut -d' ' -f2)
+echo "  the estimate counts $within entries within its 0.5-second limit"
+
+# 2. The flattened listing (folder style 1) against find.
+ours=$("$engine" list "$work/tree" 9 | cut -d' ' -f1)
+ref=$(median_of "find $work/tree -type f")
+report flattened-listing "$ours" "$ref" 1.2
+
+# 3. A manual tidy of 10,000 files lying on a Desktop, against mv -n -t.
+home="$work/home"
+export HOME="$home" XDG_DATA_HOME="$home/.local/share" XDG_CONFIG_HOME="$home/.config" \
+  XDG_RUNTIME_DIR="$home/run"
+unset DBUS_SESSION_BUS_ADDRESS DISPLAY WAYLAND_DISPLAY
+mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+shadow="$home/.local/share/Brevano/Shadow Desktop"
+cat > "$work/prepare.sh" <<'PREP'
+#!/usr/bin/env bash
+# prepare.sh FROM TO: 10,000 files an hour old in FROM, TO empty
+rm -rf "$1" "$2"; mkdir -p "$1" "$2"
+cd "$1" && seq -f "file%05g.txt" 0 9999 | xargs touch -d '1 hour ago'
+PREP
+chmod +x "$work/prepare.sh"
+ours=$(RUNS=7 median_of --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
+moved=$(find "$shadow" -type f | wc -l); left=$(find "$home/Desktop" -type f | wc -l)
+ref=$(RUNS=7 median_of --prepare "$work/prepare.sh $work/from $work/to" \
+  "bash -c 'mv -n -t $work/to $work/from/*'")
+report tidy-10000-files "$ours" "$ref" 1.5
+echo "  after the last tidy: $moved files in the Shadow Desktop, $left on the Desktop"
+[ "$moved" = 10000 ] && [ "$left" = 0 ] || echo "  FILES NOT ACCOUNTED FOR"
+
+# 4. The status menu's Shadow Desktop tree on 100,000 files (its limits apply).
+ours=$("$engine" menu "$work/tree" 9 | cut -d' ' -f1)
+report menu-tree-100000-files "$ours" 0.05 1
+
+# 5. The tray application: start-up, memory, idle wake-ups.
+source "$here/../scripts/xvfb.sh"
+start_xvfb
+dbus-run-session -- bash -c '
+  has_item() { gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
+    --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher RegisteredStatusNotifierItems \
+    2>/dev/null | grep -q StatusNotifierItem; }
+  xfce4-panel >/dev/null 2>&1 &
+  for _ in $(seq 200); do gdbus call --session --dest org.freedesktop.DBus --object-path / \
+    --method org.freedesktop.DBus.NameHasOwner org.kde.StatusNotifierWatcher 2>/dev/null | grep -q true && break; sleep 0.05; done
+  sleep 1
+  start=$(date +%s.%N)
+  "$0" >/dev/null 2>&1 &
+  app=$!
+  while ! has_item; do sleep 0.005; done
+  shown=$(date +%s.%N)
+  echo "startup $(python3 -c "print(f\"{$shown - $start:.4f}\")")"
+  sleep 3
+  echo "rss $(awk "/VmRSS/ {printf \"%.1f\", \$2/1024}" /proc/$app/status)"
+  if [ "$1" != "--quick" ]; then
+    switches() { cat /proc/$app/task/*/schedstat | awk "{n += \$3} END {print n}"; }
+    before=$(switches); sleep 180; after=$(switches)
+    echo "wakeups $((after - before))"
+  fi
+  kill -TERM $app; wait $app
+' "$brevano" "$quick" > "$work/tray.txt" 2>/dev/null
+kill "$XVFB_PID" 2>/dev/null
+report tray-startup-to-icon "$(awk '/startup/ {print $2}' "$work/tray.txt")" 0.3 1
+report tray-memory-mb "$(awk '/rss/ {print $2}' "$work/tray.txt")" 45 1 MB
+if [ "$quick" != "--quick" ]; then
+  # Three minutes hold two 61-second checks; each wakes the main loop once.
+  report tray-idle-wakeups-3min "$(awk '/wakeups/ {print $2}' "$work/tray.txt")" 2 1 wakeups
+fi
+
+echo
+printf '%-26s %10s %10s %7s %6s %s\n' item ours reference ratio goal unit
+printf '%s\n' "${results[@]}"

@@ -124,14 +124,15 @@ bool Brevano::getRecentChangesInFolder(const QString &folder) const
 
 quint32 Brevano::shouldIgnoreFile(const QString &path, bool ignoreChangingFiles, bool isRepeatTidy)
 {
-    return shouldIgnoreFile(path, getFileFlags(path), ignoreChangingFiles, isRepeatTidy);
+    return shouldIgnoreFile(path, m_services.itemInfo.facts(path), ignoreChangingFiles,
+                            isRepeatTidy);
 }
 
-quint32 Brevano::shouldIgnoreFile(const QString &path, quint32 flags, bool ignoreChangingFiles,
-                                  bool isRepeatTidy)
+quint32 Brevano::shouldIgnoreFile(const QString &path, const ItemInfo::Facts &facts,
+                                  bool ignoreChangingFiles, bool isRepeatTidy)
 {
     const auto assessment =
-        m_candidates.assess(path, flags, ignoreChangingFiles, m_services.scheduler.now());
+        m_candidates.assess(path, facts, ignoreChangingFiles, m_services.scheduler.now());
     using Change = CandidateSelector::Change;
     if (assessment.change == Change::FolderChanging || assessment.change == Change::FileChanging) {
         armRetry();
@@ -194,10 +195,10 @@ void Brevano::performTidyFromRequest(int request)
     // Is there anything to move at all? The change tests stay off here.
     bool anyCandidate = false;
     for (const QString &entry : desktopEntries()) {
-        const quint32 flags = getFileFlags(entry);
-        if (flags & ItemInfo::Invisible)
+        const ItemInfo::Facts facts = m_services.itemInfo.facts(entry);
+        if (facts.flags & ItemInfo::Invisible)
             continue;
-        if (shouldIgnoreFile(entry, flags, true, false) == CandidateSelector::CandidateMove) {
+        if (shouldIgnoreFile(entry, facts, true, false) == CandidateSelector::CandidateMove) {
             anyCandidate = true;
             break;
         }
@@ -246,11 +247,14 @@ void Brevano::performTidyNow()
     qint64 found = 0;
     qint64 moved = 0;
     if (m_data.getOperationMode() == 0) {
+        // Asked once per pass: finding the default folder reads the XDG directories.
+        const QString shadowRoot = getTargetFilename();
+        const quint32 overwriteMode = m_data.getOverwriteMode();
         for (const QString &entry : desktopEntries()) {
-            const quint32 flags = getFileFlags(entry);
-            if (flags & ItemInfo::Invisible)
+            const ItemInfo::Facts facts = m_services.itemInfo.facts(entry);
+            if (facts.flags & ItemInfo::Invisible)
                 continue;
-            const quint32 verdict = shouldIgnoreFile(entry, flags, false, m_isRepeatTidy);
+            const quint32 verdict = shouldIgnoreFile(entry, facts, false, m_isRepeatTidy);
             if (verdict == CandidateSelector::CandidateIgnored)
                 continue;
             ++found;
@@ -260,7 +264,7 @@ void Brevano::performTidyNow()
                 continue;
             }
             const OverwriteMover::Outcome outcome =
-                m_mover.move(entry, getTargetPathFromSourcePath(entry), m_data.getOverwriteMode());
+                m_mover.move(entry, shadowRoot + u'/' + name, overwriteMode);
             if (outcome.moved) {
                 ++moved;
                 if (notificationsAllow(m_data.getGrowlFileMoved()))

@@ -87,9 +87,9 @@ public:
     bool getRecentChangesInFolder(const QString &folder) const;
     // The verdict; a changing item also arms the retry and may notify.
     quint32 shouldIgnoreFile(const QString &path, bool ignoreChangingFiles, bool isRepeatTidy);
-    // The same, with the item's flags already read.
-    quint32 shouldIgnoreFile(const QString &path, quint32 flags, bool ignoreChangingFiles,
-                             bool isRepeatTidy);
+    // The same, with the item's facts already read.
+    quint32 shouldIgnoreFile(const QString &path, const ItemInfo::Facts &facts,
+                             bool ignoreChangingFiles, bool isRepeatTidy);
     bool filePassesDateFilter(const QString &path) const;
     // The Desktop entries a tidy looks at. None when the Desktop is the home
     // folder or holds the Shadow Desktop itself: tidying those would move the

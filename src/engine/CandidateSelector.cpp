@@ -13,13 +13,15 @@ bool CandidateSelector::changedRecently(const QDateTime &modified, const QDateTi
 CandidateSelector::Assessment
 CandidateSelector::assess(const QString &path, bool ignoreChangingFiles, const QDateTime &now) const
 {
-    return assess(path, m_itemInfo.flags(path), ignoreChangingFiles, now);
+    return assess(path, m_itemInfo.facts(path), ignoreChangingFiles, now);
 }
 
-CandidateSelector::Assessment CandidateSelector::assess(const QString &path, quint32 flags,
+CandidateSelector::Assessment CandidateSelector::assess(const QString &path,
+                                                        const ItemInfo::Facts &facts,
                                                         bool ignoreChangingFiles,
                                                         const QDateTime &now) const
 {
+    const quint32 flags = facts.flags;
     const bool isFolder = flags & ItemInfo::Container;
     if (m_data.getIgnoreFolders() && isFolder)
         return {CandidateIgnored, Change::None};
@@ -30,10 +32,9 @@ CandidateSelector::Assessment CandidateSelector::assess(const QString &path, qui
     if (!ignoreChangingFiles) {
         if (isFolder && getRecentChangesInFolder(path, now))
             return {CandidateDeferred, Change::FolderChanging};
-        const auto modified = FileStat::modificationDate(path);
-        if (!modified)
+        if (!facts.modified)
             return {CandidateDeferred, Change::NoDate};
-        if (changedRecently(*modified, now))
+        if (changedRecently(*facts.modified, now))
             return {CandidateDeferred, Change::FileChanging};
     }
     // The ignore list comes last: an ignored item that is changing is deferred.

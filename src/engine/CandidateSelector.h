@@ -1,12 +1,13 @@
 #pragma once
 
+#include "ItemInfo.h"
+
 #include <QDateTime>
 #include <QString>
 
 #include <chrono>
 
 class BrevanoData;
-class ItemInfo;
 
 // Decides whether a Desktop item is moved, put off because it is still being
 // written, or left alone. It only judges; arming the retry and telling the
@@ -42,8 +43,8 @@ public:
     }
 
     Assessment assess(const QString &path, bool ignoreChangingFiles, const QDateTime &now) const;
-    // The same, with the item's flags already read.
-    Assessment assess(const QString &path, quint32 flags, bool ignoreChangingFiles,
+    // The same, with the item's facts already read.
+    Assessment assess(const QString &path, const ItemInfo::Facts &facts, bool ignoreChangingFiles,
                       const QDateTime &now) const;
     // True when a direct child of folder changed within the window. The walk goes
     // down the whole tree, but only the direct children decide.

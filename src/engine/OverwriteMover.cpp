@@ -37,6 +37,11 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
         return {result.moved(), target, result.message};
     }
     case KeepBoth:
+        // The name itself first: the rename refuses when it is taken, so a free
+        // name costs no look beforehand.
+        if (const FileMover::Result plain = FileMover::move(source, target);
+            plain.status != FileMover::Status::TargetExists)
+            return {plain.moved(), target, plain.message};
         for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
             const QString free = ShadowDesktopPaths::generateUniqueFilename(target);
             if (m_beforeMove)

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
+
+#include <optional>
 
 // What kind of item a path is, as the tidy engine tests it. The bits never
 // describe what a symbolic link points to, only the link itself.
@@ -21,6 +24,14 @@ public:
     // Zero when nothing can be read at the path. Only the bits in wanted are
     // looked for (the invisible bit costs a read of the folder's ".hidden").
     virtual quint32 flags(const QString &path, quint32 wanted = AllFlags) const = 0;
+
+    struct Facts
+    {
+        quint32 flags = 0;
+        std::optional<QDateTime> modified; // none when nothing can be read
+    };
+    // The flags and the modification date, read together.
+    virtual Facts facts(const QString &path) const = 0;
     // The localised kind of the item ("PNG image"), or an empty string.
     virtual QString kindText(const QString &path) const = 0;
 };

@@ -1,7 +1,12 @@
 #include "LocalItemInfo.h"
 
+#include <QDateTime>
 #include <QFile>
+#include <QHash>
 #include <QMimeDatabase>
+#include <QMutex>
+#include <QSet>
+#include <QTimeZone>
 
 #include <sys/stat.h>
 
@@ -14,18 +19,33 @@ static QString lastComponent(const QString &path)
 }
 
 // File managers hide the names listed one a line in a folder's ".hidden" file.
+// Each folder's list is read at most once a second: a tidy asks for every item.
 static bool listedInHiddenFile(const QString &path)
 {
     const QString name = lastComponent(path);
     const QString folder = path.left(path.size() - name.size());
-    QFile hidden(folder + QStringLiteral(".hidden"));
-    if (hidden.size() > 1024 * 1024 || !hidden.open(QIODevice::ReadOnly))
-        return false;
-    while (!hidden.atEnd()) {
-        if (QString::fromUtf8(hidden.readLine()).trimmed() == name)
-            return true;
+    struct Cached
+    {
+        qint64 readAt;
+        QSet<QString> names;
+    };
+    static QMutex mutex;
+    static QHash<QString, Cached> cache;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    QMutexLocker lock(&mutex);
+    auto cached = cache.find(folder);
+    if (cached == cache.end() || now - cached->readAt > 1000 || now < cached->readAt) {
+        QSet<QString> names;
+        QFile hidden(folder + QStringLiteral(".hidden"));
+        if (hidden.open(QIODevice::ReadOnly) && hidden.size() <= 1024 * 1024) {
+            while (!hidden.atEnd())
+                names.insert(QString::fromUtf8(hidden.readLine()).trimmed());
+        }
+        if (cache.size() > 256)
+            cache.clear();
+        cached = cache.insert(folder, Cached{now, names});
     }
-    return false;
+    return cached->names.contains(name);
 }
 
 bool LocalItemInfo::isPackageExtension(const QString &name)
@@ -39,23 +59,44 @@ bool LocalItemInfo::isPackageExtension(const QString &name)
     return dot > 0 && extensions.contains(name.mid(dot + 1), Qt::CaseInsensitive);
 }
 
+// The bits of an item whose lstat is known.
+static quint32 flagsOf(const QString &path, const struct stat &info, quint32 wanted)
+{
+    quint32 bits = 0;
+    const QString name = lastComponent(path);
+    if (S_ISDIR(info.st_mode)) {
+        bits |= ItemInfo::Container;
+        if (LocalItemInfo::isPackageExtension(name))
+            bits |= ItemInfo::Package;
+    } else if (S_ISLNK(info.st_mode)) {
+        bits |= ItemInfo::AliasFile;
+    }
+    if ((wanted & ItemInfo::Invisible) && (name.startsWith(u'.') || listedInHiddenFile(path)))
+        bits |= ItemInfo::Invisible;
+    return bits & wanted;
+}
+
 quint32 LocalItemInfo::flags(const QString &path, quint32 wanted) const
 {
     struct stat info;
     if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
         return 0;
-    quint32 bits = 0;
-    const QString name = lastComponent(path);
-    if (S_ISDIR(info.st_mode)) {
-        bits |= Container;
-        if (isPackageExtension(name))
-            bits |= Package;
-    } else if (S_ISLNK(info.st_mode)) {
-        bits |= AliasFile;
-    }
-    if ((wanted & Invisible) && (name.startsWith(u'.') || listedInHiddenFile(path)))
-        bits |= Invisible;
-    return bits & wanted;
+    return flagsOf(path, info, wanted);
+}
+
+ItemInfo::Facts LocalItemInfo::facts(const QString &path) const
+{
+    struct stat info;
+    if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
+        return {};
+#ifdef __APPLE__
+    const auto &time = info.st_mtimespec;
+#else
+    const auto &time = info.st_mtim;
+#endif
+    return {flagsOf(path, info, AllFlags),
+            QDateTime::fromMSecsSinceEpoch(qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000,
+                                           QTimeZone::utc())};
 }
 
 QString LocalItemInfo::kindText(const QString &path) const
