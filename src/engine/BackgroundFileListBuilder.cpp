@@ -31,6 +31,7 @@ struct BackgroundFileListBuilder::Shared
     qint64 lastUpdate = 0;
     bool firstUpdate = true;
     bool filterPassesAll = true;
+    int sinceClock = 0;
 
     void run();
     void listFolder(const QString &folder, bool recursive);
@@ -119,7 +120,7 @@ void BackgroundFileListBuilder::Shared::run()
         listFolder(shadowDesktopRoot, true);
     taskRunning = false;
     requestTermination = false; // a cancelled listing still reports its completion
-    deliver(folders + files, true);
+    deliver(folders.isEmpty() ? std::move(files) : folders + files, true);
     folders.clear();
     files.clear();
 }
@@ -163,6 +164,10 @@ void BackgroundFileListBuilder::Shared::update()
 {
     if (requestTermination)
         return;
+    // The clock is read every few entries; a push still waits its half second.
+    if (!firstUpdate && ++sinceClock < 32)
+        return;
+    sinceClock = 0;
     const qint64 now = clock();
     if (!firstUpdate && now - lastUpdate < kUpdateIntervalMs)
         return;

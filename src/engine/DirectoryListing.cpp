@@ -7,19 +7,20 @@
 
 QString DirectoryListing::joinedPath(const QString &prefix, const char *name)
 {
-    // ASCII names (nearly all) are widened directly; others go through the
-    // file-name decoder.
+    // ASCII names (nearly all) are widened straight into one exact allocation;
+    // others go through the file-name decoder.
     const size_t length = std::strlen(name);
     bool ascii = true;
     for (size_t i = 0; i < length && ascii; ++i)
         ascii = static_cast<unsigned char>(name[i]) < 0x80;
-    QString path;
-    path.reserve(prefix.size() + qsizetype(length));
-    path.append(prefix);
-    if (ascii)
-        path.append(QLatin1StringView(name, qsizetype(length)));
-    else
-        path.append(QFile::decodeName(name));
+    if (!ascii)
+        return prefix + QFile::decodeName(name);
+    QString path(prefix.size() + qsizetype(length), Qt::Uninitialized);
+    QChar *out = path.data();
+    std::memcpy(out, prefix.constData(), size_t(prefix.size()) * sizeof(QChar));
+    out += prefix.size();
+    for (size_t i = 0; i < length; ++i)
+        out[i] = QLatin1Char(name[i]);
     return path;
 }
 
