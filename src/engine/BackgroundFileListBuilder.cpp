@@ -31,7 +31,6 @@ struct BackgroundFileListBuilder::Shared
     qint64 lastUpdate = 0;
     bool firstUpdate = true;
     bool filterPassesAll = true;
-    int sinceClock = 0;
 
     void run();
     void listFolder(const QString &folder, bool recursive);
@@ -164,10 +163,6 @@ void BackgroundFileListBuilder::Shared::update()
 {
     if (requestTermination)
         return;
-    // The clock is read every few entries; a push still waits its half second.
-    if (!firstUpdate && ++sinceClock < 32)
-        return;
-    sinceClock = 0;
     const qint64 now = clock();
     if (!firstUpdate && now - lastUpdate < kUpdateIntervalMs)
         return;
