@@ -132,10 +132,12 @@ void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool r
     DirectoryListing::forEach(folder, [this, recursive](const QString &path, unsigned char type) {
         if (requestTermination)
             return false;
-        const bool maybeFolder = type == DT_DIR || type == DT_UNKNOWN;
+        // A reported folder needs only the package test; an unknown type is looked up.
         const bool folderEntry =
-            maybeFolder &&
-            isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package));
+            type == DT_DIR ? !itemInfo->isPackageFolder(path)
+            : type == DT_UNKNOWN
+                ? isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package))
+                : false;
         if (folderEntry && recursive)
             listFolder(path, true);
         else

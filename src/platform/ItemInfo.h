@@ -32,6 +32,11 @@ public:
     };
     // The flags and the modification date, read together.
     virtual Facts facts(const QString &path) const = 0;
+    // For an item known to be a real folder: whether it is a package.
+    virtual bool isPackageFolder(const QString &path) const
+    {
+        return flags(path, Package) & Package;
+    }
     // The localised kind of the item ("PNG image"), or an empty string.
     virtual QString kindText(const QString &path) const = 0;
 };

@@ -76,6 +76,11 @@ static quint32 flagsOf(const QString &path, const struct stat &info, quint32 wan
     return bits & wanted;
 }
 
+bool LocalItemInfo::isPackageFolder(const QString &path) const
+{
+    return isPackageExtension(lastComponent(path));
+}
+
 quint32 LocalItemInfo::flags(const QString &path, quint32 wanted) const
 {
     struct stat info;

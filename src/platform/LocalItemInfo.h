@@ -10,6 +10,8 @@ class LocalItemInfo : public ItemInfo
 public:
     quint32 flags(const QString &path, quint32 wanted = AllFlags) const override;
     Facts facts(const QString &path) const override;
+    // The name decides; nothing is read.
+    bool isPackageFolder(const QString &path) const override;
     QString kindText(const QString &path) const override;
 
     // Folder extensions that make a folder one item.
