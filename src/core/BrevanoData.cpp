@@ -118,23 +118,20 @@ QString BrevanoData::getOSVersion()
     return version.isEmpty() ? QStringLiteral("Version Unobtainable") : version;
 }
 
-bool BrevanoData::boolSetting(QStringView key, bool fallback) const
+bool BrevanoData::boolSetting(const QString &key, bool fallback) const
 {
-    return m_saveData.value(key.toString()).boolValue(fallback);
+    return m_saveData.value(key).boolValue(fallback);
 }
 
-void BrevanoData::setBool(QStringView key, bool value)
-{
-    m_saveData.insert(key.toString(), value);
-}
+void BrevanoData::setBool(const QString &key, bool value) { m_saveData.insert(key, value); }
 
-quint32 BrevanoData::uintSetting(QStringView key, quint32 fallback) const
+quint32 BrevanoData::uintSetting(const QString &key, quint32 fallback) const
 {
     // Integers are read as 32-bit unsigned values, truncated.
-    return quint32(m_saveData.value(key.toString()).integerValue(fallback));
+    return quint32(m_saveData.value(key).integerValue(fallback));
 }
 
-void BrevanoData::setUInt(QStringView key, quint32 value)
+void BrevanoData::setUInt(const QString &key, quint32 value)
 {
-    m_saveData.insert(key.toString(), qint64(value));
+    m_saveData.insert(key, qint64(value));
 }

@@ -78,37 +78,52 @@ public:
     void setAlertPresenter(AlertPresenter *alerts) { m_alerts = alerts; }
 
     // ---- settings ----
-    quint32 getCurrentPreferencesTab() const { return uintSetting(u"Tab", 0); }
-    void setCurrentPreferencesTab(quint32 tab) { setUInt(u"Tab", tab); }
-    bool getShowWelcome() const { return boolSetting(u"ShowWelcome2.0", true); }
-    void setShowWelcome(bool show) { setBool(u"ShowWelcome2.0", show); }
-    bool getGrowlEnabled() const { return boolSetting(u"GrowlEnabled", true); }
-    void setGrowlEnabled(bool on) { setBool(u"GrowlEnabled", on); }
-    bool getGrowlBeforeTidy() const { return boolSetting(u"GrowlBeforeTidy", true); }
-    void setGrowlBeforeTidy(bool on) { setBool(u"GrowlBeforeTidy", on); }
+    quint32 getCurrentPreferencesTab() const { return uintSetting(QStringLiteral("Tab"), 0); }
+    void setCurrentPreferencesTab(quint32 tab) { setUInt(QStringLiteral("Tab"), tab); }
+    bool getShowWelcome() const { return boolSetting(QStringLiteral("ShowWelcome2.0"), true); }
+    void setShowWelcome(bool show) { setBool(QStringLiteral("ShowWelcome2.0"), show); }
+    bool getGrowlEnabled() const { return boolSetting(QStringLiteral("GrowlEnabled"), true); }
+    void setGrowlEnabled(bool on) { setBool(QStringLiteral("GrowlEnabled"), on); }
+    bool getGrowlBeforeTidy() const { return boolSetting(QStringLiteral("GrowlBeforeTidy"), true); }
+    void setGrowlBeforeTidy(bool on) { setBool(QStringLiteral("GrowlBeforeTidy"), on); }
     bool getGrowlBeforeTidyOnlyIfFiles() const
     {
-        return boolSetting(u"GrowlBeforeTidyOnlyIfFiles", true);
+        return boolSetting(QStringLiteral("GrowlBeforeTidyOnlyIfFiles"), true);
     }
-    void setGrowlBeforeTidyOnlyIfFiles(bool on) { setBool(u"GrowlBeforeTidyOnlyIfFiles", on); }
-    bool getGrowlOnComplete() const { return boolSetting(u"GrowlOnComplete", true); }
-    void setGrowlOnComplete(bool on) { setBool(u"GrowlOnComplete", on); }
-    bool getGrowlOnEmpty() const { return boolSetting(u"GrowlOnEmpty", true); }
-    void setGrowlOnEmpty(bool on) { setBool(u"GrowlOnEmpty", on); }
-    bool getGrowlDeferredTidy() const { return boolSetting(u"GrowlDeferredStart", true); }
-    void setGrowlDeferredTidy(bool on) { setBool(u"GrowlDeferredStart", on); }
-    bool getGrowlFileMoved() const { return boolSetting(u"GrowlFileMoved", false); }
-    void setGrowlFileMoved(bool on) { setBool(u"GrowlFileMoved", on); }
-    bool getGrowlFileMoveFailed() const { return boolSetting(u"GrowlFileMoveFailed", true); }
-    void setGrowlFileMoveFailed(bool on) { setBool(u"GrowlFileMoveFailed", on); }
-    quint32 getOperationMode() const { return uintSetting(u"OperationMode", 0); }
-    void setOperationMode(quint32 mode) { setUInt(u"OperationMode", mode); }
-    quint32 getOverwriteMode() const { return uintSetting(u"OverwriteMode", 3); }
-    void setOverwriteMode(quint32 mode) { setUInt(u"OverwriteMode", mode); }
-    quint32 getQuickFiltersMode() const { return uintSetting(u"QuickFiltersMode", 1); }
-    void setQuickFiltersMode(quint32 mode) { setUInt(u"QuickFiltersMode", mode); }
-    quint32 getTidyFrequency() const { return uintSetting(u"TidyFrequency", 0); }
-    void setTidyFrequency(quint32 frequency) { setUInt(u"TidyFrequency", frequency); }
+    void setGrowlBeforeTidyOnlyIfFiles(bool on)
+    {
+        setBool(QStringLiteral("GrowlBeforeTidyOnlyIfFiles"), on);
+    }
+    bool getGrowlOnComplete() const { return boolSetting(QStringLiteral("GrowlOnComplete"), true); }
+    void setGrowlOnComplete(bool on) { setBool(QStringLiteral("GrowlOnComplete"), on); }
+    bool getGrowlOnEmpty() const { return boolSetting(QStringLiteral("GrowlOnEmpty"), true); }
+    void setGrowlOnEmpty(bool on) { setBool(QStringLiteral("GrowlOnEmpty"), on); }
+    bool getGrowlDeferredTidy() const
+    {
+        return boolSetting(QStringLiteral("GrowlDeferredStart"), true);
+    }
+    void setGrowlDeferredTidy(bool on) { setBool(QStringLiteral("GrowlDeferredStart"), on); }
+    bool getGrowlFileMoved() const { return boolSetting(QStringLiteral("GrowlFileMoved"), false); }
+    void setGrowlFileMoved(bool on) { setBool(QStringLiteral("GrowlFileMoved"), on); }
+    bool getGrowlFileMoveFailed() const
+    {
+        return boolSetting(QStringLiteral("GrowlFileMoveFailed"), true);
+    }
+    void setGrowlFileMoveFailed(bool on) { setBool(QStringLiteral("GrowlFileMoveFailed"), on); }
+    quint32 getOperationMode() const { return uintSetting(QStringLiteral("OperationMode"), 0); }
+    void setOperationMode(quint32 mode) { setUInt(QStringLiteral("OperationMode"), mode); }
+    quint32 getOverwriteMode() const { return uintSetting(QStringLiteral("OverwriteMode"), 3); }
+    void setOverwriteMode(quint32 mode) { setUInt(QStringLiteral("OverwriteMode"), mode); }
+    quint32 getQuickFiltersMode() const
+    {
+        return uintSetting(QStringLiteral("QuickFiltersMode"), 1);
+    }
+    void setQuickFiltersMode(quint32 mode) { setUInt(QStringLiteral("QuickFiltersMode"), mode); }
+    quint32 getTidyFrequency() const { return uintSetting(QStringLiteral("TidyFrequency"), 0); }
+    void setTidyFrequency(quint32 frequency)
+    {
+        setUInt(QStringLiteral("TidyFrequency"), frequency);
+    }
     QDateTime getLastTidyTime() const;
     void setLastTidyTime(const QDateTime &time);
     // The configured folder, or the default one (created when missing). A stored
@@ -117,26 +132,32 @@ public:
     QString getShadowDesktopPath() const;
     // A null path removes the setting.
     void setShadowDesktopPath(const QString &path);
-    bool getIgnoreHidden() const { return boolSetting(u"IgnoreHidden", true); }
-    void setIgnoreHidden(bool on) { setBool(u"IgnoreHidden", on); }
-    bool getIgnoreAliases() const { return boolSetting(u"IgnoreAliases", false); }
-    void setIgnoreAliases(bool on) { setBool(u"IgnoreAliases", on); }
-    bool getIgnoreFolders() const { return boolSetting(u"IgnoreFolders", false); }
-    void setIgnoreFolders(bool on) { setBool(u"IgnoreFolders", on); }
+    bool getIgnoreHidden() const { return boolSetting(QStringLiteral("IgnoreHidden"), true); }
+    void setIgnoreHidden(bool on) { setBool(QStringLiteral("IgnoreHidden"), on); }
+    bool getIgnoreAliases() const { return boolSetting(QStringLiteral("IgnoreAliases"), false); }
+    void setIgnoreAliases(bool on) { setBool(QStringLiteral("IgnoreAliases"), on); }
+    bool getIgnoreFolders() const { return boolSetting(QStringLiteral("IgnoreFolders"), false); }
+    void setIgnoreFolders(bool on) { setBool(QStringLiteral("IgnoreFolders"), on); }
     bool getAutoIgnoreRestoredFiles() const
     {
-        return boolSetting(u"AutoIgnoreRestoredFiles", true);
+        return boolSetting(QStringLiteral("AutoIgnoreRestoredFiles"), true);
     }
-    void setAutoIgnoreRestoredFiles(bool on) { setBool(u"AutoIgnoreRestoredFiles", on); }
-    bool getShowTimeUntilTidy() const { return boolSetting(u"ShowTimeUntilTidy", true); }
-    void setShowTimeUntilTidy(bool on) { setBool(u"ShowTimeUntilTidy", on); }
-    bool getPin() const { return boolSetting(u"PinPanel", false); }
-    void setPin(bool on) { setBool(u"PinPanel", on); }
-    quint32 getDateFilter() const { return uintSetting(u"ModifiedDateFilter", 0); }
-    void setDateFilter(quint32 filter) { setUInt(u"ModifiedDateFilter", filter); }
+    void setAutoIgnoreRestoredFiles(bool on)
+    {
+        setBool(QStringLiteral("AutoIgnoreRestoredFiles"), on);
+    }
+    bool getShowTimeUntilTidy() const
+    {
+        return boolSetting(QStringLiteral("ShowTimeUntilTidy"), true);
+    }
+    void setShowTimeUntilTidy(bool on) { setBool(QStringLiteral("ShowTimeUntilTidy"), on); }
+    bool getPin() const { return boolSetting(QStringLiteral("PinPanel"), false); }
+    void setPin(bool on) { setBool(QStringLiteral("PinPanel"), on); }
+    quint32 getDateFilter() const { return uintSetting(QStringLiteral("ModifiedDateFilter"), 0); }
+    void setDateFilter(quint32 filter) { setUInt(QStringLiteral("ModifiedDateFilter"), filter); }
     // Verbose output is switched off in this build: the getter ignores the stored value.
     bool getVerboseOutput() const { return false; }
-    void setVerboseOutput(bool on) { setBool(u"VerboseOutput", on); }
+    void setVerboseOutput(bool on) { setBool(QStringLiteral("VerboseOutput"), on); }
 
     QString getTidyIntervalText() const;
 
@@ -156,10 +177,11 @@ public:
     static QString getOSVersion();
 
 private:
-    bool boolSetting(QStringView key, bool fallback) const;
-    void setBool(QStringView key, bool value);
-    quint32 uintSetting(QStringView key, quint32 fallback) const;
-    void setUInt(QStringView key, quint32 value);
+    // Keys come as literals, so no string is built for a lookup.
+    bool boolSetting(const QString &key, bool fallback) const;
+    void setBool(const QString &key, bool value);
+    quint32 uintSetting(const QString &key, quint32 fallback) const;
+    void setUInt(const QString &key, quint32 value);
 
     PropertyDictionary m_saveData;
     QuickFilterList m_quickFilters;

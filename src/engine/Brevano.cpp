@@ -158,19 +158,30 @@ bool Brevano::filePassesDateFilter(const QString &path) const
                                       m_services.scheduler.now());
 }
 
-QStringList Brevano::desktopEntries() const
+void Brevano::forEachDesktopEntry(const std::function<bool(const QString &)> &visit) const
 {
     const QString desktop = QDir::cleanPath(getDesktopFolder());
     const QString shadow = QDir::cleanPath(getTargetFilename());
     if (desktop == QDir::cleanPath(QDir::homePath()) || desktop == u"/" || desktop == shadow) {
         qWarning("Brevano: not tidying %s: it is the home folder or the Shadow Desktop itself",
                  qPrintable(desktop));
-        return {};
+        return;
     }
-    QStringList entries = DirectoryListing::entries(desktop);
-    // A Shadow Desktop kept on the Desktop is never moved into itself.
-    entries.removeIf(
-        [&](const QString &entry) { return shadow == entry || shadow.startsWith(entry + u'/'); });
+    DirectoryListing::forEach(desktop, [&](const QString &entry, unsigned char) {
+        // A Shadow Desktop kept on the Desktop is never moved into itself.
+        if (shadow == entry || shadow.startsWith(entry + u'/'))
+            return true;
+        return visit(entry);
+    });
+}
+
+QStringList Brevano::desktopEntries() const
+{
+    QStringList entries;
+    forEachDesktopEntry([&entries](const QString &entry) {
+        entries.append(entry);
+        return true;
+    });
     return entries;
 }
 
@@ -194,15 +205,13 @@ void Brevano::performTidyFromRequest(int request)
 
     // Is there anything to move at all? The change tests stay off here.
     bool anyCandidate = false;
-    for (const QString &entry : desktopEntries()) {
+    forEachDesktopEntry([&](const QString &entry) {
         const ItemInfo::Facts facts = m_services.itemInfo.facts(entry);
-        if (facts.flags & ItemInfo::Invisible)
-            continue;
-        if (shouldIgnoreFile(entry, facts, true, false) == CandidateSelector::CandidateMove) {
-            anyCandidate = true;
-            break;
-        }
-    }
+        if (!(facts.flags & ItemInfo::Invisible))
+            anyCandidate =
+                shouldIgnoreFile(entry, facts, true, false) == CandidateSelector::CandidateMove;
+        return !anyCandidate;
+    });
     if (!anyCandidate) {
         if (notificationsAllow(m_data.getGrowlBeforeTidy()) &&
             !m_data.getGrowlBeforeTidyOnlyIfFiles())

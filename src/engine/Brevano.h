@@ -95,6 +95,8 @@ public:
     // folder or holds the Shadow Desktop itself: tidying those would move the
     // user's whole home or the Shadow Desktop into itself.
     QStringList desktopEntries() const;
+    // The same entries one at a time; visit returns false to stop the listing.
+    void forEachDesktopEntry(const std::function<bool(const QString &path)> &visit) const;
 
     // ---- the tidy ----
     void performTidyFromRequest(int request);
