@@ -34,7 +34,7 @@ struct BackgroundFileListBuilder::Shared
 
     void run();
     void listFolder(const QString &folder, bool recursive);
-    void add(const QString &path, bool isFolder);
+    void add(QString &&path, bool isFolder);
     bool passesFilter(const QString &path) const;
     void update();
     void deliver(const QStringList &paths, bool completed);
@@ -129,7 +129,7 @@ void BackgroundFileListBuilder::Shared::run()
 // package test.
 void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool recursive)
 {
-    DirectoryListing::forEach(folder, [this, recursive](const QString &path, unsigned char type) {
+    DirectoryListing::forEach(folder, [this, recursive](QString &&path, unsigned char type) {
         if (requestTermination)
             return false;
         // A reported folder needs only the package test; an unknown type is looked up.
@@ -141,7 +141,7 @@ void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool r
         if (folderEntry && recursive)
             listFolder(path, true);
         else
-            add(path, folderEntry);
+            add(std::move(path), folderEntry);
         return true;
     });
 }
@@ -153,11 +153,11 @@ bool BackgroundFileListBuilder::Shared::passesFilter(const QString &path) const
     return filterPassesAll || filter->filePassesFilter(path, QDateTime::currentDateTimeUtc());
 }
 
-void BackgroundFileListBuilder::Shared::add(const QString &path, bool isFolder)
+void BackgroundFileListBuilder::Shared::add(QString &&path, bool isFolder)
 {
     if (requestTermination || !passesFilter(path))
         return;
-    (isFolder ? folders : files).append(path);
+    (isFolder ? folders : files).append(std::move(path));
     update();
 }
 

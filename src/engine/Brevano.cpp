@@ -167,7 +167,7 @@ void Brevano::forEachDesktopEntry(const std::function<bool(const QString &)> &vi
                  qPrintable(desktop));
         return;
     }
-    DirectoryListing::forEach(desktop, [&](const QString &entry, unsigned char) {
+    DirectoryListing::forEach(desktop, [&](QString &&entry, unsigned char) {
         // A Shadow Desktop kept on the Desktop is never moved into itself.
         if (shadow == entry || shadow.startsWith(entry + u'/'))
             return true;

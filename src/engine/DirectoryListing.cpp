@@ -25,7 +25,7 @@ QString DirectoryListing::joinedPath(const QString &prefix, const char *name)
 }
 
 void DirectoryListing::forEach(const QString &folder,
-                               const std::function<bool(const QString &, unsigned char)> &visit)
+                               const std::function<bool(QString &&, unsigned char)> &visit)
 {
     DIR *directory = ::opendir(QFile::encodeName(folder).constData());
     if (!directory)
@@ -44,8 +44,8 @@ void DirectoryListing::forEach(const QString &folder,
 QStringList DirectoryListing::entries(const QString &folder)
 {
     QStringList paths;
-    forEach(folder, [&paths](const QString &path, unsigned char) {
-        paths.append(path);
+    forEach(folder, [&paths](QString &&path, unsigned char) {
+        paths.append(std::move(path));
         return true;
     });
     return paths;

@@ -14,7 +14,7 @@ public:
     // file system reports (DT_UNKNOWN where it reports none); visit returns
     // false to stop.
     static void forEach(const QString &folder,
-                        const std::function<bool(const QString &path, unsigned char type)> &visit);
+                        const std::function<bool(QString &&path, unsigned char type)> &visit);
     // prefix + a file name from the file system, in one allocation.
     static QString joinedPath(const QString &prefix, const char *name);
 };
