@@ -76,6 +76,13 @@ echo "  after the last tidy: $moved files in the Shadow Desktop, $left on the De
 ours=$("$engine" menu "$work/tree" 9 | cut -d' ' -f1)
 report menu-tree-100000-files "$ours" 0.05 1
 
+# The data file: read and write a large one (50,000 ignore entries) against
+# libplist's converter doing the same.
+python3 "$here/make_data_file.py" 50000 "$work/Brevano.data"
+ours=$(median_of "$build/bench/bench_plist_convert $work/Brevano.data $work/ours.plist")
+ref=$(median_of "plistutil -i $work/Brevano.data -o $work/theirs.plist -f xml")
+report data-file-50000-entries "$ours" "$ref" -
+
 # 5. The tray application: start-up, memory, idle wake-ups.
 source "$here/../scripts/xvfb.sh"
 start_xvfb
