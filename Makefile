@@ -2,11 +2,12 @@
 BUILD_DIR ?= build
 FUZZ_DIR ?= build-fuzz
 BENCH_DIR ?= build-bench
+SANITIZE_DIR ?= build-asan
 BUILD_TYPE ?= RelWithDebInfo
 SECONDS ?= 60
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build run install test bench fuzz format clean
+.PHONY: all deps configure build run install test sanitize bench fuzz format clean
 PREFIX ?= /usr/local
 
 all: build
@@ -36,6 +37,15 @@ test:
 	@$(MAKE) --no-print-directory build
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
+# Every test again, built with AddressSanitizer and UBSan.
+sanitize:
+	@scripts/install-deps.sh build test
+	cmake -S . -B $(SANITIZE_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_CXX_FLAGS="-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined" \
+	  -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=address,undefined"
+	cmake --build $(SANITIZE_DIR) -j $(JOBS)
+	cd $(SANITIZE_DIR) && ASAN_OPTIONS=detect_leaks=0 ctest --output-on-failure -j $(JOBS)
+
 bench:
 	@scripts/install-deps.sh build bench
 	@$(MAKE) --no-print-directory build BUILD_DIR=$(BENCH_DIR) BUILD_TYPE=Release
@@ -52,4 +62,4 @@ format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
 
 clean:
-	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(BENCH_DIR)
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(BENCH_DIR) $(SANITIZE_DIR)
