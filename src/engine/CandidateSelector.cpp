@@ -50,7 +50,7 @@ bool CandidateSelector::getRecentChangesInFolder(const QString &folder, const QD
         if (modified && changedRecently(*modified, now))
             return true;
         // Deeper changes do not count; the walk still visits them, as it always has.
-        if (m_itemInfo.flags(entry) & ItemInfo::Container)
+        if (m_itemInfo.flags(entry, ItemInfo::Container) & ItemInfo::Container)
             getRecentChangesInFolder(entry, now);
     }
     return false;

@@ -150,7 +150,8 @@ void ShadowDesktopMenuBuilder::buildMenu(MenuEntry &entry, const QString &path, 
             break;
         }
         const QString full = path + u'/' + name;
-        if (!BackgroundFileListBuilder::isDirButNotPackage(m_itemInfo.flags(full)))
+        if (!BackgroundFileListBuilder::isDirButNotPackage(
+                m_itemInfo.flags(full, ItemInfo::Container | ItemInfo::Package)))
             continue;
         if (folders.empty()) {
             entry.addSeparator();

@@ -62,11 +62,7 @@ void tst_DunstEndToEnd::clickingTheAnnouncementPostpones()
     FreedesktopNotifier notifier;
     EngineFixture f(&notifier);
     Brevano &engine = f.engine;
-    f.load();
-    engine.setEnabled(true);
-    f.desktopItem("a.txt", 600);
-
-    engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
+    f.announceScheduledTidyOf("a.txt");
     QTRY_COMPARE_WITH_TIMEOUT(dunstctl({"count", "displayed"}), QStringLiteral("1"), 10000);
     f.scheduler.advance(9s);
     dunstctl({"action", "0"}); // "Click here to postpone", within the ten seconds

@@ -144,11 +144,7 @@ void tst_Notifier::clickRunsTheEngineAction()
     FreedesktopNotifier notifier;
     EngineFixture f(&notifier);
     Brevano &engine = f.engine;
-    f.load();
-    engine.setEnabled(true);
-    f.desktopItem("a.txt", 600);
-
-    engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
+    f.announceScheduledTidyOf("a.txt");
     QVERIFY(engine.hasPendingTidy());
     const uint announcement = m_server->listed().last();
     QCOMPARE(m_server->received().last().summary, QStringLiteral("Scheduled Tidy Will Start"));

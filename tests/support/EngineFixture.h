@@ -69,6 +69,14 @@ struct EngineFixture
         engine.linkSaveData(data.saveData());
         data.setTidyStatusSource(&engine);
     }
+    // An enabled engine announcing a scheduled tidy of one settled Desktop item.
+    void announceScheduledTidyOf(const QString &name)
+    {
+        load();
+        engine.setEnabled(true);
+        desktopItem(name, 600);
+        engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
+    }
     void writeDataFile(const PropertyDictionary &root) const
     {
         sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"),
