@@ -21,6 +21,7 @@ struct BackgroundFileListBuilder::Shared
     QString shadowDesktopRoot;
     const ItemInfo *itemInfo = nullptr;
     MonotonicClock clock;
+    std::function<void()> entryHook;
     QPointer<BackgroundFileListBuilder> builder; // read on the builder's thread only
     std::atomic<bool> requestTermination{false};
     std::atomic<bool> taskRunning{false};
@@ -67,6 +68,11 @@ BackgroundFileListBuilder::~BackgroundFileListBuilder()
 void BackgroundFileListBuilder::setClockForTesting(MonotonicClock clock)
 {
     m_shared->clock = std::move(clock);
+}
+
+void BackgroundFileListBuilder::setEntryHookForTesting(std::function<void()> hook)
+{
+    m_shared->entryHook = std::move(hook);
 }
 
 static std::atomic<int> g_runningWorkers{0};
@@ -130,6 +136,8 @@ void BackgroundFileListBuilder::Shared::run()
 void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool recursive)
 {
     DirectoryListing::forEach(folder, [this, recursive](QString &&path, unsigned char type) {
+        if (entryHook)
+            entryHook();
         if (requestTermination)
             return false;
         // A reported folder needs only the package test; an unknown type is looked up.

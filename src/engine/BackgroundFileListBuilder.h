@@ -31,6 +31,9 @@ public:
     ~BackgroundFileListBuilder() override;
 
     void setClockForTesting(MonotonicClock clock);
+    // Test hook: called on the worker before each entry is looked at; set it
+    // before starting.
+    void setEntryHookForTesting(std::function<void()> hook);
     void startBackgroundTask();
     // Asks the worker to stop at its next entry; returns at once.
     void stopBackgroundTask();

@@ -133,45 +133,80 @@ void tst_FileListBuilder::partialListsAreThrottled()
         QVERIFY(push.first().toStringList().size() > previous); // each a growing snapshot
         previous = push.first().toStringList().size();
     }
-    // A real clock with a quick listing: the empty push and the final list only.
-    int partials = 0;
-    list(m_root + "/many", nullptr, &partials);
-    QCOMPARE(partials, 1);
+    // A clock that stands still: the empty push and the final list only.
+    BackgroundFileListBuilder still(m_root + "/many", nullptr, QString(), m_root, m_itemInfo);
+    still.setClockForTesting([] { return qint64(0); });
+    QSignalSpy stillUpdated(&still, &BackgroundFileListBuilder::fileListUpdated);
+    QSignalSpy stillCompleted(&still, &BackgroundFileListBuilder::fileListCompleted);
+    still.startBackgroundTask();
+    QVERIFY(stillCompleted.wait(10000));
+    QCOMPARE(stillUpdated.count(), 1);
 }
+
+// Holds the worker at its first entry until the test lets it go on.
+struct WorkerGate
+{
+    QSemaphore reached;
+    QSemaphore released;
+    std::atomic<bool> first{true};
+    std::function<void()> hook()
+    {
+        return [this] {
+            if (first.exchange(false)) {
+                reached.release();
+                released.acquire();
+            }
+        };
+    }
+};
 
 void tst_FileListBuilder::cancelledListingStillCompletes()
 {
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 20; ++i)
         m_sandbox->write(QStringLiteral("Shadow/big/f%1").arg(i), "");
     BackgroundFileListBuilder builder(m_root + "/big", nullptr, QString(), m_root, m_itemInfo);
+    WorkerGate gate;
+    builder.setEntryHookForTesting(gate.hook());
     QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
     builder.startBackgroundTask();
+    gate.reached.acquire();
+    QVERIFY(builder.isRunning());
     builder.stopBackgroundTask();
+    gate.released.release();
     QVERIFY(completed.wait(10000));
-    QVERIFY(completed.first().first().toStringList().size() < 2000);
+    QCOMPARE(completed.first().first().toStringList(), QStringList{}); // stopped at its first entry
     QVERIFY(!builder.isRunning());
 }
 
 void tst_FileListBuilder::nothingReachesADeletedBuilder()
 {
-    for (int i = 0; i < 3000; ++i)
+    for (int i = 0; i < 20; ++i)
         m_sandbox->write(QStringLiteral("Shadow/big/f%1").arg(i), "");
-    int deliveries = 0;
-    {
-        QObject receiver;
-        auto *builder =
-            new BackgroundFileListBuilder(m_root + "/big", nullptr, QString(), m_root, m_itemInfo);
-        connect(builder, &BackgroundFileListBuilder::fileListCompleted, &receiver,
-                [&] { ++deliveries; });
-        connect(builder, &BackgroundFileListBuilder::fileListUpdated, &receiver,
-                [&] { ++deliveries; });
-        builder->startBackgroundTask();
-        delete builder; // while its thread still runs
-    }
-    // Let the detached worker finish, then run everything it posted.
+    // Two listings report to one receiver; the one whose builder is deleted
+    // while its worker runs must deliver nothing, the other everything.
+    QObject receiver;
+    int deletedDeliveries = 0;
+    int keptCompletions = 0;
+    auto *deleted =
+        new BackgroundFileListBuilder(m_root + "/big", nullptr, QString(), m_root, m_itemInfo);
+    BackgroundFileListBuilder kept(m_root + "/big", nullptr, QString(), m_root, m_itemInfo);
+    connect(deleted, &BackgroundFileListBuilder::fileListCompleted, &receiver,
+            [&] { ++deletedDeliveries; });
+    connect(deleted, &BackgroundFileListBuilder::fileListUpdated, &receiver,
+            [&] { ++deletedDeliveries; });
+    connect(&kept, &BackgroundFileListBuilder::fileListCompleted, &receiver,
+            [&] { ++keptCompletions; });
+    WorkerGate gate;
+    deleted->setEntryHookForTesting(gate.hook());
+    deleted->startBackgroundTask();
+    gate.reached.acquire(); // its first partial list is posted already
+    kept.startBackgroundTask();
+    delete deleted;
+    gate.released.release();
     QTRY_COMPARE(BackgroundFileListBuilder::runningWorkers(), 0);
-    QCoreApplication::processEvents();
-    QCOMPARE(deliveries, 0);
+    QCoreApplication::processEvents(); // runs everything both workers posted
+    QCOMPARE(keptCompletions, 1);
+    QCOMPARE(deletedDeliveries, 0);
 }
 
 QTEST_GUILESS_MAIN(tst_FileListBuilder)
