@@ -260,7 +260,7 @@ void tst_PropertyList::boundsHostileDocuments()
 
 void tst_PropertyList::keepsEveryValueOfAnotherWriter()
 {
-    QFile file(qEnvironmentVariable("BREVANO_TEST_DATA") + u"/plistlib-written.plist");
+    QFile file(qEnvironmentVariable("BREVANO_TEST_DATA") + "/plistlib-written.plist");
     QVERIFY(file.open(QIODevice::ReadOnly));
     const auto value = readXml(file.readAll());
     QVERIFY(value);
