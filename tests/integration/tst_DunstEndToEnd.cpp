@@ -61,18 +61,17 @@ void tst_DunstEndToEnd::clickingTheAnnouncementPostpones()
 {
     FreedesktopNotifier notifier;
     EngineFixture f(&notifier);
-    Brevano &engine = f.engine;
     f.announceScheduledTidyOf("a.txt");
     QTRY_COMPARE_WITH_TIMEOUT(dunstctl({"count", "displayed"}), QStringLiteral("1"), 10000);
     f.scheduler.advance(9s);
     dunstctl({"action", "0"}); // "Click here to postpone", within the ten seconds
-    QTRY_VERIFY_WITH_TIMEOUT(!engine.hasPendingTidy(), 10000);
+    QTRY_VERIFY_WITH_TIMEOUT(!f.engine.hasPendingTidy(), 10000);
     f.scheduler.advance(2s);
     QCOMPARE(f.desktopEntries(), QStringList{"a.txt"});
 
     // Left alone, the announced tidy runs after ten seconds, and only the newest
     // notification stays listed.
-    engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
+    f.engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
     f.scheduler.advance(10s);
     QVERIFY(f.desktopEntries().isEmpty());
     QCOMPARE(f.shadowEntries(), QStringList{"a.txt"});

@@ -33,7 +33,6 @@ private slots:
     void timeRemainingText();
     void timeRemainingTicksInVirtualTime();
     void scheduleDates();
-    void versionTexts();
 };
 
 void tst_BrevanoData::firstRunDefaults()
@@ -41,82 +40,59 @@ void tst_BrevanoData::firstRunDefaults()
     Fixture f;
     f.load();
     QVERIFY(!QFile::exists(f.sandbox.dataFile())); // loading never writes
-    // The defaults that decide what a first tidy does.
-    QCOMPARE(f.data.getOverwriteMode(), 3u);
-    QCOMPARE(f.data.getLastTidyTime(), QDateTime::fromSecsSinceEpoch(0, QTimeZone::utc()));
-    QVERIFY(f.data.getIgnoreHidden() && !f.data.getIgnoreFolders() && !f.data.getGrowlFileMoved());
-    QCOMPARE(f.data.getShadowDesktopPath(), f.sandbox.shadowDesktop());
-    QVERIFY(QFileInfo(f.sandbox.shadowDesktop()).isDir()); // the default folder is made
+    // The default folder is made when asked for, but never stored as a setting.
+    QVERIFY(QFileInfo(f.data.getShadowDesktopPath()).isDir());
     QVERIFY(!f.data.saveData().contains(QStringLiteral("ShadowDesktopPath")));
-    QVERIFY(!f.engine.getEnabled());
 
-    QCOMPARE(f.filterNames(),
-             (QStringList{"All Contents", "Images", "Documents", "Music", "Video", "3D Models",
-                          "Applications", "Web Design", "Packages", "Torrents", "Xcode"}));
+    // "All Contents" leads and is known by its UID; every item is the very record in the store.
     const PropertyArray records = f.data.getQuickFilters();
-    QCOMPARE(records.size(), 11);
     QCOMPARE(f.data.saveData().value(QStringLiteral("QuickFilterAllContents")).toString(),
              records.at(0).toDictionary().value(QStringLiteral("UID")).toString());
     QVERIFY(f.data.isDefaultFilter(*f.data.filterItems().at(0)));
     QVERIFY(!f.data.isDefaultFilter(*f.data.filterItems().at(1)));
-    const PropertyDictionary images = records.at(1).toDictionary();
-    QCOMPARE(images.keys(), (QStringList{"FileExtensions", "Name", "Style", "UID"}));
-    QCOMPARE(images.value(QStringLiteral("Style")).toInt64(), 2);
-    QCOMPARE(images.value(QStringLiteral("UID")).toString().size(), 36);
-    QCOMPARE(images.value(QStringLiteral("UID")).toString(),
-             images.value(QStringLiteral("UID")).toString().toUpper());
-    QCOMPARE(f.data.filterItems().at(10)->getExtensionsText(), QStringLiteral("xcode,m,h,c,cpp"));
-    // Every item is the very record inside the store.
     QVERIFY(
         f.data.filterItems().at(3)->dataDictionary().isSameObject(records.at(3).toDictionary()));
-
+    // The engine starts out watching the Desktop.
     const PropertyDictionary engine = f.data.saveData().value(Brevano::SaveDataKey).toDictionary();
     QCOMPARE(engine.value(QStringLiteral("Locations")).toArray().at(0).toString(),
              f.sandbox.desktop());
-    QCOMPARE(engine.value(QStringLiteral("Rules")).toArray().size(), 0);
 }
 
 void tst_BrevanoData::quickFilterDefaultsFollowTheFile()
 {
-    {
-        // An empty list with the key stays empty.
-        Fixture f;
-        PropertyDictionary root;
-        root.insert(QStringLiteral("QuickFilters"), PropertyArray());
-        root.insert(QStringLiteral("QuickFilterAllContents"), QStringLiteral("GONE"));
-        f.writeDataFile(root);
-        f.load();
-        QCOMPARE(f.data.filterItems().size(), 0);
-        QCOMPARE(f.data.getQuickFilters().size(), 0);
-    }
-    {
-        // Filters but no key: exactly one new "All Contents" at the top.
-        Fixture f;
-        PropertyDictionary mine;
-        mine.insert(QStringLiteral("Name"), QStringLiteral("Mine"));
-        PropertyArray filters;
-        filters.append(mine);
-        PropertyDictionary root;
-        root.insert(QStringLiteral("QuickFilters"), filters);
-        f.writeDataFile(root);
-        f.load();
-        QCOMPARE(f.filterNames(), (QStringList{"All Contents", "Mine"}));
-        QVERIFY(f.data.isDefaultFilter(*f.data.filterItems().at(0)));
-        // Removing and adding keep the two lists parallel.
-        f.data.removeQuickFilter(2);
-        QCOMPARE(f.data.filterItems().size(), 2);
-        f.data.removeQuickFilter(0);
-        QCOMPARE(f.filterNames(), QStringList{"Mine"});
-        QCOMPARE(f.data.getQuickFilters().size(), 1);
-        auto added = std::make_shared<QuickFilterItem>();
-        added->setName(QStringLiteral("New"));
-        added->applyChanges();
-        f.data.addQuickFilter(added);
-        QCOMPARE(
-            f.data.getQuickFilters().at(1).toDictionary().value(QStringLiteral("Name")).toString(),
-            QStringLiteral("New"));
-        QVERIFY(!f.data.isDefaultFilter(*added));
-    }
+    // An empty list with the key stays empty.
+    Fixture empty;
+    PropertyDictionary root;
+    root.insert(QStringLiteral("QuickFilters"), PropertyArray());
+    root.insert(QStringLiteral("QuickFilterAllContents"), QStringLiteral("GONE"));
+    empty.writeDataFile(root);
+    empty.load();
+    QCOMPARE(empty.data.filterItems().size(), 0);
+    QCOMPARE(empty.data.getQuickFilters().size(), 0);
+
+    // Filters but no key: exactly one new "All Contents" at the top.
+    Fixture f;
+    PropertyDictionary mine;
+    mine.insert(QStringLiteral("Name"), QStringLiteral("Mine"));
+    PropertyArray filters;
+    filters.append(mine);
+    root = PropertyDictionary();
+    root.insert(QStringLiteral("QuickFilters"), filters);
+    f.writeDataFile(root);
+    f.load();
+    QCOMPARE(f.filterNames(), (QStringList{"All Contents", "Mine"}));
+    QVERIFY(f.data.isDefaultFilter(*f.data.filterItems().at(0)));
+    // Removing and adding keep the two lists parallel.
+    f.data.removeQuickFilter(2);
+    f.data.removeQuickFilter(0);
+    QCOMPARE(f.filterNames(), QStringList{"Mine"});
+    QCOMPARE(f.data.getQuickFilters().size(), 1);
+    auto added = std::make_shared<QuickFilterItem>();
+    added->setName(QStringLiteral("New"));
+    added->applyChanges();
+    f.data.addQuickFilter(added);
+    QVERIFY(f.data.getQuickFilters().at(1).toDictionary().isSameObject(added->dataDictionary()));
+    QVERIFY(!f.data.isDefaultFilter(*added));
 }
 
 void tst_BrevanoData::gettersConvertWhatTheFileHolds()
@@ -128,7 +104,6 @@ void tst_BrevanoData::gettersConvertWhatTheFileHolds()
     root.insert(QStringLiteral("QuickFiltersMode"), QStringLiteral("2"));
     root.insert(QStringLiteral("GrowlEnabled"), qint64(0));
     root.insert(QStringLiteral("IgnoreFolders"), qint64(1));
-    root.insert(QStringLiteral("VerboseOutput"), true);
     root.insert(QStringLiteral("LastTidy"), QStringLiteral("not a date"));
     root.insert(QStringLiteral("ShadowDesktopPath"), QStringLiteral("relative/folder"));
     f.writeDataFile(root);
@@ -138,20 +113,8 @@ void tst_BrevanoData::gettersConvertWhatTheFileHolds()
     QCOMPARE(f.data.getQuickFiltersMode(), 2u);
     QVERIFY(!f.data.getGrowlEnabled());
     QVERIFY(f.data.getIgnoreFolders());
-    QVERIFY(!f.data.getVerboseOutput());
     QCOMPARE(f.data.getLastTidyTime().toSecsSinceEpoch(), 0);
     QCOMPARE(f.data.getShadowDesktopPath(), f.sandbox.shadowDesktop());
-
-    f.data.setVerboseOutput(true);
-    QCOMPARE(f.data.saveData().value(QStringLiteral("VerboseOutput")), PropertyValue(true));
-    QVERIFY(!f.data.getVerboseOutput());
-    for (quint32 index : {0u, 1u, 2u, 3u, 4u, 5u, 6u, 7u, 8u, 9u, 100u}) {
-        f.data.setTidyFrequency(index);
-        static const QStringList texts{"1 min",  "5 mins",  "10 mins", "30 mins",
-                                       "1 hour", "3 hours", "8 hours", "1 days",
-                                       "7 days", "Never",   "Never"};
-        QCOMPARE(f.data.getTidyIntervalText(), texts.at(qMin<int>(int(index), 10)));
-    }
 }
 
 void tst_BrevanoData::engineDictionaryIsSharedWithTheStore()
@@ -236,7 +199,6 @@ void tst_BrevanoData::malformedFileIsKeptAsBad()
     QCOMPARE(bad.readAll(), broken);
     // Only the first save after the load sets the file aside.
     QVERIFY(f.data.saveDataFile());
-    bad.seek(0);
     QCOMPARE(QFile(f.sandbox.dataFile() + ".bad").size(), broken.size());
 
     // A file whose top level is not a dictionary is malformed too.
@@ -253,17 +215,15 @@ void tst_BrevanoData::statusIcon()
     f.load();
     QSignalSpy spy(&f.data.statusDisplay(), &StatusDisplay::statusIconChanged);
     f.data.setTidyFrequency(4);
-    f.data.updateStatusIcon();
-    QCOMPARE(f.data.currentStatusIcon(), 1);
-    QCOMPARE(spy.takeFirst(),
-             (QVariantList{false, QStringLiteral("Tidy Periodically (Every 1 hour)"),
-                           QStringLiteral("statusIconUserDisabled.png")}));
-    f.engine.setEnabled(true);
-    f.data.updateStatusIcon();
-    QCOMPARE(f.data.currentStatusIcon(), 0);
-    QCOMPARE(spy.takeFirst(),
-             (QVariantList{true, QStringLiteral("Tidy Periodically (Every 1 hour)"),
-                           QStringLiteral("statusIcon.png")}));
+    for (const bool enabled : {false, true}) {
+        f.engine.setEnabled(enabled);
+        f.data.updateStatusIcon();
+        QCOMPARE(f.data.currentStatusIcon(), enabled ? 0 : 1);
+        QCOMPARE(
+            spy.takeFirst(),
+            (QVariantList{enabled, QStringLiteral("Tidy Periodically (Every 1 hour)"),
+                          QString(enabled ? "statusIcon.png" : "statusIconUserDisabled.png")}));
+    }
     f.data.setStatusIcon(2); // stored, nothing else
     QCOMPARE(f.data.currentStatusIcon(), 2);
     QCOMPARE(spy.count(), 0);
@@ -274,8 +234,6 @@ void tst_BrevanoData::timeRemainingText_data()
     QTest::addColumn<qint64>("seconds");
     QTest::addColumn<QString>("text");
     QTest::newRow("zero") << qint64(0) << "0 seconds";
-    QTest::newRow("one") << qint64(1) << "1 seconds";
-    QTest::newRow("59") << qint64(59) << "59 seconds";
     QTest::newRow("60") << qint64(60) << "60 seconds";
     QTest::newRow("61") << qint64(61) << "1 minutes";
     QTest::newRow("90 rounds half to even") << qint64(90) << "2 minutes";
@@ -284,7 +242,6 @@ void tst_BrevanoData::timeRemainingText_data()
     QTest::newRow("3601") << qint64(3601) << "1 hours";
     QTest::newRow("86400") << qint64(86400) << "24 hours";
     QTest::newRow("86401") << qint64(86401) << "1 days";
-    QTest::newRow("7 days") << qint64(7 * 86400) << "7 days";
 }
 
 void tst_BrevanoData::timeRemainingText()
@@ -343,16 +300,6 @@ void tst_BrevanoData::scheduleDates()
     f.data.setTidyFrequency(8);
     f.data.setLastTidyTime(f.scheduler.now());
     QCOMPARE(f.engine.getEarliestTidyDate(), f.scheduler.now().addDays(7));
-}
-
-void tst_BrevanoData::versionTexts()
-{
-    QVERIFY(QRegularExpression(QStringLiteral("^\\d+\\.\\d+\\.\\d+ \\(\\d+\\)$"))
-                .match(BrevanoData::getAppVersion())
-                .hasMatch());
-    const QString os = BrevanoData::getOSVersion();
-    QVERIFY(os == u"Version Unobtainable" ||
-            QRegularExpression(QStringLiteral("^\\d+\\.\\d+\\.\\d+$")).match(os).hasMatch());
 }
 
 QTEST_GUILESS_MAIN(tst_BrevanoData)

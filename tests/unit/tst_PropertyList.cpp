@@ -22,14 +22,6 @@ QByteArray document(const QByteArray &body)
            "</plist>";
 }
 
-QByteArray fixture(const char *name)
-{
-    QFile file(qEnvironmentVariable("BREVANO_TEST_DATA") + u'/' + QLatin1String(name));
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("missing fixture %s", name);
-    return file.readAll();
-}
-
 QDateTime utc(int y, int mo, int d, int h = 0, int mi = 0, int s = 0)
 {
     return QDateTime(QDate(y, mo, d), QTime(h, mi, s), QTimeZone::utc());
@@ -268,7 +260,9 @@ void tst_PropertyList::boundsHostileDocuments()
 
 void tst_PropertyList::keepsEveryValueOfAnotherWriter()
 {
-    const auto value = readXml(fixture("plistlib-written.plist"));
+    QFile file(qEnvironmentVariable("BREVANO_TEST_DATA") + "/plistlib-written.plist");
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const auto value = readXml(file.readAll());
     QVERIFY(value);
     const PropertyDictionary root = value->toDictionary();
     const PropertyDictionary unknown = root.value(QStringLiteral("UnknownNested")).toDictionary();

@@ -1,5 +1,4 @@
 #include "QuickFilterItem.h"
-#include "QuickFilterList.h"
 #include "SandboxHome.h"
 
 #include <QtTest>
@@ -35,7 +34,6 @@ private slots:
     void dateCondition();
     void dateConditionReadsTheFile();
     void registerFileTypesPreparesABuild();
-    void defaultFilterRecords();
 };
 
 void tst_QuickFilters::editingWorksOnACopyUntilApplied()
@@ -43,14 +41,11 @@ void tst_QuickFilters::editingWorksOnACopyUntilApplied()
     PropertyDictionary data = record(QStringLiteral("Images"), {"jpg"});
     data.insert(QStringLiteral("Unknown"), QStringLiteral("kept"));
     QuickFilterItem item(data);
-    QVERIFY(!item.createdItem());
     QVERIFY(item.dataDictionary().isSameObject(data));
     item.setName(QStringLiteral("Pictures"));
     item.setIconSize(3);
-    item.setDateValue(-5);
     QCOMPARE(data.value(QStringLiteral("Name")).toString(), QStringLiteral("Images"));
     QCOMPARE(item.getName(), QStringLiteral("Pictures"));
-    QCOMPARE(item.getDateValue(), -5);
     item.applyChanges();
     QCOMPARE(data.value(QStringLiteral("Name")).toString(), QStringLiteral("Pictures"));
     QCOMPARE(data.value(QStringLiteral("IconSize")).toInt64(), 3);
@@ -65,12 +60,6 @@ void tst_QuickFilters::editingWorksOnACopyUntilApplied()
     copy.setStyle(2);
     QCOMPARE(item.getStyle(), 0u);
     QVERIFY(copy.dataDictionary().isSameObject(data));
-
-    QuickFilterItem created;
-    QVERIFY(created.createdItem());
-    QCOMPARE(created.getDateValue(), 7); // defaults of an empty record
-    QCOMPARE(created.getDateMode(), 0u);
-    QCOMPARE(created.getExtensionsText(), QString());
 }
 
 void tst_QuickFilters::discardDoesNotUndoExtensionEdits()
@@ -230,21 +219,6 @@ void tst_QuickFilters::registerFileTypesPreparesABuild()
     QVERIFY(images.itemList().isEmpty());
     QCOMPARE(images.hiddenCount(), 0u);
     QVERIFY(images.wasLastHidden());
-}
-
-void tst_QuickFilters::defaultFilterRecords()
-{
-    PropertyArray target;
-    target.append(QStringLiteral("placeholder"));
-    const QString uid =
-        QuickFilterList::addDefaultFilter(QStringLiteral("Music"), {"mp3", "wav"}, 0, target, 0);
-    QCOMPARE(target.size(), 2);
-    const PropertyDictionary made = target.at(0).toDictionary();
-    QCOMPARE(made.value(QStringLiteral("UID")).toString(), uid);
-    QCOMPARE(made.keys(), (QStringList{"FileExtensions", "Name", "Style", "UID"}));
-    QuickFilterList::addDefaultFilter(QStringLiteral("Last"), {}, 1, target, -1);
-    QCOMPARE(target.at(2).toDictionary().value(QStringLiteral("Name")).toString(),
-             QStringLiteral("Last"));
 }
 
 QTEST_APPLESS_MAIN(tst_QuickFilters)

@@ -16,7 +16,6 @@ void tst_ShadowDesktopPaths::foldersAndMapping()
     EngineFixture f;
     SandboxHome &sandbox = f.sandbox;
     Brevano &engine = f.engine;
-    BrevanoData &data = f.data;
     // The Desktop comes from the XDG user directories.
     sandbox.write(QStringLiteral(".config/user-dirs.dirs"),
                   "XDG_DESKTOP_DIR=\"$HOME/Schreibtisch\"\n");
@@ -39,22 +38,20 @@ void tst_ShadowDesktopPaths::foldersAndMapping()
     QVERIFY(!engine.fileResidesInShadowDesktopRoot(root + "//Item.txt"));
 
     // Configured with a trailing separator, the exact comparison fails.
-    data.setShadowDesktopPath(sandbox.home() + "/Elsewhere/");
+    f.data.setShadowDesktopPath(sandbox.home() + "/Elsewhere/");
     QVERIFY(!engine.fileResidesInShadowDesktopRoot(sandbox.home() + "/Elsewhere/Item.txt"));
-    data.setShadowDesktopPath(QString());
+    f.data.setShadowDesktopPath(QString());
     QCOMPARE(engine.getTargetFilename(), root);
 }
 
 void tst_ShadowDesktopPaths::configuredFolderIsNeverCreated()
 {
     EngineFixture f;
-    SandboxHome &sandbox = f.sandbox;
-    Brevano &engine = f.engine;
-    BrevanoData &data = f.data;
-    data.setShadowDesktopPath(sandbox.home() + "/Chosen");
-    QCOMPARE(engine.getTargetFilename(QStringLiteral("a")), sandbox.home() + "/Chosen/a");
-    QVERIFY(!QFileInfo::exists(sandbox.home() + "/Chosen"));
-    QVERIFY(!QFileInfo::exists(sandbox.shadowDesktop()));
+    const QString chosen = f.sandbox.home() + "/Chosen";
+    f.data.setShadowDesktopPath(chosen);
+    QCOMPARE(f.engine.getTargetFilename(QStringLiteral("a")), chosen + "/a");
+    QVERIFY(!QFileInfo::exists(chosen));
+    QVERIFY(!QFileInfo::exists(f.sandbox.shadowDesktop()));
 }
 
 void tst_ShadowDesktopPaths::uniqueNames()
