@@ -22,7 +22,7 @@ check() {
 wait_for() { for _ in $(seq 100); do eval "$1" && return 0; sleep 0.1; done; return 1; }
 # What a window of the running Brevano shows, "ROLE<TAB>NAME" a line.
 window_text() { "$here/atspi-window.py" Brevano "$1" 2>/dev/null; }
-shows() { window_text "$1" | grep -qF -- "$2"; } # WINDOW-TITLE TEXT
+shows() { local text; text="$(window_text "$1")" && grep -qF -- "$2" <<<"$text"; } # WINDOW-TITLE TEXT
 # The process that owns a name on the session bus (one our bus started for us).
 bus_name_pid() {
   gdbus call --session --dest org.freedesktop.DBus --object-path /org/freedesktop/DBus \
