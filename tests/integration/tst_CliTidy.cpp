@@ -45,6 +45,7 @@ private slots:
     void dryRunTouchesNothing();
     void clashesByOverwriteMode();
     void browseRestoreTrashEmpty();
+    void onlyPlainNamesAreTaken();
 
 private:
     Result run(const QStringList &args)
@@ -178,12 +179,10 @@ void tst_CliTidy::browseRestoreTrashEmpty()
     QVERIFY(run({"status"}).out.contains("\nitems: 3\n"));
 
     desktopItem("b.txt", 600, "on the desktop");
-    Result r = run({"restore", "a.txt", "b.txt", "Folder/inner.txt", "--ignore"});
+    Result r = run({"restore", "a.txt", "b.txt", "--ignore"});
     QCOMPARE(r.status, 1);
     QCOMPARE(r.out, QStringLiteral("restored a.txt\n"));
     QVERIFY(r.err.contains("not restored b.txt: an item of that name is on the Desktop"));
-    QVERIFY(
-        r.err.contains("not restored Folder/inner.txt: it is not directly in the Shadow Desktop"));
     QCOMPARE(run({"ignore", "list"}).out, m_desktop + "/a.txt\n");
     QCOMPARE(run({"restore", "--all"}).status, 1); // b.txt still clashes
     QVERIFY(QFileInfo(m_desktop + "/Folder/Sub/deep.txt").exists());
@@ -199,6 +198,34 @@ void tst_CliTidy::browseRestoreTrashEmpty()
     QCOMPARE(run({"empty", "--yes"}).status, 0);
     QCOMPARE(entries(m_shadow), QStringList{});
     QCOMPARE(run({"size"}).out, QStringLiteral("Unknown (0 bytes)\n"));
+}
+
+// Names that lead out of the Shadow Desktop, or into a folder of it, are bad
+// usage; nothing is touched, not even the good names given beside them.
+void tst_CliTidy::onlyPlainNamesAreTaken()
+{
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/a.txt", "a");
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/Folder/b.txt", "b");
+    m_sandbox->write(".local/share/Brevano/x", "x");
+    QCOMPARE(run({"set", "TidyFrequency", "2"}).status, 0); // the data file exists
+    const auto before = fingerprint(m_sandbox->home());
+    const QList<QStringList> bad{{"trash", "../Brevano.data"},
+                                 {"restore", "../x"},
+                                 {"trash", "Folder/b.txt"},
+                                 {"trash", ".."},
+                                 {"trash", "."},
+                                 {"restore", "a.txt", ""},
+                                 {"trash", "a.txt", "../x"},
+                                 {"restore", "a.txt", "..", "--ignore"}};
+    for (const QStringList &args : bad) {
+        const Result r = run(args);
+        QVERIFY2(r.status == 2, qPrintable(args.join(' ') + ": " + r.err));
+        const QString named = args.at(1) == u"a.txt" ? args.at(2) : args.at(1);
+        QVERIFY2(r.err.contains('"' + named + '"'), qPrintable(r.err));
+        QCOMPARE(r.out, QString());
+        QCOMPARE(fingerprint(m_sandbox->home()), before);
+    }
+    QCOMPARE(run({"trash", "a.txt"}).status, 0);
 }
 
 QTEST_GUILESS_MAIN(tst_CliTidy)
