@@ -43,6 +43,8 @@ public:
     // is live and already loaded, and nothing is read again.
     void loadStore();
     void setStoreIsLive(bool live) { m_storeIsLive = live; }
+    // True when the running application carries the command out.
+    bool storeIsLive() const { return m_storeIsLive; }
     // Where relative paths on the command line start from.
     QString workingDirectory() const { return m_workingDirectory; }
     void setWorkingDirectory(const QString &folder) { m_workingDirectory = folder; }

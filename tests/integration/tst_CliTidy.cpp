@@ -6,6 +6,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 struct Result
@@ -46,13 +47,18 @@ private slots:
     void clashesByOverwriteMode();
     void browseRestoreTrashEmpty();
     void onlyPlainNamesAreTaken();
+    void statusSaysWhetherAnythingTidies();
 
 private:
-    Result run(const QStringList &args)
+    static QProcessEnvironment environment()
     {
-        QProcess process;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.remove("DBUS_SESSION_BUS_ADDRESS"); // no notification service here
+        return env;
+    }
+    Result run(const QStringList &args, const QProcessEnvironment &env = environment())
+    {
+        QProcess process;
         process.setProcessEnvironment(env);
         process.start(QStringLiteral(BREVANO_BINARY), args);
         if (!process.waitForFinished(30000))
@@ -226,6 +232,34 @@ void tst_CliTidy::onlyPlainNamesAreTaken()
         QCOMPARE(fingerprint(m_sandbox->home()), before);
     }
     QCOMPARE(run({"trash", "a.txt"}).status, 0);
+}
+
+// The next automatic tidy is told only by the running application; without it
+// the line says what starts it.
+void tst_CliTidy::statusSaysWhetherAnythingTidies()
+{
+    QCOMPARE(run({"set", "Enabled", "true"}).status, 0);
+    Result r = run({"status"});
+    QCOMPARE(r.status, 0);
+    QVERIFY2(r.out.contains("\nnext: no automatic tidy while Brevano is not running; "
+                            "automatic tidying needs it running: run \"brevano\" with no "
+                            "arguments in a desktop session, or enable start at login\n"),
+             qPrintable(r.out));
+
+    QProcess app; // the tray application, without a tray host on an offscreen display
+    QProcessEnvironment env = environment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    app.setProcessEnvironment(env);
+    app.start(QStringLiteral(BREVANO_BINARY), QStringList());
+    const QString socket =
+        m_sandbox->home() + "/run/brevano-" + QString::number(::getuid()) + ".socket";
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(socket) || app.state() == QProcess::NotRunning,
+                             60000);
+    QVERIFY2(app.state() == QProcess::Running, app.readAllStandardError().constData());
+    r = run({"status"});
+    app.terminate();
+    QVERIFY(app.waitForFinished(30000));
+    QVERIFY2(r.out.contains("\nnext: Automatic tidy in "), qPrintable(r.out + r.err));
 }
 
 QTEST_GUILESS_MAIN(tst_CliTidy)
