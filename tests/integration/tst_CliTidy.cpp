@@ -1,4 +1,5 @@
 #include "FileTree.h"
+#include "GermanLocale.h"
 #include "SandboxHome.h"
 
 #include <QProcess>
@@ -47,6 +48,7 @@ private slots:
     void clashesByOverwriteMode();
     void browseRestoreTrashEmpty();
     void onlyPlainNamesAreTaken();
+    void sizeKeepsItsPointInAnyLocale();
     void statusSaysWhetherAnythingTidies();
 
 private:
@@ -232,6 +234,21 @@ void tst_CliTidy::onlyPlainNamesAreTaken()
         QCOMPARE(fingerprint(m_sandbox->home()), before);
     }
     QCOMPARE(run({"trash", "a.txt"}).status, 0);
+}
+
+void tst_CliTidy::sizeKeepsItsPointInAnyLocale()
+{
+    GermanLocale german;
+    if (!german.isValid())
+        QSKIP("localedef could not build a German locale");
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/a.bin", QByteArray(1536, 'x'));
+    QProcessEnvironment env = environment();
+    env.insert("LOCPATH", german.path());
+    env.insert("LC_ALL", GermanLocale::Name);
+    env.insert("LANG", GermanLocale::Name);
+    const Result r = run({"size"}, env);
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.out, QStringLiteral("1.5 KB (1536 bytes)\n"));
 }
 
 // The next automatic tidy is told only by the running application; without it

@@ -1,10 +1,13 @@
 #include "AlternateItemWidget.h"
 #include "EngineFixture.h"
+#include "GermanLocale.h"
 #include "KVBrevanoAppDelegate.h"
 #include "LaunchAtLoginController.h"
 #include "MenuRenderer.h"
 #include "RestoreFilesModel.h"
 #include "RestoreFilesWindow.h"
+#include "SizeText.h"
+#include "StatusDisplay.h"
 #include "StatusItemView.h"
 
 #include <QAccessible>
@@ -13,6 +16,8 @@
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <clocale>
 
 using namespace std::chrono_literals;
 
@@ -24,6 +29,7 @@ private slots:
     void launchAtLogin();
     void restoreFilesModel();
     void restoreFilesWindowByKeyboardAndAssistiveTechnology();
+    void sizeTextKeepsItsPointInAnyLocale();
     void alternatesFollowTheModifiers();
     void supportMail();
 };
@@ -164,6 +170,26 @@ void tst_Shell::restoreFilesWindowByKeyboardAndAssistiveTechnology()
     QCOMPARE(f.desktopEntries(), (QStringList{"a.txt", "b.txt", "c.txt"}));
     QCOMPARE(f.shadowEntries(), QStringList{"d.txt"});
     QTRY_VERIFY(window.isNull());
+}
+
+// printf and QLocale would both write "1,5 KB" here.
+void tst_Shell::sizeTextKeepsItsPointInAnyLocale()
+{
+    GermanLocale german;
+    if (!german.isValid())
+        QSKIP("localedef could not build a German locale");
+    qputenv("LOCPATH", german.path().toUtf8());
+    const QByteArray before = std::setlocale(LC_ALL, nullptr);
+    QVERIFY(std::setlocale(LC_ALL, GermanLocale::Name));
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const QStringList texts{SizeText::format(1536),       SizeText::format(1280),
+                            SizeText::format(1048576),    SizeText::format(1572864),
+                            SizeText::format(5368709120), StatusDisplay::timeRemainingText(5400)};
+    std::setlocale(LC_ALL, before.constData());
+    QLocale::setDefault(QLocale::system());
+    qunsetenv("LOCPATH");
+    // 1280 bytes are 1.25 KB: halves round to even, as "%.1f" rounds them.
+    QCOMPARE(texts, (QStringList{"1.5 KB", "1.2 KB", "1024.0 KB", "1.5 MB", "5.0 GB", "2 hours"}));
 }
 
 void tst_Shell::alternatesFollowTheModifiers()
