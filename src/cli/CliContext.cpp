@@ -37,3 +37,17 @@ QString CliContext::shadowPath(const QString &name)
 {
     return m_engine.getTargetFilename() + u'/' + name;
 }
+
+bool CliContext::checkItemNames(const QStringList &names)
+{
+    for (const QString &name : names) {
+        if (name.isEmpty() || name == u"." || name == u".." || name.contains(u'/')) {
+            fail(QStringLiteral("\"%1\" is not the name of an item in the Shadow Desktop; give "
+                                "plain names of items directly in it, without \"/\"")
+                     .arg(name),
+                 BadUsage);
+            return false;
+        }
+    }
+    return true;
+}

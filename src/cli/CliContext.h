@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QTextStream>
 
 class AlertPresenter;
@@ -30,6 +31,10 @@ public:
     AlertPresenter &alerts() { return m_alerts; }
     // name (as given on the command line) inside the Shadow Desktop root.
     QString shadowPath(const QString &name);
+    // Commands that name items take plain names of items directly in the Shadow
+    // Desktop: no "/", not "." or "..", not empty, so that no argument reaches
+    // outside it. Says which argument is not such a name and answers false.
+    bool checkItemNames(const QStringList &names);
     QTextStream &out() { return m_out; }
     QTextStream &err() { return m_err; }
 
@@ -38,6 +43,8 @@ public:
     // is live and already loaded, and nothing is read again.
     void loadStore();
     void setStoreIsLive(bool live) { m_storeIsLive = live; }
+    // True when the running application carries the command out.
+    bool storeIsLive() const { return m_storeIsLive; }
     // Where relative paths on the command line start from.
     QString workingDirectory() const { return m_workingDirectory; }
     void setWorkingDirectory(const QString &folder) { m_workingDirectory = folder; }

@@ -20,7 +20,8 @@ QString IgnoreCommand::help() const
         "them where they are. Absolute paths are taken exactly as written; relative\n"
         "ones are taken from the current folder. add skips (and reports) paths that\n"
         "are not directly on the Desktop and exits 1 when it skipped any; the others\n"
-        "are added all the same.\n");
+        "are added all the same. A path ending in \".\" or \"..\" is bad usage, and\n"
+        "then nothing is added.\n");
 }
 
 // Absolute paths stay as written, since the list compares text exactly.
@@ -50,6 +51,14 @@ int IgnoreCommand::run(CliContext &context, const QStringList &args)
 
 int IgnoreCommand::add(CliContext &context, const QStringList &paths)
 {
+    // ".." or "." after the Desktop's path names a folder, not an item on it.
+    for (const QString &path : paths) {
+        const QString name = path.section(u'/', -1);
+        if (name == u"." || name == u"..")
+            return context.fail(
+                QStringLiteral("\"%1\" is not the path of an item on the Desktop").arg(path),
+                CliContext::BadUsage);
+    }
     context.loadStore();
     const qsizetype skipped = context.data().addIgnoreFiles(paths);
     if (!context.saveStore())

@@ -17,8 +17,10 @@ QString RestoreCommand::help() const
         "Usage: brevano restore NAME... [--ignore]\n"
         "       brevano restore --all [--ignore]\n\n"
         "Moves items that lie directly in the Shadow Desktop back to the Desktop under\n"
-        "their own names. An item of the same name on the Desktop is never replaced:\n"
-        "that restore fails and both stay. Exits 1 when one failed.\n\n"
+        "their own names. NAME is a plain name, without \"/\"; with any other argument\n"
+        "nothing is restored. An item of the same name on the Desktop is never\n"
+        "replaced: that restore fails and both stay. Exits 1 when one failed, 2 for a\n"
+        "bad NAME.\n\n"
         "  --all     every item of the Shadow Desktop\n"
         "  --ignore  add the restored items to the ignore list, so tidies leave them\n");
 }
@@ -32,6 +34,8 @@ int RestoreCommand::run(CliContext &context, const QStringList &args)
         return context.fail(
             QStringLiteral("restore takes NAME... or --all (see brevano restore --help)"),
             CliContext::BadUsage);
+    if (!context.checkItemNames(names))
+        return CliContext::BadUsage;
     context.loadStore();
     Brevano &engine = context.engine();
     QStringList paths;
@@ -50,9 +54,7 @@ int RestoreCommand::run(CliContext &context, const QStringList &args)
         }
         // Say why; the move itself never replaces anything.
         QString reason = QStringLiteral("it could not be moved");
-        if (!engine.fileResidesInShadowDesktopRoot(path))
-            reason = QStringLiteral("it is not directly in the Shadow Desktop");
-        else if (!FileStat::exists(path))
+        if (!FileStat::exists(path))
             reason = QStringLiteral("there is no such item in the Shadow Desktop");
         else if (FileStat::exists(engine.getOriginalPathFromShadowPath(path)))
             reason = QStringLiteral("an item of that name is on the Desktop");

@@ -15,8 +15,10 @@ QString StatusCommand::help() const
 {
     return QStringLiteral("Usage: brevano status\n\n"
                           "Prints five lines: enabled (true or false), frequency (the tidy\n"
-                          "interval), last-tidy (ISO 8601 UTC), next (\"Automatic tidy in ...\")\n"
-                          "and items (how many items lie in the Shadow Desktop).\n");
+                          "interval), last-tidy (ISO 8601 UTC), next (\"Automatic tidy in ...\"\n"
+                          "while the tray application runs; without it nothing tidies on a\n"
+                          "schedule, and the line says how to start it) and items (how many\n"
+                          "items lie in the Shadow Desktop).\n");
 }
 
 int StatusCommand::run(CliContext &context, const QStringList &args)
@@ -26,13 +28,18 @@ int StatusCommand::run(CliContext &context, const QStringList &args)
     context.loadStore();
     const Brevano &engine = context.engine();
     const BrevanoData &data = context.data();
-    const qint64 seconds =
-        std::max<qint64>(0, QDateTime::currentDateTimeUtc().secsTo(engine.getEarliestTidyDate()));
+    // Only the running application tidies on a schedule; without it no tidy is due.
+    QString next = QStringLiteral(
+        "no automatic tidy while Brevano is not running; automatic tidying needs it running: "
+        "run \"brevano\" with no arguments in a desktop session, or enable start at login");
+    if (context.storeIsLive())
+        next = StatusDisplay::nextTidyLine(std::max<qint64>(
+            0, QDateTime::currentDateTimeUtc().secsTo(engine.getEarliestTidyDate())));
     context.out() << "enabled: " << (engine.getEnabled() ? "true" : "false") << '\n'
                   << "frequency: " << data.getTidyIntervalText() << '\n'
                   << "last-tidy: "
                   << data.getLastTidyTime().toUTC().toString(u"yyyy-MM-ddTHH:mm:ssZ") << '\n'
-                  << "next: " << StatusDisplay::nextTidyLine(seconds) << '\n'
+                  << "next: " << next << '\n'
                   << "items: " << DirectoryListing::entries(engine.getTargetFilename()).size()
                   << '\n';
     return CliContext::Success;

@@ -11,9 +11,10 @@ QString TrashCommand::summary() const
 QString TrashCommand::help() const
 {
     return QStringLiteral("Usage: brevano trash NAME...\n\n"
-                          "Moves the named items of the Shadow Desktop (names relative to it) to\n"
-                          "the Trash. An item that cannot be trashed stays where it is. Exits 1\n"
-                          "when one could not be trashed.\n");
+                          "Moves the named items that lie directly in the Shadow Desktop to the\n"
+                          "Trash. NAME is a plain name, without \"/\"; with any other argument\n"
+                          "nothing is trashed. An item that cannot be trashed stays where it is.\n"
+                          "Exits 1 when one could not be trashed, 2 for a bad NAME.\n");
 }
 
 int TrashCommand::run(CliContext &context, const QStringList &args)
@@ -21,6 +22,8 @@ int TrashCommand::run(CliContext &context, const QStringList &args)
     if (args.isEmpty())
         return context.fail(QStringLiteral("trash takes NAME... (see brevano trash --help)"),
                             CliContext::BadUsage);
+    if (!context.checkItemNames(args))
+        return CliContext::BadUsage;
     context.loadStore();
     int status = CliContext::Success;
     for (const QString &name : args) {

@@ -1,19 +1,27 @@
 #include "SizeText.h"
 
-#include <cstdio>
+#include <charconv>
+
+// "%.1f" of value as the C locale writes it, with a "." whatever the user's
+// locale (printf follows LC_NUMERIC, which QCoreApplication sets from the
+// environment); halves round as printf rounds them.
+static QString oneDecimal(double value, QLatin1StringView unit)
+{
+    char text[64];
+    const auto written =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, 1);
+    return QString::fromLatin1(text, written.ptr - text) + u' ' + unit;
+}
 
 QString SizeText::format(quint64 bytes)
 {
-    char text[64];
     if (bytes == 0)
         return QStringLiteral("Unknown");
     if (bytes <= 1024)
-        std::snprintf(text, sizeof text, "%llu bytes", static_cast<unsigned long long>(bytes));
-    else if (bytes <= 1048576)
-        std::snprintf(text, sizeof text, "%.1f KB", double(bytes) / 1024);
-    else if (bytes <= 1073741824)
-        std::snprintf(text, sizeof text, "%.1f MB", double(bytes) / 1048576);
-    else
-        std::snprintf(text, sizeof text, "%.1f GB", double(bytes) / 1073741824);
-    return QString::fromLatin1(text);
+        return QString::number(bytes) + QStringLiteral(" bytes");
+    if (bytes <= 1048576)
+        return oneDecimal(double(bytes) / 1024, QLatin1StringView("KB"));
+    if (bytes <= 1073741824)
+        return oneDecimal(double(bytes) / 1048576, QLatin1StringView("MB"));
+    return oneDecimal(double(bytes) / 1073741824, QLatin1StringView("GB"));
 }

@@ -30,6 +30,8 @@ public:
 
 private:
     void reload();
+    // The list's selection is the ticks; this hands them to the model.
+    void takeTicks();
 
     static QPointer<RestoreFilesWindow> s_open;
     RestoreFilesModel m_model;

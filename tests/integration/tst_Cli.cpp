@@ -171,6 +171,13 @@ void tst_Cli::ignoreCommands()
     QCOMPARE(r.status, 1);
     QVERIFY(r.err.contains("not on the ignore list: " + d + "/never.txt"));
     QVERIFY(!run({"ignore", "list"}).out.contains(u"/a.txt"));
+    // The Desktop's own ".." or "." is no item on it.
+    for (const QString &folder : {d + "/..", d + "/."}) {
+        r = run({"ignore", "add", d + "/b.txt", folder});
+        QCOMPARE(r.status, 2);
+        QVERIFY2(r.err.contains('"' + folder + '"'), qPrintable(r.err));
+    }
+    QVERIFY(!run({"ignore", "list"}).out.contains(u"/."));
     QCOMPARE(run({"ignore"}).status, 2);
     QCOMPARE(run({"ignore", "add"}).status, 2);
     QCOMPARE(run({"ignore", "list", "extra"}).status, 2);

@@ -1,4 +1,5 @@
 #include "FileTree.h"
+#include "GermanLocale.h"
 #include "SandboxHome.h"
 
 #include <QProcess>
@@ -6,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 struct Result
@@ -45,13 +47,20 @@ private slots:
     void dryRunTouchesNothing();
     void clashesByOverwriteMode();
     void browseRestoreTrashEmpty();
+    void onlyPlainNamesAreTaken();
+    void sizeKeepsItsPointInAnyLocale();
+    void statusSaysWhetherAnythingTidies();
 
 private:
-    Result run(const QStringList &args)
+    static QProcessEnvironment environment()
     {
-        QProcess process;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.remove("DBUS_SESSION_BUS_ADDRESS"); // no notification service here
+        return env;
+    }
+    Result run(const QStringList &args, const QProcessEnvironment &env = environment())
+    {
+        QProcess process;
         process.setProcessEnvironment(env);
         process.start(QStringLiteral(BREVANO_BINARY), args);
         if (!process.waitForFinished(30000))
@@ -178,12 +187,10 @@ void tst_CliTidy::browseRestoreTrashEmpty()
     QVERIFY(run({"status"}).out.contains("\nitems: 3\n"));
 
     desktopItem("b.txt", 600, "on the desktop");
-    Result r = run({"restore", "a.txt", "b.txt", "Folder/inner.txt", "--ignore"});
+    Result r = run({"restore", "a.txt", "b.txt", "--ignore"});
     QCOMPARE(r.status, 1);
     QCOMPARE(r.out, QStringLiteral("restored a.txt\n"));
     QVERIFY(r.err.contains("not restored b.txt: an item of that name is on the Desktop"));
-    QVERIFY(
-        r.err.contains("not restored Folder/inner.txt: it is not directly in the Shadow Desktop"));
     QCOMPARE(run({"ignore", "list"}).out, m_desktop + "/a.txt\n");
     QCOMPARE(run({"restore", "--all"}).status, 1); // b.txt still clashes
     QVERIFY(QFileInfo(m_desktop + "/Folder/Sub/deep.txt").exists());
@@ -199,6 +206,77 @@ void tst_CliTidy::browseRestoreTrashEmpty()
     QCOMPARE(run({"empty", "--yes"}).status, 0);
     QCOMPARE(entries(m_shadow), QStringList{});
     QCOMPARE(run({"size"}).out, QStringLiteral("Unknown (0 bytes)\n"));
+}
+
+// Names that lead out of the Shadow Desktop, or into a folder of it, are bad
+// usage; nothing is touched, not even the good names given beside them.
+void tst_CliTidy::onlyPlainNamesAreTaken()
+{
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/a.txt", "a");
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/Folder/b.txt", "b");
+    m_sandbox->write(".local/share/Brevano/x", "x");
+    QCOMPARE(run({"set", "TidyFrequency", "2"}).status, 0); // the data file exists
+    const auto before = fingerprint(m_sandbox->home());
+    const QList<QStringList> bad{{"trash", "../Brevano.data"},
+                                 {"restore", "../x"},
+                                 {"trash", "Folder/b.txt"},
+                                 {"trash", ".."},
+                                 {"trash", "."},
+                                 {"restore", "a.txt", ""},
+                                 {"trash", "a.txt", "../x"},
+                                 {"restore", "a.txt", "..", "--ignore"}};
+    for (const QStringList &args : bad) {
+        const Result r = run(args);
+        QVERIFY2(r.status == 2, qPrintable(args.join(' ') + ": " + r.err));
+        const QString named = args.at(1) == u"a.txt" ? args.at(2) : args.at(1);
+        QVERIFY2(r.err.contains('"' + named + '"'), qPrintable(r.err));
+        QCOMPARE(r.out, QString());
+        QCOMPARE(fingerprint(m_sandbox->home()), before);
+    }
+    QCOMPARE(run({"trash", "a.txt"}).status, 0);
+}
+
+void tst_CliTidy::sizeKeepsItsPointInAnyLocale()
+{
+    GermanLocale german;
+    if (!german.isValid())
+        QSKIP("localedef could not build a German locale");
+    m_sandbox->write(".local/share/Brevano/Shadow Desktop/a.bin", QByteArray(1536, 'x'));
+    QProcessEnvironment env = environment();
+    env.insert("LOCPATH", german.path());
+    env.insert("LC_ALL", GermanLocale::Name);
+    env.insert("LANG", GermanLocale::Name);
+    const Result r = run({"size"}, env);
+    QCOMPARE(r.err, QString());
+    QCOMPARE(r.out, QStringLiteral("1.5 KB (1536 bytes)\n"));
+}
+
+// The next automatic tidy is told only by the running application; without it
+// the line says what starts it.
+void tst_CliTidy::statusSaysWhetherAnythingTidies()
+{
+    QCOMPARE(run({"set", "Enabled", "true"}).status, 0);
+    Result r = run({"status"});
+    QCOMPARE(r.status, 0);
+    QVERIFY2(r.out.contains("\nnext: no automatic tidy while Brevano is not running; "
+                            "automatic tidying needs it running: run \"brevano\" with no "
+                            "arguments in a desktop session, or enable start at login\n"),
+             qPrintable(r.out));
+
+    QProcess app; // the tray application, without a tray host on an offscreen display
+    QProcessEnvironment env = environment();
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    app.setProcessEnvironment(env);
+    app.start(QStringLiteral(BREVANO_BINARY), QStringList());
+    const QString socket =
+        m_sandbox->home() + "/run/brevano-" + QString::number(::getuid()) + ".socket";
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(socket) || app.state() == QProcess::NotRunning,
+                             60000);
+    QVERIFY2(app.state() == QProcess::Running, app.readAllStandardError().constData());
+    r = run({"status"});
+    app.terminate();
+    QVERIFY(app.waitForFinished(30000));
+    QVERIFY2(r.out.contains("\nnext: Automatic tidy in "), qPrintable(r.out + r.err));
 }
 
 QTEST_GUILESS_MAIN(tst_CliTidy)

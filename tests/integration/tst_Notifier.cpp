@@ -33,8 +33,24 @@ public:
         QMutexLocker lock(&m_mutex);
         return m_listed;
     }
+    int capabilityQueries() const
+    {
+        QMutexLocker lock(&m_mutex);
+        return m_capabilityQueries;
+    }
+    void setCapabilities(const QStringList &capabilities)
+    {
+        QMutexLocker lock(&m_mutex);
+        m_capabilities = capabilities;
+    }
 
 public slots:
+    Q_SCRIPTABLE QStringList GetCapabilities()
+    {
+        QMutexLocker lock(&m_mutex);
+        ++m_capabilityQueries;
+        return m_capabilities;
+    }
     Q_SCRIPTABLE uint Notify(const QString &, uint replacesId, const QString &,
                              const QString &summary, const QString &body,
                              const QStringList &actions, const QVariantMap &hints, int)
@@ -61,6 +77,8 @@ private:
     QList<Received> m_received;
     QList<uint> m_listed;
     uint m_nextId = 41; // ids do not start at 1
+    QStringList m_capabilities{"actions", "body", "body-markup"};
+    int m_capabilityQueries = 0;
 };
 
 class tst_Notifier : public QObject
@@ -74,12 +92,35 @@ private slots:
     void clickWithoutActionDoesNothing();
     void withoutAServerNothingHappens();
     void otherThreadIsLogged();
+    void bodyIsEscapedWhereTheServerReadsMarkup();
 
 private:
     void clickOnServer(uint id)
     {
         QMetaObject::invokeMethod(
             m_server, [this, id] { m_server->click(id); }, Qt::BlockingQueuedConnection);
+    }
+    // Exports server on a connection of its own, made on the server thread, and
+    // takes the service name for it (or, with take false, gives the name up).
+    bool serve(FakeNotificationServer *server, const QString &connection, bool take = true)
+    {
+        bool done = false;
+        QMetaObject::invokeMethod(
+            server,
+            [&] {
+                QDBusConnection bus =
+                    QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection);
+                if (!take) {
+                    done = bus.unregisterService(FreedesktopNotifier::Service);
+                    return;
+                }
+                bus.registerObject(FreedesktopNotifier::Path, server,
+                                   QDBusConnection::ExportScriptableSlots |
+                                       QDBusConnection::ExportScriptableSignals);
+                done = bus.registerService(FreedesktopNotifier::Service);
+            },
+            Qt::BlockingQueuedConnection);
+        return done;
     }
 
     QThread m_serverThread;
@@ -94,19 +135,7 @@ void tst_Notifier::initTestCase()
     m_server->moveToThread(&m_serverThread);
     m_serverThread.start();
     // Registered from the server's own thread, where QtDBus makes its helpers.
-    bool registered = false;
-    QMetaObject::invokeMethod(
-        m_server,
-        [this, &registered] {
-            QDBusConnection bus =
-                QDBusConnection::connectToBus(QDBusConnection::SessionBus, "fake-server");
-            registered = bus.registerObject(FreedesktopNotifier::Path, m_server,
-                                            QDBusConnection::ExportScriptableSlots |
-                                                QDBusConnection::ExportScriptableSignals) &&
-                         bus.registerService(FreedesktopNotifier::Service);
-        },
-        Qt::BlockingQueuedConnection);
-    QVERIFY(registered);
+    QVERIFY(serve(m_server, "fake-server"));
 }
 
 void tst_Notifier::cleanupTestCase()
@@ -192,6 +221,46 @@ void tst_Notifier::otherThreadIsLogged()
     delete thread;
     QCOMPARE(m_server->received().last().summary,
              QStringLiteral("From a thread")); // and carried on
+}
+
+// File names are text, never markup: escaped for a server that reads markup in
+// the body, as they are for one that does not. Each server is asked once.
+void tst_Notifier::bodyIsEscapedWhereTheServerReadsMarkup()
+{
+    const QString text = "File 'Tom & \"Jerry\" <1>.txt' could not be moved to Shadow Desktop";
+    const int asked = m_server->capabilityQueries();
+    FreedesktopNotifier notifier;
+    notifier.deliver({"Move File Failed", text, "MoveFailed", {}});
+    notifier.deliver({"a<b>c.txt", "Moved file 'a<b>c.txt' to Shadow Desktop", "MovedFile", {}});
+    QCOMPARE(m_server->received().at(m_server->received().size() - 2).body,
+             QStringLiteral("File &#39;Tom &amp; &quot;Jerry&quot; &lt;1&gt;.txt&#39; could not "
+                            "be moved to Shadow Desktop"));
+    QCOMPARE(m_server->received().last().summary, QStringLiteral("a<b>c.txt")); // plain text
+    QCOMPARE(m_server->capabilityQueries(), asked + 1);
+
+    // Another server takes the name over; it reads no markup.
+    auto *plain = new FakeNotificationServer;
+    plain->setCapabilities({"actions", "body"});
+    plain->moveToThread(&m_serverThread);
+    QVERIFY(serve(m_server, "fake-server", false));
+    QVERIFY(serve(plain, "plain-server"));
+    QTRY_COMPARE(plain->capabilityQueries(), 1); // asked when it took the name
+    notifier.deliver({"Move File Failed", text, "MoveFailed", {}});
+    notifier.deliver({"Moved File", text, "MovedFile", {}});
+    QCOMPARE(plain->received().size(), 2);
+    QCOMPARE(plain->received().last().body, text);
+    QCOMPARE(plain->capabilityQueries(), 1);
+    QCOMPARE(m_server->capabilityQueries(), asked + 1);
+
+    QVERIFY(serve(plain, "plain-server", false));
+    QMetaObject::invokeMethod(
+        plain,
+        [plain] {
+            QDBusConnection::disconnectFromBus("plain-server");
+            delete plain;
+        },
+        Qt::BlockingQueuedConnection);
+    QVERIFY(serve(m_server, "fake-server"));
 }
 
 QTEST_GUILESS_MAIN(tst_Notifier)

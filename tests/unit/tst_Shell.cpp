@@ -1,14 +1,23 @@
 #include "AlternateItemWidget.h"
 #include "EngineFixture.h"
+#include "GermanLocale.h"
 #include "KVBrevanoAppDelegate.h"
 #include "LaunchAtLoginController.h"
 #include "MenuRenderer.h"
 #include "RestoreFilesModel.h"
+#include "RestoreFilesWindow.h"
+#include "SizeText.h"
+#include "StatusDisplay.h"
 #include "StatusItemView.h"
 
+#include <QAccessible>
+#include <QListWidget>
 #include <QMenu>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <clocale>
 
 using namespace std::chrono_literals;
 
@@ -19,6 +28,8 @@ private slots:
     void statusItemIconsAndRightButton();
     void launchAtLogin();
     void restoreFilesModel();
+    void restoreFilesWindowByKeyboardAndAssistiveTechnology();
+    void sizeTextKeepsItsPointInAnyLocale();
     void alternatesFollowTheModifiers();
     void supportMail();
 };
@@ -102,6 +113,83 @@ void tst_Shell::restoreFilesModel()
     model.setAll(true);
     QCOMPARE(model.applyRestoreSettings(false), 2); // the two restored before are gone
     QCOMPARE(f.shadowEntries(), QStringList{});
+}
+
+void tst_Shell::restoreFilesWindowByKeyboardAndAssistiveTechnology()
+{
+    EngineFixture f;
+    f.load();
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "d.txt"})
+        f.sandbox.write(QStringLiteral(".local/share/Brevano/Shadow Desktop/") + name, "x");
+    QPointer<RestoreFilesWindow> window = new RestoreFilesWindow(f.engine);
+    window->show();
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    for (QPushButton *button : window->findChildren<QPushButton *>()) {
+        const bool restore = button->objectName() == u"restoreButton";
+        QCOMPARE(button->isDefault(), restore);
+        QCOMPARE(button->autoDefault(), restore);
+    }
+    for (QWidget *control : window->findChildren<QWidget *>()) {
+        if (qobject_cast<QAbstractButton *>(control) || qobject_cast<QAbstractItemView *>(control))
+            QVERIFY2(
+                !QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name).isEmpty(),
+                qPrintable(control->objectName()));
+    }
+
+    // A screen reader ticks a row through its cell's toggle action, and unticks it.
+    QListWidget *list = window->list();
+    QAccessibleInterface *rows = QAccessible::queryAccessibleInterface(list);
+    const auto toggle = [rows](int row) {
+        rows->child(row)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    };
+    toggle(0);
+    QVERIFY(rows->child(0)->state().checked);
+    toggle(0);
+    toggle(1);
+    QCOMPARE(list->item(0)->checkState(), Qt::Unchecked);
+    QCOMPARE(list->item(1)->checkState(), Qt::Checked);
+    QVERIFY(rows->child(1)->state().checkable);
+    // Space ticks the focused row.
+    QCOMPARE(QApplication::focusWidget(), list);
+    list->setCurrentRow(2, QItemSelectionModel::NoUpdate);
+    QTest::keyClick(list, Qt::Key_Space);
+    QCOMPARE(list->item(2)->checkState(), Qt::Checked);
+    // A click on a box ticks it, once.
+    QStyleOptionViewItem box;
+    box.initFrom(list->viewport());
+    box.rect = list->visualRect(list->model()->index(0, 0));
+    box.features = QStyleOptionViewItem::HasCheckIndicator;
+    const QRect boxRect =
+        list->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &box);
+    QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, boxRect.center());
+    QCOMPARE(list->item(0)->checkState(), Qt::Checked);
+
+    // Return presses Restore, wherever the focus is.
+    QTest::keyClick(list, Qt::Key_Return);
+    QVERIFY(!RestoreFilesWindow::isOpen());
+    QCOMPARE(f.desktopEntries(), (QStringList{"a.txt", "b.txt", "c.txt"}));
+    QCOMPARE(f.shadowEntries(), QStringList{"d.txt"});
+    QTRY_VERIFY(window.isNull());
+}
+
+// printf and QLocale would both write "1,5 KB" here.
+void tst_Shell::sizeTextKeepsItsPointInAnyLocale()
+{
+    GermanLocale german;
+    if (!german.isValid())
+        QSKIP("localedef could not build a German locale");
+    qputenv("LOCPATH", german.path().toUtf8());
+    const QByteArray before = std::setlocale(LC_ALL, nullptr);
+    QVERIFY(std::setlocale(LC_ALL, GermanLocale::Name));
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const QStringList texts{SizeText::format(1536),       SizeText::format(1280),
+                            SizeText::format(1048576),    SizeText::format(1572864),
+                            SizeText::format(5368709120), StatusDisplay::timeRemainingText(5400)};
+    std::setlocale(LC_ALL, before.constData());
+    QLocale::setDefault(QLocale::system());
+    qunsetenv("LOCPATH");
+    // 1280 bytes are 1.25 KB: halves round to even, as "%.1f" rounds them.
+    QCOMPARE(texts, (QStringList{"1.5 KB", "1.2 KB", "1024.0 KB", "1.5 MB", "5.0 GB", "2 hours"}));
 }
 
 void tst_Shell::alternatesFollowTheModifiers()
