@@ -409,11 +409,12 @@ bool Brevano::restoreItemAtPath(const QString &path, bool addToIgnore)
     if (!fileResidesInShadowDesktopRoot(path))
         return false;
     const QString target = getOriginalPathFromShadowPath(path);
-    if (!FileMover::move(path, target).moved())
-        return false;
-    if (addToIgnore)
+    const FileMover::Result result = FileMover::move(path, target);
+    // A copy that landed while part of the item stayed behind is on the
+    // Desktop all the same: the tidy is to leave it there.
+    if (addToIgnore && (result.moved() || result.status == FileMover::Status::Incomplete))
         m_data.addIgnoreFiles({target});
-    return true;
+    return result.moved();
 }
 
 void Brevano::restoreAllFiles(bool addToIgnore)

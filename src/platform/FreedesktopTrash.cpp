@@ -167,6 +167,9 @@ Trash::Result FreedesktopTrash::trash(const QString &path)
         const FileMover::Result moved = FileMover::move(path, target);
         if (moved.moved())
             return {true, target, QString()};
+        // A copy that landed keeps its info file; what stayed is still where it was.
+        if (moved.status == FileMover::Status::Incomplete)
+            return {false, target, moved.message};
         ::unlink(bytes(infoPath).constData());
         if (moved.status != FileMover::Status::TargetExists)
             return {false, QString(), moved.message};

@@ -1,5 +1,7 @@
 #include "EngineFixture.h"
+#include "FileMover.h"
 #include "FileTree.h"
+#include "TmpfsMount.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -22,6 +24,7 @@ class tst_TidyEngine : public QObject
 {
     Q_OBJECT
 private slots:
+    void cleanup() { FileMover::setFaultHookForTesting({}); }
     void verdictsInTheirOrder();
     void onlyDirectChildrenMakeAFolderChange();
     void dateFilter();
@@ -30,6 +33,7 @@ private slots:
     void changingItemsAreRetried();
     void overwriteModes();
     void keepBothSurvivesAClashRace();
+    void whatChangesDuringACopyStays();
     void scheduledTidyAnnouncesAndCanBePostponed();
     void checkTimerSchedule();
     void operationModeAndMasterSwitch();
@@ -265,6 +269,42 @@ void tst_TidyEngine::keepBothSurvivesAClashRace()
     QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Report 2.pdf"), QStringLiteral("theirs"));
     QCOMPARE(readAll(f.sandbox.shadowDesktop() + "/Report 3.pdf"), QStringLiteral("mine"));
     QVERIFY(f.desktopEntries().isEmpty());
+}
+
+// A Shadow Desktop on another file system: items are copied, and what is
+// written into them meanwhile stays where it was, tidying and restoring alike.
+void tst_TidyEngine::whatChangesDuringACopyStays()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    EngineFixture f;
+    f.load();
+    const QString shadow = other.path() + "/Shadow";
+    QDir().mkpath(shadow);
+    f.data.setShadowDesktopPath(shadow);
+    f.desktopItem("Folder/a.txt", 600);
+    f.setAge(f.sandbox.desktop() + "/Folder", 600);
+    f.sandbox.write("Back/b.txt", "b");
+    QVERIFY(FileMover::move(f.sandbox.home() + "/Back", shadow + "/Back").moved());
+    FileMover::setFaultHookForTesting([](const QString &stage, const QString &path) {
+        QFile late(path + "/late.txt");
+        return stage != u"copied" || late.open(QIODevice::WriteOnly);
+    });
+    QSignalSpy processed(&f.engine, &Brevano::tidyItemProcessed);
+    f.engine.performManualTidy();
+    QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Failed);
+    QVERIFY2(processed.first().at(3).toString().contains("Folder/late.txt"),
+             qPrintable(processed.first().at(3).toString()));
+    QCOMPARE(f.notifier.m_delivered.at(1).text,
+             QStringLiteral("File 'Folder' could not be moved to Shadow Desktop"));
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 0 of 1 items found to Shadow Desktop"));
+    QCOMPARE(fingerprint(f.sandbox.desktop() + "/Folder").keys(), (QStringList{".", "/late.txt"}));
+    QCOMPARE(readAll(shadow + "/Folder/a.txt"), QStringLiteral("x"));
+
+    QVERIFY(!f.engine.restoreItemAtPath(shadow + "/Back", true));
+    QCOMPARE(readAll(f.sandbox.desktop() + "/Back/b.txt"), QStringLiteral("b"));
+    QCOMPARE(fingerprint(shadow + "/Back").keys(), (QStringList{".", "/late.txt"}));
 }
 
 void tst_TidyEngine::scheduledTidyAnnouncesAndCanBePostponed()
