@@ -15,8 +15,10 @@ QString TidyCommand::help() const
         "Usage: brevano tidy [--dry-run]\n\n"
         "Moves what lies directly on the Desktop into the Shadow Desktop, as a tidy\n"
         "from the menu does, and sends the notifications the settings allow. Prints\n"
-        "one line per item: \"moved NAME -> TARGET\", \"failed NAME: REASON\" or\n"
-        "\"deferred NAME\" (still being written; tidy again later), then the summary.\n"
+        "one line per item: \"moved NAME -> TARGET\" (with a note in brackets when\n"
+        "something else happened, such as a replaced item kept because the Trash\n"
+        "refused it), \"failed NAME: REASON\" or \"deferred NAME\" (still being\n"
+        "written; tidy again later), then the summary.\n"
         "Hidden items, ignored items and (by the settings) folders and links stay.\n"
         "Exits 1 when a move failed.\n\n"
         "  --dry-run  print what would move, and touch nothing\n");
@@ -37,12 +39,16 @@ int TidyCommand::run(CliContext &context, const QStringList &args)
                      [&](const QString &path, Brevano::ItemResult result, const QString &target,
                          const QString &reason) {
                          const QString name = ShadowDesktopPaths::lastPathComponent(path);
-                         if (result == Brevano::ItemResult::Moved)
-                             out << "moved " << name << " -> " << target << '\n';
-                         else if (result == Brevano::ItemResult::Deferred)
+                         if (result == Brevano::ItemResult::Moved) {
+                             out << "moved " << name << " -> " << target;
+                             if (!reason.isEmpty())
+                                 out << " (" << reason << ')';
+                             out << '\n';
+                         } else if (result == Brevano::ItemResult::Deferred) {
                              out << "deferred " << name << '\n';
-                         else
+                         } else {
                              out << "failed " << name << ": " << reason << '\n';
+                         }
                          anyFailed = anyFailed || result == Brevano::ItemResult::Failed;
                      });
     QObject::connect(&engine, &Brevano::tidySkipped, &receiver, [&] {

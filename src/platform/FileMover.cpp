@@ -467,6 +467,13 @@ FileMover::Result FileMover::move(const QString &source, const QString &target)
     return failed(source, errno);
 }
 
+FileMover::Result FileMover::rename(const QString &source, const QString &target)
+{
+    if (atomicMove(bytes(source).constData(), bytes(target).constData()) == 0)
+        return {Status::Moved, QString()};
+    return failed(source, errno);
+}
+
 void FileMover::setFaultHookForTesting(FaultHook hook)
 {
     g_faultHook = std::move(hook);

@@ -42,6 +42,9 @@ public:
     using FaultHook = std::function<bool(const QString &stage, const QString &path)>;
 
     static Result move(const QString &source, const QString &target);
+    // The same within one file system only: one rename that never replaces
+    // and never copies.
+    static Result rename(const QString &source, const QString &target);
     static void setFaultHookForTesting(FaultHook hook);
     // Test hook: behave as on a file system without a no-replace rename (NFS,
     // 9p, some FUSE), which takes the link-or-mkdir path instead.

@@ -126,7 +126,7 @@ QString FreedesktopTrash::mountTopdir(const QString &path)
     return topdir;
 }
 
-Trash::Result FreedesktopTrash::trash(const QString &path)
+Trash::Result FreedesktopTrash::trashAs(const QString &path, const QString &originalPath)
 {
     struct stat item;
     if (!QDir::isAbsolutePath(path) || !lstatPath(path, item))
@@ -141,9 +141,10 @@ Trash::Result FreedesktopTrash::trash(const QString &path)
         return {false, QString(),
                 QStringLiteral("cannot create %1: %2")
                     .arg(folder->base, QString::fromLocal8Bit(std::strerror(errno)))};
-    const QString pathText =
-        folder->topdir.isEmpty() ? path : QDir(folder->topdir).relativeFilePath(path);
-    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+    const QString pathText = folder->topdir.isEmpty()
+                                 ? originalPath
+                                 : QDir(folder->topdir).relativeFilePath(originalPath);
+    const QString name = originalPath.mid(originalPath.lastIndexOf(u'/') + 1);
 
     for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
         const QString trashName = candidateName(name, attempt);

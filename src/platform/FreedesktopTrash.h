@@ -12,7 +12,7 @@
 class FreedesktopTrash : public Trash
 {
 public:
-    Result trash(const QString &path) override;
+    Result trashAs(const QString &path, const QString &originalPath) override;
 
     static QString homeTrash();
     // The folder of the mount that holds path (its "topdir").

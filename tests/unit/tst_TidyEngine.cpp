@@ -34,6 +34,7 @@ private slots:
     void overwriteModes();
     void keepBothSurvivesAClashRace();
     void whatChangesDuringACopyStays();
+    void replaceNeverLosesTheOldItem();
     void scheduledTidyAnnouncesAndCanBePostponed();
     void checkTimerSchedule();
     void operationModeAndMasterSwitch();
@@ -305,6 +306,50 @@ void tst_TidyEngine::whatChangesDuringACopyStays()
     QVERIFY(!f.engine.restoreItemAtPath(shadow + "/Back", true));
     QCOMPARE(readAll(f.sandbox.desktop() + "/Back/b.txt"), QStringLiteral("b"));
     QCOMPARE(fingerprint(shadow + "/Back").keys(), (QStringList{".", "/late.txt"}));
+}
+
+void tst_TidyEngine::replaceNeverLosesTheOldItem()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    EngineFixture f;
+    f.load();
+    const QString shadow = other.path() + "/Shadow";
+    QDir().mkpath(shadow);
+    f.data.setShadowDesktopPath(shadow);
+    f.data.setOverwriteMode(2);
+    QFile older(shadow + "/Notes.txt");
+    QVERIFY(older.open(QIODevice::WriteOnly) && older.write("older") == 5);
+    older.close();
+    f.desktopItem("Notes.txt", 60, "newer");
+    const auto allEntries = [](const QString &folder) {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                                      QDir::Name);
+    };
+    // The copy into the Shadow Desktop fails: both stay where they were.
+    FileMover::setFaultHookForTesting(
+        [](const QString &stage, const QString &) { return stage != u"copied"; });
+    f.engine.performManualTidy();
+    QCOMPARE(readAll(f.sandbox.desktop() + "/Notes.txt"), QStringLiteral("newer"));
+    QCOMPARE(allEntries(shadow), QStringList{"Notes.txt"});
+    QCOMPARE(readAll(shadow + "/Notes.txt"), QStringLiteral("older"));
+    QCOMPARE(allEntries(other.path() + "/.Trash-" + QString::number(::getuid()) + "/files"),
+             QStringList{});
+    QVERIFY(f.notifier.identifiers().contains("MoveFailed"));
+
+    // The move lands but the Trash refuses the old item: it stays, under a visible name.
+    FileMover::setFaultHookForTesting({});
+    const QString trash = other.path() + "/.Trash-" + QString::number(::getuid());
+    QDir(trash).removeRecursively();
+    QFile blocker(trash); // where that trash would be, a file
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    QSignalSpy processed(&f.engine, &Brevano::tidyItemProcessed);
+    f.engine.performManualTidy();
+    QCOMPARE(allEntries(shadow), (QStringList{"Notes 2.txt", "Notes.txt"}));
+    QCOMPARE(readAll(shadow + "/Notes.txt"), QStringLiteral("newer"));
+    QCOMPARE(readAll(shadow + "/Notes 2.txt"), QStringLiteral("older"));
+    QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Moved);
+    QVERIFY(processed.first().at(3).toString().contains("kept as Notes 2.txt"));
 }
 
 void tst_TidyEngine::scheduledTidyAnnouncesAndCanBePostponed()
