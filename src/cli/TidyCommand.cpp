@@ -3,6 +3,7 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "CliContext.h"
+#include "FileNames.h"
 
 QString TidyCommand::summary() const
 {
@@ -38,9 +39,10 @@ int TidyCommand::run(CliContext &context, const QStringList &args)
     QObject::connect(&engine, &Brevano::tidyItemProcessed, &receiver,
                      [&](const QString &path, Brevano::ItemResult result, const QString &target,
                          const QString &reason) {
-                         const QString name = ShadowDesktopPaths::lastPathComponent(path);
+                         const QString name =
+                             FileNames::display(ShadowDesktopPaths::lastPathComponent(path));
                          if (result == Brevano::ItemResult::Moved) {
-                             out << "moved " << name << " -> " << target;
+                             out << "moved " << name << " -> " << FileNames::display(target);
                              if (!reason.isEmpty())
                                  out << " (" << reason << ')';
                              out << '\n';
@@ -78,7 +80,7 @@ int TidyCommand::dryRun(CliContext &context)
         if (engine.isFileHidden(entry))
             continue;
         const auto assessment = engine.candidates().assess(entry, false, now);
-        const QString name = ShadowDesktopPaths::lastPathComponent(entry);
+        const QString name = FileNames::display(ShadowDesktopPaths::lastPathComponent(entry));
         if (assessment.verdict == CandidateSelector::CandidateDeferred) {
             context.out() << "deferred " << name << '\n';
         } else if (assessment.verdict == CandidateSelector::CandidateMove) {
@@ -88,7 +90,8 @@ int TidyCommand::dryRun(CliContext &context)
                 context.out() << "would fail " << name << ": overwrite mode "
                               << data.getOverwriteMode() << " moves nothing\n";
             else
-                context.out() << "would move " << name << " -> " << target << '\n';
+                context.out() << "would move " << name << " -> " << FileNames::display(target)
+                              << '\n';
         }
     }
     return CliContext::Success;

@@ -3,6 +3,7 @@
 #include "BrevanoData.h"
 #include "DirectoryListing.h"
 #include "FileMover.h"
+#include "FileNames.h"
 #include "FileStat.h"
 #include "FileViewer.h"
 #include "FreedesktopFileViewer.h"
@@ -274,16 +275,17 @@ void Brevano::performTidyNow()
             }
             const OverwriteMover::Outcome outcome =
                 m_mover.move(entry, shadowRoot + u'/' + name, overwriteMode);
+            const QString shownName = FileNames::display(name);
             if (outcome.moved) {
                 ++moved;
                 if (notificationsAllow(m_data.getGrowlFileMoved()))
                     notifyUser(QStringLiteral("Moved File"),
-                               QStringLiteral("Moved file '%1' to Shadow Desktop").arg(name),
+                               QStringLiteral("Moved file '%1' to Shadow Desktop").arg(shownName),
                                QString(), QStringLiteral("MovedFile"));
             } else if (notificationsAllow(m_data.getGrowlFileMoveFailed())) {
                 notifyUser(
                     QStringLiteral("Move File Failed"),
-                    QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(name),
+                    QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(shownName),
                     QString(), QStringLiteral("MoveFailed"));
             }
             emit tidyItemProcessed(entry, outcome.moved ? ItemResult::Moved : ItemResult::Failed,

@@ -1,6 +1,6 @@
 #include "FolderSize.h"
 
-#include <QFile>
+#include "FileNames.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,7 +57,7 @@ private:
 quint64 FolderSize::getFolderSize(const QString &path, const std::optional<QDateTime> &start) const
 {
     struct stat info;
-    const QByteArray bytes = QFile::encodeName(path);
+    const QByteArray bytes = FileNames::encode(path);
     if (::lstat(bytes.constData(), &info) != 0)
         return 0;
     if (!S_ISDIR(info.st_mode))
@@ -72,7 +72,7 @@ quint64 FolderSize::entriesWithinLimit(const QString &path) const
 {
     bool aborted = false;
     quint64 entries = 0;
-    walk(QFile::encodeName(path), m_now(), aborted, entries);
+    walk(FileNames::encode(path), m_now(), aborted, entries);
     return entries;
 }
 

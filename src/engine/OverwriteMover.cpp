@@ -1,6 +1,7 @@
 #include "OverwriteMover.h"
 
 #include "FileMover.h"
+#include "FileNames.h"
 #include "FileStat.h"
 #include "ShadowDesktopPaths.h"
 #include "Trash.h"
@@ -86,8 +87,8 @@ OverwriteMover::Outcome OverwriteMover::replace(const QString &source, const QSt
         QString kept;
         if (moveToFreeName(aside, target, kept).moved())
             return QStringLiteral("%1, and is kept as %2")
-                .arg(why, ShadowDesktopPaths::lastPathComponent(kept));
-        return QStringLiteral("%1, and is left as %2").arg(why, aside);
+                .arg(why, FileNames::display(ShadowDesktopPaths::lastPathComponent(kept)));
+        return QStringLiteral("%1, and is left as %2").arg(why, FileNames::display(aside));
     };
     if (m_beforeMove)
         m_beforeMove(target);

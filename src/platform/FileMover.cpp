@@ -1,6 +1,7 @@
 #include "FileMover.h"
 
-#include <QFile>
+#include "FileNames.h"
+
 #include <QSet>
 #include <QStringList>
 
@@ -26,7 +27,13 @@ bool g_noReplaceRenameUnavailable = false;
 
 QByteArray bytes(const QString &path)
 {
-    return QFile::encodeName(path);
+    return FileNames::encode(path);
+}
+
+// A path as people read it.
+QString shown(const QByteArray &path)
+{
+    return FileNames::display(FileNames::decode(path));
 }
 
 QString errorText(int error)
@@ -184,10 +191,9 @@ public:
         else if (S_ISLNK(info.st_mode))
             ok = copyLink(parent, source, name, target, info, entry);
         else
-            error = QStringLiteral("%1 is neither a file, a folder nor a link")
-                        .arg(QFile::decodeName(source));
+            error = QStringLiteral("%1 is neither a file, a folder nor a link").arg(shown(source));
         if (ok && g_faultHook &&
-            !g_faultHook(QStringLiteral("entry copied"), QFile::decodeName(source)))
+            !g_faultHook(QStringLiteral("entry copied"), FileNames::decode(source)))
             return error = QStringLiteral("stopped by the test hook"), false;
         return ok;
     }
@@ -195,7 +201,7 @@ public:
 private:
     bool fail(const char *format, const QByteArray &path)
     {
-        error = QString::fromLatin1(format).arg(QFile::decodeName(path), errorText(errno));
+        error = QString::fromLatin1(format).arg(shown(path), errorText(errno));
         return false;
     }
 
@@ -347,8 +353,7 @@ struct Leftovers
 void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relative, Leftovers &left)
 {
     const auto unremovable = [&](int error) {
-        left.unremovable.append(
-            QStringLiteral("%1 (%2)").arg(QFile::decodeName(relative), errorText(error)));
+        left.unremovable.append(QStringLiteral("%1 (%2)").arg(shown(relative), errorText(error)));
     };
     struct stat now;
     if (::fstatat(parent, entry.name.constData(), &now, AT_SYMLINK_NOFOLLOW) != 0) {
@@ -357,7 +362,7 @@ void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relati
         return;
     }
     if (!entry.snapshot.unchanged(now))
-        return left.changed.append(QFile::decodeName(relative));
+        return left.changed.append(shown(relative));
     if (entry.snapshot.type != S_IFDIR) {
         if (::unlinkat(parent, entry.name.constData(), 0) != 0)
             unremovable(errno);
@@ -368,7 +373,7 @@ void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relati
     if (!folder.isValid())
         return unremovable(errno);
     if (::fstat(folder.get(), &now) != 0 || !entry.snapshot.sameItem(now))
-        return left.changed.append(QFile::decodeName(relative));
+        return left.changed.append(shown(relative));
     QSet<QByteArray> copied;
     for (const CopiedEntry &child : entry.children) {
         copied.insert(child.name);
@@ -390,7 +395,7 @@ void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relati
     while (const dirent *found = ::readdir(rest)) {
         const QByteArray name(found->d_name);
         if (name != "." && name != ".." && !copied.contains(name))
-            left.changed.append(QFile::decodeName(relative + '/' + name));
+            left.changed.append(shown(relative + '/' + name));
     }
     ::closedir(rest);
 }
@@ -417,12 +422,12 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
 {
     struct stat targetInfo;
     if (::lstat(target.constData(), &targetInfo) == 0)
-        return failed(QFile::decodeName(target), EEXIST);
+        return failed(shown(target), EEXIST);
     const auto [sourceFolder, sourceName] = splitPath(source);
     // The source's folder is held open: what is removed later is removed from it.
     const Descriptor parent(::open(sourceFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parent.isValid())
-        return failed(QFile::decodeName(source), errno);
+        return failed(shown(source), errno);
     const QByteArray partial = temporaryNameBeside(target);
     TreeCopy copy;
     CopiedEntry copied;
@@ -430,14 +435,14 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
         removeTree(partial);
         return {FileMover::Status::Failed, copy.error};
     }
-    if (g_faultHook && !g_faultHook(QStringLiteral("copied"), QFile::decodeName(source))) {
+    if (g_faultHook && !g_faultHook(QStringLiteral("copied"), FileNames::decode(source))) {
         removeTree(partial);
         return {FileMover::Status::Failed, QStringLiteral("stopped by the test hook")};
     }
     if (atomicMove(partial.constData(), target.constData()) != 0) {
         const int renameError = errno;
         removeTree(partial);
-        return failed(QFile::decodeName(target), renameError);
+        return failed(shown(target), renameError);
     }
     // Make the new name durable before the source goes away.
     const auto [targetFolder, targetName] = splitPath(target);
@@ -451,7 +456,7 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
         return {FileMover::Status::Moved, QString()};
     return {FileMover::Status::Incomplete,
             QStringLiteral("copied to %1, but in %2 %3")
-                .arg(QFile::decodeName(target), QFile::decodeName(sourceFolder), left.text())};
+                .arg(shown(target), shown(sourceFolder), left.text())};
 }
 
 } // namespace
@@ -464,14 +469,14 @@ FileMover::Result FileMover::move(const QString &source, const QString &target)
         return {Status::Moved, QString()};
     if (errno == EXDEV)
         return moveAcrossFileSystems(from, to);
-    return failed(source, errno);
+    return failed(FileNames::display(source), errno);
 }
 
 FileMover::Result FileMover::rename(const QString &source, const QString &target)
 {
     if (atomicMove(bytes(source).constData(), bytes(target).constData()) == 0)
         return {Status::Moved, QString()};
-    return failed(source, errno);
+    return failed(FileNames::display(source), errno);
 }
 
 void FileMover::setFaultHookForTesting(FaultHook hook)

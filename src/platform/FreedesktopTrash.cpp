@@ -1,11 +1,10 @@
 #include "FreedesktopTrash.h"
 
 #include "FileMover.h"
+#include "FileNames.h"
 
 #include <QDir>
-#include <QFile>
 #include <QStandardPaths>
-#include <QUrl>
 
 #include <cerrno>
 #include <cstring>
@@ -17,7 +16,7 @@ namespace {
 
 QByteArray bytes(const QString &path)
 {
-    return QFile::encodeName(path);
+    return FileNames::encode(path);
 }
 
 bool lstatPath(const QString &path, struct stat &info)
@@ -93,10 +92,11 @@ QString candidateName(const QString &name, int attempt)
     return hasExtension ? name.left(dot) + number + name.mid(dot) : name + number;
 }
 
+// Path= holds the name's bytes, percent-encoded: they need not be UTF-8.
 bool writeInfo(int file, const QString &pathText)
 {
     const QByteArray text =
-        "[Trash Info]\nPath=" + QUrl::toPercentEncoding(pathText, "/") + "\nDeletionDate=" +
+        "[Trash Info]\nPath=" + bytes(pathText).toPercentEncoding("/") + "\nDeletionDate=" +
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLatin1() +
         "\n";
     return ::write(file, text.constData(), size_t(text.size())) == text.size() &&
@@ -130,11 +130,13 @@ Trash::Result FreedesktopTrash::trashAs(const QString &path, const QString &orig
 {
     struct stat item;
     if (!QDir::isAbsolutePath(path) || !lstatPath(path, item))
-        return {false, QString(), QStringLiteral("%1 does not exist").arg(path)};
+        return {false, QString(),
+                QStringLiteral("%1 does not exist").arg(FileNames::display(path))};
     const auto folder = trashFor(path, item);
     if (!folder)
         return {false, QString(),
-                QStringLiteral("no usable trash on the file system of %1").arg(path)};
+                QStringLiteral("no usable trash on the file system of %1")
+                    .arg(FileNames::display(path))};
     const QString files = folder->base + QStringLiteral("/files");
     const QString info = folder->base + QStringLiteral("/info");
     if (!makeFolder(files) || !makeFolder(info))
@@ -156,13 +158,15 @@ Trash::Result FreedesktopTrash::trashAs(const QString &path, const QString &orig
                 continue;
             return {false, QString(),
                     QStringLiteral("cannot write %1: %2")
-                        .arg(infoPath, QString::fromLocal8Bit(std::strerror(errno)))};
+                        .arg(FileNames::display(infoPath),
+                             QString::fromLocal8Bit(std::strerror(errno)))};
         }
         const bool written = writeInfo(file, pathText);
         ::close(file);
         if (!written) {
             ::unlink(bytes(infoPath).constData());
-            return {false, QString(), QStringLiteral("cannot write %1").arg(infoPath)};
+            return {false, QString(),
+                    QStringLiteral("cannot write %1").arg(FileNames::display(infoPath))};
         }
         const QString target = files + u'/' + trashName;
         const FileMover::Result moved = FileMover::move(path, target);
@@ -175,5 +179,6 @@ Trash::Result FreedesktopTrash::trashAs(const QString &path, const QString &orig
         if (moved.status != FileMover::Status::TargetExists)
             return {false, QString(), moved.message};
     }
-    return {false, QString(), QStringLiteral("no free name in the trash for %1").arg(name)};
+    return {false, QString(),
+            QStringLiteral("no free name in the trash for %1").arg(FileNames::display(name))};
 }

@@ -45,15 +45,16 @@ private slots:
     void dryRunTouchesNothing();
     void clashesByOverwriteMode();
     void browseRestoreTrashEmpty();
+    void namesThatAreNotUtf8();
 
 private:
-    Result run(const QStringList &args)
+    Result run(const QStringList &args, const QString &program = QStringLiteral(BREVANO_BINARY))
     {
         QProcess process;
         QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
         env.remove("DBUS_SESSION_BUS_ADDRESS"); // no notification service here
         process.setProcessEnvironment(env);
-        process.start(QStringLiteral(BREVANO_BINARY), args);
+        process.start(program, args);
         if (!process.waitForFinished(30000))
             qFatal("brevano did not finish");
         return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
@@ -199,6 +200,34 @@ void tst_CliTidy::browseRestoreTrashEmpty()
     QCOMPARE(run({"empty", "--yes"}).status, 0);
     QCOMPARE(entries(m_shadow), QStringList{});
     QCOMPARE(run({"size"}).out, QStringLiteral("Unknown (0 bytes)\n"));
+}
+
+void tst_CliTidy::namesThatAreNotUtf8()
+{
+    const QByteArray name = "caf\xe9.txt"; // Latin-1
+    const QByteArray desktop = QFile::encodeName(m_desktop) + '/' + name;
+    const QByteArray shadow = QFile::encodeName(m_shadow) + '/' + name;
+    struct stat info;
+    const int file = ::open(desktop.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    QVERIFY(file >= 0);
+    const struct timespec times[2] = {{QDateTime::currentSecsSinceEpoch() - 600, 0},
+                                      {QDateTime::currentSecsSinceEpoch() - 600, 0}};
+    QCOMPARE(::futimens(file, times), 0);
+    ::close(file);
+    // Shown with U+FFFD for the byte that is not UTF-8; moved with its bytes.
+    const QString shown = QString::fromUtf8("caf\xef\xbf\xbd.txt");
+    Result r = run({"tidy"});
+    QCOMPARE(r.out, "moved " + shown + " -> " + m_shadow + '/' + shown +
+                        "\nMoved 1 of 1 items found to Shadow Desktop\n");
+    QCOMPARE(::lstat(shadow.constData(), &info), 0);
+    QCOMPARE(run({"list"}).out, shown + '\n');
+    // A shell passes the name's bytes as they are.
+    r = run({"-c", "exec \"$0\" restore \"$(printf 'caf\\351.txt')\"", BREVANO_BINARY},
+            QStringLiteral("/bin/sh"));
+    QCOMPARE(r.status, 0);
+    QCOMPARE(r.out, "restored " + shown + '\n');
+    QCOMPARE(::lstat(desktop.constData(), &info), 0);
+    ::unlink(desktop.constData()); // QTemporaryDir could not remove it
 }
 
 QTEST_GUILESS_MAIN(tst_CliTidy)

@@ -2,6 +2,7 @@
 
 #include "Brevano.h"
 #include "BrevanoData.h"
+#include "FileNames.h"
 #include "FileViewer.h"
 #include "FreedesktopTrash.h"
 #include "LocalItemInfo.h"
@@ -106,7 +107,7 @@ struct EngineFixture
             ms / 1000, (ms % 1000) * 1000000
         };
         const struct timespec times[2] = {time, time};
-        QVERIFY2(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times,
+        QVERIFY2(::utimensat(AT_FDCWD, FileNames::encode(path).constData(), times,
                              AT_SYMLINK_NOFOLLOW) == 0,
                  qPrintable(path));
     }

@@ -35,6 +35,7 @@ private slots:
     void keepBothSurvivesAClashRace();
     void whatChangesDuringACopyStays();
     void replaceNeverLosesTheOldItem();
+    void namesThatAreNotUtf8();
     void scheduledTidyAnnouncesAndCanBePostponed();
     void checkTimerSchedule();
     void operationModeAndMasterSwitch();
@@ -350,6 +351,47 @@ void tst_TidyEngine::replaceNeverLosesTheOldItem()
     QCOMPARE(readAll(shadow + "/Notes 2.txt"), QStringLiteral("older"));
     QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Moved);
     QVERIFY(processed.first().at(3).toString().contains("kept as Notes 2.txt"));
+}
+
+// Names are bytes: one that is not UTF-8 is tidied, restored and trashed like any other.
+void tst_TidyEngine::namesThatAreNotUtf8()
+{
+    EngineFixture f;
+    f.load();
+    f.data.setGrowlFileMoved(true);
+    const QByteArray name = "caf\xe9.txt"; // Latin-1
+    const QByteArray desktop = FileNames::encode(f.sandbox.desktop()) + '/' + name;
+    const QByteArray shadow = FileNames::encode(f.sandbox.shadowDesktop()) + '/' + name;
+    const auto exists = [](const QByteArray &path) {
+        struct stat info;
+        return ::lstat(path.constData(), &info) == 0;
+    };
+    const int file = ::open(desktop.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    QVERIFY(file >= 0);
+    ::close(file);
+    f.setAge(FileNames::decode(desktop), 600);
+
+    f.engine.performManualTidy();
+    QVERIFY(exists(shadow) && !exists(desktop));
+    QCOMPARE(f.notifier.m_delivered.at(1).text,
+             QString::fromUtf8("Moved file 'caf\xef\xbf\xbd.txt' to Shadow Desktop"));
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 1 of 1 items found to Shadow Desktop"));
+
+    QVERIFY(f.engine.restoreItemAtPath(FileNames::decode(shadow), false));
+    QVERIFY(exists(desktop) && !exists(shadow));
+    f.engine.performManualTidy();
+    QVERIFY(f.engine.deleteItemAtPath(FileNames::decode(shadow)));
+    const QByteArray trash = FileNames::encode(f.sandbox.home()) + "/.local/share/Trash/";
+    QVERIFY(exists(trash + "files/" + name));
+    QFile info;
+    QVERIFY(info.open(::open(trash + "info/" + name + ".trashinfo", O_RDONLY), QIODevice::ReadOnly,
+                      QFileDevice::AutoCloseHandle));
+    QVERIFY(info.readAll().contains("\nPath=" + shadow.toPercentEncoding("/") + '\n'));
+    QVERIFY(shadow.toPercentEncoding("/").endsWith("/caf%E9.txt"));
+    // QTemporaryDir could not remove them.
+    ::unlink(trash + "files/" + name);
+    ::unlink(trash + "info/" + name + ".trashinfo");
 }
 
 void tst_TidyEngine::scheduledTidyAnnouncesAndCanBePostponed()
