@@ -21,6 +21,7 @@
 #include "UserNotifier.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFileSystemWatcher>
 
 static const QString kEnabled = QStringLiteral("Enabled");
@@ -163,14 +164,23 @@ void Brevano::forEachDesktopEntry(const std::function<bool(const QString &)> &vi
 {
     const QString desktop = QDir::cleanPath(getDesktopFolder());
     const QString shadow = QDir::cleanPath(getTargetFilename());
-    if (desktop == QDir::cleanPath(QDir::homePath()) || desktop == u"/" || desktop == shadow) {
+    // A Shadow Desktop reached through a link is also where the link leads.
+    const QString realDesktop = QFileInfo(desktop).canonicalFilePath();
+    const QString realShadow = QFileInfo(shadow).canonicalFilePath();
+    if (desktop == QDir::cleanPath(QDir::homePath()) || desktop == u"/" || desktop == shadow ||
+        (!realShadow.isEmpty() && realDesktop == realShadow)) {
         qWarning("Brevano: not tidying %s: it is the home folder or the Shadow Desktop itself",
                  qPrintable(desktop));
         return;
     }
+    const auto holds = [](const QString &item, const QString &folder) {
+        return folder == item || folder.startsWith(item + u'/');
+    };
     DirectoryListing::forEach(desktop, [&](QString &&entry, unsigned char) {
         // A Shadow Desktop kept on the Desktop is never moved into itself.
-        if (shadow == entry || shadow.startsWith(entry + u'/'))
+        if (holds(entry, shadow) ||
+            (!realShadow.isEmpty() &&
+             holds(realDesktop + entry.mid(entry.lastIndexOf(u'/')), realShadow)))
             return true;
         return visit(entry);
     });

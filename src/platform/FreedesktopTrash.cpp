@@ -7,6 +7,7 @@
 #include <QStandardPaths>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -28,6 +29,18 @@ QString parentOf(const QString &path)
 {
     const qsizetype slash = path.lastIndexOf(u'/');
     return slash <= 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+// path with the folder that holds it at its real place, links resolved; the
+// item itself is not followed.
+QString withRealFolder(const QString &path)
+{
+    char *real = ::realpath(bytes(parentOf(path)).constData(), nullptr);
+    if (!real)
+        return path;
+    const QString folder = FileNames::decode(real);
+    ::free(real);
+    return (folder == u"/" ? QString() : folder) + path.mid(path.lastIndexOf(u'/'));
 }
 
 // A folder we may use: a real folder (not a link) that we can write.
@@ -116,7 +129,8 @@ QString FreedesktopTrash::mountTopdir(const QString &path)
     struct stat info;
     if (!lstatPath(path, info))
         return QString();
-    QString topdir = path;
+    // The parents that count are the real ones, not those of a linked folder.
+    QString topdir = withRealFolder(path);
     for (QString parent = parentOf(topdir); topdir != u"/"; parent = parentOf(topdir)) {
         struct stat parentInfo;
         if (!lstatPath(parent, parentInfo) || parentInfo.st_dev != info.st_dev)
@@ -143,9 +157,10 @@ Trash::Result FreedesktopTrash::trashAs(const QString &path, const QString &orig
         return {false, QString(),
                 QStringLiteral("cannot create %1: %2")
                     .arg(folder->base, QString::fromLocal8Bit(std::strerror(errno)))};
-    const QString pathText = folder->topdir.isEmpty()
-                                 ? originalPath
-                                 : QDir(folder->topdir).relativeFilePath(originalPath);
+    const QString pathText =
+        folder->topdir.isEmpty()
+            ? originalPath
+            : QDir(folder->topdir).relativeFilePath(withRealFolder(originalPath));
     const QString name = originalPath.mid(originalPath.lastIndexOf(u'/') + 1);
 
     for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {

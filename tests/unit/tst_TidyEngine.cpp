@@ -42,6 +42,7 @@ private slots:
     void desktopThatIsHomeIsNeverTidied();
     void restoreDeleteEmpty();
     void folderSizeAndMenuActions();
+    void aLinkedShadowDesktopIsFollowedOnce();
 };
 
 void tst_TidyEngine::verdictsInTheirOrder()
@@ -588,6 +589,38 @@ void tst_TidyEngine::folderSizeAndMenuActions()
     QVERIFY(!f.engine.isOptionPressed());
     f.modifierKeys.m_option = true;
     QVERIFY(f.engine.isOptionPressed());
+}
+
+void tst_TidyEngine::aLinkedShadowDesktopIsFollowedOnce()
+{
+    EngineFixture f;
+    f.load();
+    const QString real = f.sandbox.home() + "/Real";
+    f.sandbox.write("Real/one", QByteArray(1000, 'a'));
+    f.sandbox.write("Real/Sub/.two", QByteArray(24, 'b'));
+    QFile::link("/a/long/target/path", real + "/link"); // the link itself, 19 bytes
+    const QString linked = f.sandbox.home() + "/Shadow Desktop link";
+    QVERIFY(QFile::link(real, linked));
+    f.data.setShadowDesktopPath(linked);
+    QCOMPARE(f.engine.getFolderSize(linked, std::nullopt), quint64(1043));
+    QCOMPARE(f.engine.getFolderSize(linked, f.scheduler.now()), quint64(1043));
+
+    // Restored and emptied through the link, which stays.
+    f.engine.restoreAllFiles(false);
+    QCOMPARE(f.desktopEntries(), (QStringList{"one", "Sub"}));
+    QVERIFY(QFileInfo(f.sandbox.desktop() + "/link").isSymLink()); // dangling: not listed
+    f.sandbox.write("Real/three", "3");
+    f.engine.deleteShadowDesktopContents();
+    QVERIFY(QDir(real).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    QVERIFY(QFileInfo(linked).isSymLink());
+    QCOMPARE(readAll(f.sandbox.home() + "/.local/share/Trash/files/three"), QStringLiteral("3"));
+
+    // Linked to a folder on the Desktop, that folder is never tidied into itself.
+    QDir().mkpath(f.sandbox.desktop() + "/Tidied");
+    QFile::remove(linked);
+    QVERIFY(QFile::link(f.sandbox.desktop() + "/Tidied", linked));
+    QVERIFY(!f.engine.desktopEntries().contains(f.sandbox.desktop() + "/Tidied"));
+    QVERIFY(f.engine.desktopEntries().contains(f.sandbox.desktop() + "/one"));
 }
 
 QTEST_GUILESS_MAIN(tst_TidyEngine)
