@@ -78,6 +78,14 @@ struct EngineFixture
         desktopItem(name, 600);
         engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
     }
+    // Uses folder/Shadow (on another file system, say) as the Shadow Desktop.
+    QString shadowDesktopIn(const QString &folder)
+    {
+        const QString shadow = folder + "/Shadow";
+        QDir().mkpath(shadow);
+        data.setShadowDesktopPath(shadow);
+        return shadow;
+    }
     void writeDataFile(const PropertyDictionary &root) const
     {
         sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"),

@@ -282,9 +282,7 @@ void tst_TidyEngine::whatChangesDuringACopyStays()
     REQUIRE_TMPFS(other);
     EngineFixture f;
     f.load();
-    const QString shadow = other.path() + "/Shadow";
-    QDir().mkpath(shadow);
-    f.data.setShadowDesktopPath(shadow);
+    const QString shadow = f.shadowDesktopIn(other.path());
     f.desktopItem("Folder/a.txt", 600);
     f.setAge(f.sandbox.desktop() + "/Folder", 600);
     f.sandbox.write("Back/b.txt", "b");
@@ -316,9 +314,7 @@ void tst_TidyEngine::replaceNeverLosesTheOldItem()
     REQUIRE_TMPFS(other);
     EngineFixture f;
     f.load();
-    const QString shadow = other.path() + "/Shadow";
-    QDir().mkpath(shadow);
-    f.data.setShadowDesktopPath(shadow);
+    const QString shadow = f.shadowDesktopIn(other.path());
     f.data.setOverwriteMode(2);
     QFile older(shadow + "/Notes.txt");
     QVERIFY(older.open(QIODevice::WriteOnly) && older.write("older") == 5);
