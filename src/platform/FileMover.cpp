@@ -445,9 +445,8 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
         return failed(shown(target), renameError);
     }
     // Make the new name durable before the source goes away.
-    const auto [targetFolder, targetName] = splitPath(target);
     if (const Descriptor folder(
-            ::open(targetFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+            ::open(splitPath(target).first.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder.isValid())
         ::fsync(folder.get());
     Leftovers left;
