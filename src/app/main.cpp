@@ -2,6 +2,7 @@
 #include "BrevanoData.h"
 #include "CommandLine.h"
 #include "ConsoleAlertPresenter.h"
+#include "FileNames.h"
 #include "FreedesktopFileViewer.h"
 #include "InstanceChannel.h"
 #include "KVBrevanoAppDelegate.h"
@@ -19,11 +20,13 @@
 
 namespace {
 
+// Arguments may name items whose names are not UTF-8: decoded as file names,
+// they keep their bytes.
 QStringList arguments(int argc, char *argv[])
 {
     QStringList args;
     for (int i = 1; i < argc; ++i)
-        args.append(QString::fromLocal8Bit(argv[i]));
+        args.append(FileNames::decode(argv[i]));
     return args;
 }
 

@@ -3,6 +3,7 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "CliContext.h"
+#include "FileNames.h"
 
 QString TidyCommand::summary() const
 {
@@ -15,8 +16,10 @@ QString TidyCommand::help() const
         "Usage: brevano tidy [--dry-run]\n\n"
         "Moves what lies directly on the Desktop into the Shadow Desktop, as a tidy\n"
         "from the menu does, and sends the notifications the settings allow. Prints\n"
-        "one line per item: \"moved NAME -> TARGET\", \"failed NAME: REASON\" or\n"
-        "\"deferred NAME\" (still being written; tidy again later), then the summary.\n"
+        "one line per item: \"moved NAME -> TARGET\" (with a note in brackets when\n"
+        "something else happened, such as a replaced item kept because the Trash\n"
+        "refused it), \"failed NAME: REASON\" or \"deferred NAME\" (still being\n"
+        "written; tidy again later), then the summary.\n"
         "Hidden items, ignored items and (by the settings) folders and links stay.\n"
         "Exits 1 when a move failed.\n\n"
         "  --dry-run  print what would move, and touch nothing\n");
@@ -36,13 +39,18 @@ int TidyCommand::run(CliContext &context, const QStringList &args)
     QObject::connect(&engine, &Brevano::tidyItemProcessed, &receiver,
                      [&](const QString &path, Brevano::ItemResult result, const QString &target,
                          const QString &reason) {
-                         const QString name = ShadowDesktopPaths::lastPathComponent(path);
-                         if (result == Brevano::ItemResult::Moved)
-                             out << "moved " << name << " -> " << target << '\n';
-                         else if (result == Brevano::ItemResult::Deferred)
+                         const QString name =
+                             FileNames::display(ShadowDesktopPaths::lastPathComponent(path));
+                         if (result == Brevano::ItemResult::Moved) {
+                             out << "moved " << name << " -> " << FileNames::display(target);
+                             if (!reason.isEmpty())
+                                 out << " (" << reason << ')';
+                             out << '\n';
+                         } else if (result == Brevano::ItemResult::Deferred) {
                              out << "deferred " << name << '\n';
-                         else
+                         } else {
                              out << "failed " << name << ": " << reason << '\n';
+                         }
                          anyFailed = anyFailed || result == Brevano::ItemResult::Failed;
                      });
     QObject::connect(&engine, &Brevano::tidySkipped, &receiver, [&] {
@@ -72,7 +80,7 @@ int TidyCommand::dryRun(CliContext &context)
         if (engine.isFileHidden(entry))
             continue;
         const auto assessment = engine.candidates().assess(entry, false, now);
-        const QString name = ShadowDesktopPaths::lastPathComponent(entry);
+        const QString name = FileNames::display(ShadowDesktopPaths::lastPathComponent(entry));
         if (assessment.verdict == CandidateSelector::CandidateDeferred) {
             context.out() << "deferred " << name << '\n';
         } else if (assessment.verdict == CandidateSelector::CandidateMove) {
@@ -82,7 +90,8 @@ int TidyCommand::dryRun(CliContext &context)
                 context.out() << "would fail " << name << ": overwrite mode "
                               << data.getOverwriteMode() << " moves nothing\n";
             else
-                context.out() << "would move " << name << " -> " << target << '\n';
+                context.out() << "would move " << name << " -> " << FileNames::display(target)
+                              << '\n';
         }
     }
     return CliContext::Success;

@@ -3,6 +3,7 @@
 #include "BrevanoData.h"
 #include "DirectoryListing.h"
 #include "FileMover.h"
+#include "FileNames.h"
 #include "FileStat.h"
 #include "FileViewer.h"
 #include "FreedesktopFileViewer.h"
@@ -20,6 +21,7 @@
 #include "UserNotifier.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFileSystemWatcher>
 
 static const QString kEnabled = QStringLiteral("Enabled");
@@ -162,14 +164,23 @@ void Brevano::forEachDesktopEntry(const std::function<bool(const QString &)> &vi
 {
     const QString desktop = QDir::cleanPath(getDesktopFolder());
     const QString shadow = QDir::cleanPath(getTargetFilename());
-    if (desktop == QDir::cleanPath(QDir::homePath()) || desktop == u"/" || desktop == shadow) {
+    // A Shadow Desktop reached through a link is also where the link leads.
+    const QString realDesktop = QFileInfo(desktop).canonicalFilePath();
+    const QString realShadow = QFileInfo(shadow).canonicalFilePath();
+    if (desktop == QDir::cleanPath(QDir::homePath()) || desktop == u"/" || desktop == shadow ||
+        (!realShadow.isEmpty() && realDesktop == realShadow)) {
         qWarning("Brevano: not tidying %s: it is the home folder or the Shadow Desktop itself",
                  qPrintable(desktop));
         return;
     }
+    const auto holds = [](const QString &item, const QString &folder) {
+        return folder == item || folder.startsWith(item + u'/');
+    };
     DirectoryListing::forEach(desktop, [&](QString &&entry, unsigned char) {
         // A Shadow Desktop kept on the Desktop is never moved into itself.
-        if (shadow == entry || shadow.startsWith(entry + u'/'))
+        if (holds(entry, shadow) ||
+            (!realShadow.isEmpty() &&
+             holds(realDesktop + entry.mid(entry.lastIndexOf(u'/')), realShadow)))
             return true;
         return visit(entry);
     });
@@ -274,16 +285,17 @@ void Brevano::performTidyNow()
             }
             const OverwriteMover::Outcome outcome =
                 m_mover.move(entry, shadowRoot + u'/' + name, overwriteMode);
+            const QString shownName = FileNames::display(name);
             if (outcome.moved) {
                 ++moved;
                 if (notificationsAllow(m_data.getGrowlFileMoved()))
                     notifyUser(QStringLiteral("Moved File"),
-                               QStringLiteral("Moved file '%1' to Shadow Desktop").arg(name),
+                               QStringLiteral("Moved file '%1' to Shadow Desktop").arg(shownName),
                                QString(), QStringLiteral("MovedFile"));
             } else if (notificationsAllow(m_data.getGrowlFileMoveFailed())) {
                 notifyUser(
                     QStringLiteral("Move File Failed"),
-                    QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(name),
+                    QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(shownName),
                     QString(), QStringLiteral("MoveFailed"));
             }
             emit tidyItemProcessed(entry, outcome.moved ? ItemResult::Moved : ItemResult::Failed,
@@ -409,11 +421,12 @@ bool Brevano::restoreItemAtPath(const QString &path, bool addToIgnore)
     if (!fileResidesInShadowDesktopRoot(path))
         return false;
     const QString target = getOriginalPathFromShadowPath(path);
-    if (!FileMover::move(path, target).moved())
-        return false;
-    if (addToIgnore)
+    const FileMover::Result result = FileMover::move(path, target);
+    // A copy that landed while part of the item stayed behind is on the
+    // Desktop all the same: the tidy is to leave it there.
+    if (addToIgnore && (result.moved() || result.status == FileMover::Status::Incomplete))
         m_data.addIgnoreFiles({target});
-    return true;
+    return result.moved();
 }
 
 void Brevano::restoreAllFiles(bool addToIgnore)

@@ -182,7 +182,8 @@ public:
     OverwriteMover &mover() { return m_mover; }
 
 signals:
-    // One per item the move pass took up: moved (to target), failed (reason) or deferred.
+    // One per item the move pass took up: moved (to target; reason notes what else
+    // happened, if anything), failed (reason) or deferred.
     void tidyItemProcessed(const QString &path, Brevano::ItemResult result, const QString &target,
                            const QString &reason);
     void tidySkipped();

@@ -1,6 +1,6 @@
 #include "DirectoryListing.h"
 
-#include <QFile>
+#include "FileNames.h"
 
 #include <cstring>
 #include <dirent.h>
@@ -8,13 +8,14 @@
 QString DirectoryListing::joinedPath(const QString &prefix, const char *name)
 {
     // ASCII names (nearly all) are widened straight into one exact allocation;
-    // others go through the file-name decoder.
+    // others go through the file-name decoder, which keeps bytes that are not
+    // UTF-8.
     const size_t length = std::strlen(name);
     bool ascii = true;
     for (size_t i = 0; i < length && ascii; ++i)
         ascii = static_cast<unsigned char>(name[i]) < 0x80;
     if (!ascii)
-        return prefix + QFile::decodeName(name);
+        return prefix + FileNames::decode(QByteArrayView(name, qsizetype(length)));
     QString path(prefix.size() + qsizetype(length), Qt::Uninitialized);
     QChar *out = path.data();
     std::memcpy(out, prefix.constData(), size_t(prefix.size()) * sizeof(QChar));
@@ -27,7 +28,7 @@ QString DirectoryListing::joinedPath(const QString &prefix, const char *name)
 void DirectoryListing::forEach(const QString &folder,
                                const std::function<bool(QString &&, unsigned char)> &visit)
 {
-    DIR *directory = ::opendir(QFile::encodeName(folder).constData());
+    DIR *directory = ::opendir(FileNames::encode(folder).constData());
     if (!directory)
         return;
     const QString prefix = folder.endsWith(u'/') ? folder : folder + u'/';

@@ -1,6 +1,6 @@
 #include "FolderSize.h"
 
-#include <QFile>
+#include "FileNames.h"
 
 #include <algorithm>
 #include <atomic>
@@ -57,8 +57,10 @@ private:
 quint64 FolderSize::getFolderSize(const QString &path, const std::optional<QDateTime> &start) const
 {
     struct stat info;
-    const QByteArray bytes = QFile::encodeName(path);
-    if (::lstat(bytes.constData(), &info) != 0)
+    const QByteArray bytes = FileNames::encode(path);
+    // The folder asked about is followed should it be a link (a Shadow Desktop
+    // configured as one); nothing inside it ever is.
+    if (::stat(bytes.constData(), &info) != 0)
         return 0;
     if (!S_ISDIR(info.st_mode))
         return quint64(info.st_size);
@@ -72,7 +74,7 @@ quint64 FolderSize::entriesWithinLimit(const QString &path) const
 {
     bool aborted = false;
     quint64 entries = 0;
-    walk(QFile::encodeName(path), m_now(), aborted, entries);
+    walk(FileNames::encode(path), m_now(), aborted, entries);
     return entries;
 }
 
@@ -96,8 +98,8 @@ quint64 FolderSize::walk(const QByteArray &root, const std::optional<QDateTime> 
                 queue.done(found);
                 continue;
             }
-            const int fd =
-                ::open(folder->constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            const int fd = ::open(folder->constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC |
+                                                           (*folder == root ? 0 : O_NOFOLLOW));
             DIR *directory = fd < 0 ? nullptr : ::fdopendir(fd);
             if (!directory && fd >= 0)
                 ::close(fd);

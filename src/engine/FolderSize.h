@@ -6,9 +6,10 @@
 #include <functional>
 #include <optional>
 
-// The logical size (bytes of content) of a folder and everything in it, links
-// counted as links. With a start time the walk gives up 0.5 seconds after it,
-// as it enters the next folder.
+// The logical size (bytes of content) of a folder and everything in it. The
+// folder itself may be a link to one; links in it are counted as links. With a
+// start time the walk gives up 0.5 seconds after it, as it enters the next
+// folder.
 class FolderSize
 {
 public:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "FileMover.h"
+
 #include <QString>
 
 #include <functional>
@@ -7,9 +9,10 @@
 class Trash;
 
 // Moves one Desktop item into the Shadow Desktop by the overwrite mode, never
-// losing a file: 1 fails on a taken name; 2 sends the item in the way to the
-// Trash and then moves; 3 takes a free numbered name, and another if that one
-// is taken before the move lands. Other modes move nothing.
+// losing a file: 1 fails on a taken name; 2 moves the item in the way aside,
+// moves the new one in and then sends the old one to the Trash (a failed move
+// puts it back); 3 takes a free numbered name, and another if that one is
+// taken before the move lands. Other modes move nothing.
 class OverwriteMover
 {
 public:
@@ -24,7 +27,7 @@ public:
     {
         bool moved = false;
         QString target; // where the item went, or was meant to go
-        QString reason; // why not, when !moved
+        QString reason; // why not, when !moved; what else happened, when moved
     };
 
     explicit OverwriteMover(Trash &trash) : m_trash(trash) {}
@@ -35,14 +38,19 @@ public:
 
     static constexpr int kMaxNameAttempts = 100;
 
-    // Test hook: runs after a free name was chosen and before the move, where
-    // another program could take that name.
+    // Test hook: runs after a free name was chosen, or the item in the way was
+    // moved aside, and before the move, where another program could take that name.
     void setBeforeMoveHookForTesting(std::function<void(const QString &chosen)> hook)
     {
         m_beforeMove = std::move(hook);
     }
 
 private:
+    Outcome replace(const QString &source, const QString &target) const;
+    // Moves source to the first free numbered name of target; chosen is where.
+    FileMover::Result moveToFreeName(const QString &source, const QString &target,
+                                     QString &chosen) const;
+
     Trash &m_trash;
     std::function<void(const QString &)> m_beforeMove;
 };

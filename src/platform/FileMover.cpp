@@ -1,6 +1,9 @@
 #include "FileMover.h"
 
-#include <QFile>
+#include "FileNames.h"
+
+#include <QSet>
+#include <QStringList>
 
 #include <cerrno>
 #include <cstdio>
@@ -24,7 +27,13 @@ bool g_noReplaceRenameUnavailable = false;
 
 QByteArray bytes(const QString &path)
 {
-    return QFile::encodeName(path);
+    return FileNames::encode(path);
+}
+
+// A path as people read it.
+QString shown(const QByteArray &path)
+{
+    return FileNames::display(FileNames::decode(path));
 }
 
 QString errorText(int error)
@@ -97,136 +106,204 @@ int atomicMove(const char *source, const char *target)
 
 // ---- copying across file systems ----
 
+// What an entry was when it was copied: the source keeps what no longer matches.
+struct Snapshot
+{
+    dev_t device = 0;
+    ino_t inode = 0;
+    mode_t type = 0;
+    off_t size = 0;
+    struct timespec modified = {};
+    struct timespec changed = {};
+
+    static Snapshot of(const struct stat &info)
+    {
+        return {info.st_dev,  info.st_ino,  mode_t(info.st_mode & S_IFMT),
+                info.st_size, info.st_mtim, info.st_ctim};
+    }
+    bool sameItem(const struct stat &info) const
+    {
+        return info.st_dev == device && info.st_ino == inode && (info.st_mode & S_IFMT) == type;
+    }
+    // A folder's own dates change with what is put into it; its entries tell.
+    bool unchanged(const struct stat &info) const
+    {
+        return sameItem(info) &&
+               (type == S_IFDIR ||
+                (info.st_size == size && info.st_mtim.tv_sec == modified.tv_sec &&
+                 info.st_mtim.tv_nsec == modified.tv_nsec &&
+                 info.st_ctim.tv_sec == changed.tv_sec && info.st_ctim.tv_nsec == changed.tv_nsec));
+    }
+};
+
+struct CopiedEntry
+{
+    QByteArray name;
+    Snapshot snapshot;
+    std::vector<CopiedEntry> children; // of a folder
+};
+
+// An open file descriptor, closed when it goes.
+class Descriptor
+{
+public:
+    explicit Descriptor(int fd) : m_fd(fd) {}
+    ~Descriptor()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+    int get() const { return m_fd; }
+    bool isValid() const { return m_fd >= 0; }
+
+private:
+    int m_fd;
+};
+
 bool copyTimes(const char *path, const struct stat &info, bool isLink)
 {
     const struct timespec times[2] = {info.st_atim, info.st_mtim};
     return ::utimensat(AT_FDCWD, path, times, isLink ? AT_SYMLINK_NOFOLLOW : 0) == 0;
 }
 
-bool copyTree(const QByteArray &source, const QByteArray &target, QString &error);
-
-bool copyFile(const QByteArray &source, const QByteArray &target, const struct stat &info,
-              QString &error)
+// Copies trees read relative to folder descriptors, never following a link,
+// and records what each entry was as it was read.
+class TreeCopy
 {
-    const int in = ::open(source.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC);
-    if (in < 0)
-        return error = QStringLiteral("cannot read %1: %2")
-                           .arg(QFile::decodeName(source), errorText(errno)),
-               false;
-    const int out = ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (out < 0) {
-        error =
-            QStringLiteral("cannot create %1: %2").arg(QFile::decodeName(target), errorText(errno));
-        ::close(in);
+public:
+    QString error;
+
+    // source (for texts and the hook) is name in the folder parent.
+    bool copy(int parent, const QByteArray &source, const QByteArray &name,
+              const QByteArray &target, CopiedEntry &entry)
+    {
+        entry.name = name;
+        struct stat info;
+        if (::fstatat(parent, name.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0)
+            return fail("cannot read %1: %2", source);
+        bool ok = false;
+        if (S_ISDIR(info.st_mode))
+            ok = copyFolder(parent, source, name, target, entry);
+        else if (S_ISREG(info.st_mode))
+            ok = copyFile(parent, source, name, target, entry);
+        else if (S_ISLNK(info.st_mode))
+            ok = copyLink(parent, source, name, target, info, entry);
+        else
+            error = QStringLiteral("%1 is neither a file, a folder nor a link").arg(shown(source));
+        if (ok && g_faultHook &&
+            !g_faultHook(QStringLiteral("entry copied"), FileNames::decode(source)))
+            return error = QStringLiteral("stopped by the test hook"), false;
+        return ok;
+    }
+
+private:
+    bool fail(const char *format, const QByteArray &path)
+    {
+        error = QString::fromLatin1(format).arg(shown(path), errorText(errno));
         return false;
     }
-    std::unique_ptr<char[]> buffer(new char[1 << 20]);
-    bool ok = true;
-    for (;;) {
-        const ssize_t got = ::read(in, buffer.get(), 1 << 20);
-        if (got == 0)
-            break;
-        if (got < 0) {
-            if (errno == EINTR)
-                continue;
-            error = QStringLiteral("cannot read %1: %2")
-                        .arg(QFile::decodeName(source), errorText(errno));
-            ok = false;
-            break;
-        }
-        for (ssize_t written = 0; written < got && ok;) {
-            const ssize_t put = ::write(out, buffer.get() + written, size_t(got - written));
-            if (put < 0 && errno == EINTR)
-                continue;
-            if (put <= 0) {
-                error = QStringLiteral("cannot write %1: %2")
-                            .arg(QFile::decodeName(target), errorText(errno));
-                ok = false;
-            } else {
+
+    bool copyFile(int parent, const QByteArray &source, const QByteArray &name,
+                  const QByteArray &target, CopiedEntry &entry)
+    {
+        const Descriptor in(::openat(parent, name.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+        struct stat info;
+        if (!in.isValid() || ::fstat(in.get(), &info) != 0)
+            return fail("cannot read %1: %2", source);
+        entry.snapshot = Snapshot::of(info);
+        const Descriptor out(
+            ::open(target.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+        if (!out.isValid())
+            return fail("cannot create %1: %2", target);
+        std::unique_ptr<char[]> buffer(new char[1 << 20]);
+        for (;;) {
+            const ssize_t got = ::read(in.get(), buffer.get(), 1 << 20);
+            if (got == 0)
+                break;
+            if (got < 0) {
+                if (errno == EINTR)
+                    continue;
+                return fail("cannot read %1: %2", source);
+            }
+            for (ssize_t written = 0; written < got;) {
+                const ssize_t put =
+                    ::write(out.get(), buffer.get() + written, size_t(got - written));
+                if (put < 0 && errno == EINTR)
+                    continue;
+                if (put <= 0)
+                    return fail("cannot write %1: %2", target);
                 written += put;
             }
         }
-        if (!ok)
-            break;
+        // A full disk may only show itself when the data is flushed.
+        if (::fsync(out.get()) != 0 || ::fchmod(out.get(), info.st_mode & 07777) != 0)
+            return fail("cannot write %1: %2", target);
+        return copyTimes(target.constData(), info, false);
     }
-    // A full disk may only show itself when the data is flushed.
-    if (ok && ::fsync(out) != 0) {
-        error =
-            QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
-        ok = false;
-    }
-    ok = ok && ::fchmod(out, info.st_mode & 07777) == 0;
-    if (::close(out) != 0 && ok) {
-        error =
-            QStringLiteral("cannot write %1: %2").arg(QFile::decodeName(target), errorText(errno));
-        ok = false;
-    }
-    ::close(in);
-    return ok && copyTimes(target.constData(), info, false);
-}
 
-bool copyFolder(const QByteArray &source, const QByteArray &target, const struct stat &info,
-                QString &error)
-{
-    if (::mkdir(target.constData(), 0700) != 0)
-        return error = QStringLiteral("cannot create %1: %2")
-                           .arg(QFile::decodeName(target), errorText(errno)),
-               false;
-    DIR *folder = ::opendir(source.constData());
-    if (!folder)
-        return error = QStringLiteral("cannot list %1: %2")
-                           .arg(QFile::decodeName(source), errorText(errno)),
-               false;
-    bool ok = true;
-    errno = 0;
-    while (const dirent *entry = ::readdir(folder)) {
-        const QByteArray name(entry->d_name);
-        if (name == "." || name == "..")
-            continue;
-        if (!copyTree(source + '/' + name, target + '/' + name, error)) {
-            ok = false;
-            break;
+    bool copyFolder(int parent, const QByteArray &source, const QByteArray &name,
+                    const QByteArray &target, CopiedEntry &entry)
+    {
+        const int fd =
+            ::openat(parent, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        struct stat info;
+        if (fd < 0 || ::fstat(fd, &info) != 0) {
+            const int listError = errno;
+            if (fd >= 0)
+                ::close(fd);
+            errno = listError;
+            return fail("cannot list %1: %2", source);
         }
+        entry.snapshot = Snapshot::of(info);
+        DIR *folder = ::fdopendir(fd); // owns fd from here on
+        if (!folder) {
+            ::close(fd);
+            return fail("cannot list %1: %2", source);
+        }
+        if (::mkdir(target.constData(), 0700) != 0) {
+            ::closedir(folder);
+            return fail("cannot create %1: %2", target);
+        }
+        bool ok = true;
         errno = 0;
+        while (const dirent *found = ::readdir(folder)) {
+            const QByteArray child(found->d_name);
+            if (child == "." || child == "..")
+                continue;
+            entry.children.emplace_back();
+            if (!copy(fd, source + '/' + child, child, target + '/' + child,
+                      entry.children.back())) {
+                ok = false;
+                break;
+            }
+            errno = 0;
+        }
+        if (ok && errno != 0)
+            ok = fail("cannot list %1: %2", source);
+        ::closedir(folder);
+        // Permissions last, so that a read-only folder could still be filled.
+        return ok && ::chmod(target.constData(), info.st_mode & 07777) == 0 &&
+               copyTimes(target.constData(), info, false);
     }
-    if (ok && errno != 0) {
-        error =
-            QStringLiteral("cannot list %1: %2").arg(QFile::decodeName(source), errorText(errno));
-        ok = false;
-    }
-    ::closedir(folder);
-    // Permissions last, so that a read-only folder could still be filled.
-    return ok && ::chmod(target.constData(), info.st_mode & 07777) == 0 &&
-           copyTimes(target.constData(), info, false);
-}
 
-bool copyTree(const QByteArray &source, const QByteArray &target, QString &error)
-{
-    struct stat info;
-    if (::lstat(source.constData(), &info) != 0)
-        return error = QStringLiteral("cannot read %1: %2")
-                           .arg(QFile::decodeName(source), errorText(errno)),
-               false;
-    if (S_ISDIR(info.st_mode))
-        return copyFolder(source, target, info, error);
-    if (S_ISREG(info.st_mode))
-        return copyFile(source, target, info, error);
-    if (S_ISLNK(info.st_mode)) {
+    bool copyLink(int parent, const QByteArray &source, const QByteArray &name,
+                  const QByteArray &target, const struct stat &info, CopiedEntry &entry)
+    {
+        entry.snapshot = Snapshot::of(info);
         QByteArray link(info.st_size > 0 ? info.st_size + 1 : 4096, '\0');
-        const ssize_t length = ::readlink(source.constData(), link.data(), size_t(link.size()));
+        const ssize_t length =
+            ::readlinkat(parent, name.constData(), link.data(), size_t(link.size()));
         if (length < 0 || ::symlink(link.left(length).constData(), target.constData()) != 0)
-            return error = QStringLiteral("cannot copy the link %1: %2")
-                               .arg(QFile::decodeName(source), errorText(errno)),
-                   false;
+            return fail("cannot copy the link %1: %2", source);
         copyTimes(target.constData(), info, true);
         return true;
     }
-    error =
-        QStringLiteral("%1 is neither a file, a folder nor a link").arg(QFile::decodeName(source));
-    return false;
-}
+};
 
-// Removes a tree without following links; false when anything stayed.
+// Removes a tree we made ourselves (a partial copy) without following links;
+// false when anything stayed.
 bool removeTree(const QByteArray &path)
 {
     struct stat info;
@@ -246,6 +323,83 @@ bool removeTree(const QByteArray &path)
     return ::rmdir(path.constData()) == 0 && ok;
 }
 
+// What stayed at the source after a copy, by paths relative to its folder.
+struct Leftovers
+{
+    QStringList changed;     // appeared or changed during the copy
+    QStringList unremovable; // with the reason
+
+    bool isEmpty() const { return changed.isEmpty() && unremovable.isEmpty(); }
+    QString text() const
+    {
+        const auto list = [](const QStringList &paths) {
+            constexpr qsizetype kShown = 5;
+            QString text = paths.mid(0, kShown).join(QStringLiteral(", "));
+            if (paths.size() > kShown)
+                text += QStringLiteral(" and %1 more").arg(paths.size() - kShown);
+            return text;
+        };
+        QStringList parts;
+        if (!changed.isEmpty())
+            parts.append(QStringLiteral("what changed during the copy stays: ") + list(changed));
+        if (!unremovable.isEmpty())
+            parts.append(QStringLiteral("could not be removed: ") + list(unremovable));
+        return parts.join(QStringLiteral("; "));
+    }
+};
+
+// Removes from the source what was copied and is unchanged since, entry by
+// entry through folder descriptors; a folder goes only when it is empty then.
+void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relative, Leftovers &left)
+{
+    const auto unremovable = [&](int error) {
+        left.unremovable.append(QStringLiteral("%1 (%2)").arg(shown(relative), errorText(error)));
+    };
+    struct stat now;
+    if (::fstatat(parent, entry.name.constData(), &now, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENOENT) // gone meanwhile: nothing to keep
+            unremovable(errno);
+        return;
+    }
+    if (!entry.snapshot.unchanged(now))
+        return left.changed.append(shown(relative));
+    if (entry.snapshot.type != S_IFDIR) {
+        if (::unlinkat(parent, entry.name.constData(), 0) != 0)
+            unremovable(errno);
+        return;
+    }
+    const Descriptor folder(
+        ::openat(parent, entry.name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder.isValid())
+        return unremovable(errno);
+    if (::fstat(folder.get(), &now) != 0 || !entry.snapshot.sameItem(now))
+        return left.changed.append(shown(relative));
+    QSet<QByteArray> copied;
+    for (const CopiedEntry &child : entry.children) {
+        copied.insert(child.name);
+        removeCopied(folder.get(), child, relative + '/' + child.name, left);
+    }
+    if (::unlinkat(parent, entry.name.constData(), AT_REMOVEDIR) == 0)
+        return;
+    if (errno != ENOTEMPTY && errno != EEXIST)
+        return unremovable(errno);
+    // Not empty: name what appeared in it during the copy.
+    const int listing = ::dup(folder.get());
+    DIR *rest = listing < 0 ? nullptr : ::fdopendir(listing);
+    if (!rest) {
+        if (listing >= 0)
+            ::close(listing);
+        return;
+    }
+    ::rewinddir(rest);
+    while (const dirent *found = ::readdir(rest)) {
+        const QByteArray name(found->d_name);
+        if (name != "." && name != ".." && !copied.contains(name))
+            left.changed.append(shown(relative + '/' + name));
+    }
+    ::closedir(rest);
+}
+
 QByteArray temporaryNameBeside(const QByteArray &target)
 {
     static std::mt19937_64 random{std::random_device{}()};
@@ -253,39 +407,55 @@ QByteArray temporaryNameBeside(const QByteArray &target)
     return target.left(slash + 1) + ".brevano-partial-" + QByteArray::number(quint64(random()), 36);
 }
 
+// The folder that holds path, and path's name in it.
+std::pair<QByteArray, QByteArray> splitPath(QByteArray path)
+{
+    while (path.size() > 1 && path.endsWith('/'))
+        path.chop(1);
+    const qsizetype slash = path.lastIndexOf('/');
+    if (slash < 0)
+        return {QByteArrayLiteral("."), path};
+    return {slash == 0 ? QByteArrayLiteral("/") : path.left(slash), path.mid(slash + 1)};
+}
+
 FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArray &target)
 {
     struct stat targetInfo;
     if (::lstat(target.constData(), &targetInfo) == 0)
-        return failed(QFile::decodeName(target), EEXIST);
+        return failed(shown(target), EEXIST);
+    const auto [sourceFolder, sourceName] = splitPath(source);
+    // The source's folder is held open: what is removed later is removed from it.
+    const Descriptor parent(::open(sourceFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!parent.isValid())
+        return failed(shown(source), errno);
     const QByteArray partial = temporaryNameBeside(target);
-    QString error;
-    if (!copyTree(source, partial, error)) {
+    TreeCopy copy;
+    CopiedEntry copied;
+    if (!copy.copy(parent.get(), source, sourceName, partial, copied)) {
         removeTree(partial);
-        return {FileMover::Status::Failed, error};
+        return {FileMover::Status::Failed, copy.error};
     }
-    if (g_faultHook && !g_faultHook(QStringLiteral("copied"))) {
+    if (g_faultHook && !g_faultHook(QStringLiteral("copied"), FileNames::decode(source))) {
         removeTree(partial);
         return {FileMover::Status::Failed, QStringLiteral("stopped by the test hook")};
     }
     if (atomicMove(partial.constData(), target.constData()) != 0) {
         const int renameError = errno;
         removeTree(partial);
-        return failed(QFile::decodeName(target), renameError);
+        return failed(shown(target), renameError);
     }
     // Make the new name durable before the source goes away.
-    const qsizetype slash = target.lastIndexOf('/');
-    if (const int folder =
-            ::open(target.left(qMax<qsizetype>(slash, 1)).constData(), O_RDONLY | O_DIRECTORY);
-        folder >= 0) {
-        ::fsync(folder);
-        ::close(folder);
-    }
-    if (!removeTree(source))
-        return {FileMover::Status::Moved,
-                QStringLiteral("copied to %1, but part of %2 could not be removed")
-                    .arg(QFile::decodeName(target), QFile::decodeName(source))};
-    return {FileMover::Status::Moved, QString()};
+    if (const Descriptor folder(
+            ::open(splitPath(target).first.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        folder.isValid())
+        ::fsync(folder.get());
+    Leftovers left;
+    removeCopied(parent.get(), copied, sourceName, left);
+    if (left.isEmpty())
+        return {FileMover::Status::Moved, QString()};
+    return {FileMover::Status::Incomplete,
+            QStringLiteral("copied to %1, but in %2 %3")
+                .arg(shown(target), shown(sourceFolder), left.text())};
 }
 
 } // namespace
@@ -298,7 +468,14 @@ FileMover::Result FileMover::move(const QString &source, const QString &target)
         return {Status::Moved, QString()};
     if (errno == EXDEV)
         return moveAcrossFileSystems(from, to);
-    return failed(source, errno);
+    return failed(FileNames::display(source), errno);
+}
+
+FileMover::Result FileMover::rename(const QString &source, const QString &target)
+{
+    if (atomicMove(bytes(source).constData(), bytes(target).constData()) == 0)
+        return {Status::Moved, QString()};
+    return failed(FileNames::display(source), errno);
 }
 
 void FileMover::setFaultHookForTesting(FaultHook hook)

@@ -1,13 +1,14 @@
 #include "FileStat.h"
 
-#include <QFile>
+#include "FileNames.h"
+
 #include <QTimeZone>
 
 #include <sys/stat.h>
 
 static bool lstatPath(const QString &path, struct stat &info)
 {
-    return !path.isEmpty() && ::lstat(QFile::encodeName(path).constData(), &info) == 0;
+    return !path.isEmpty() && ::lstat(FileNames::encode(path).constData(), &info) == 0;
 }
 
 bool FileStat::exists(const QString &path)

@@ -1,13 +1,13 @@
 #include "FreedesktopTrash.h"
 
 #include "FileMover.h"
+#include "FileNames.h"
 
 #include <QDir>
-#include <QFile>
 #include <QStandardPaths>
-#include <QUrl>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -17,7 +17,7 @@ namespace {
 
 QByteArray bytes(const QString &path)
 {
-    return QFile::encodeName(path);
+    return FileNames::encode(path);
 }
 
 bool lstatPath(const QString &path, struct stat &info)
@@ -29,6 +29,18 @@ QString parentOf(const QString &path)
 {
     const qsizetype slash = path.lastIndexOf(u'/');
     return slash <= 0 ? QStringLiteral("/") : path.left(slash);
+}
+
+// path with the folder that holds it at its real place, links resolved; the
+// item itself is not followed.
+QString withRealFolder(const QString &path)
+{
+    char *real = ::realpath(bytes(parentOf(path)).constData(), nullptr);
+    if (!real)
+        return path;
+    const QString folder = FileNames::decode(real);
+    ::free(real);
+    return (folder == u"/" ? QString() : folder) + path.mid(path.lastIndexOf(u'/'));
 }
 
 // A folder we may use: a real folder (not a link) that we can write.
@@ -93,10 +105,11 @@ QString candidateName(const QString &name, int attempt)
     return hasExtension ? name.left(dot) + number + name.mid(dot) : name + number;
 }
 
+// Path= holds the name's bytes, percent-encoded: they need not be UTF-8.
 bool writeInfo(int file, const QString &pathText)
 {
     const QByteArray text =
-        "[Trash Info]\nPath=" + QUrl::toPercentEncoding(pathText, "/") + "\nDeletionDate=" +
+        "[Trash Info]\nPath=" + bytes(pathText).toPercentEncoding("/") + "\nDeletionDate=" +
         QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLatin1() +
         "\n";
     return ::write(file, text.constData(), size_t(text.size())) == text.size() &&
@@ -116,7 +129,8 @@ QString FreedesktopTrash::mountTopdir(const QString &path)
     struct stat info;
     if (!lstatPath(path, info))
         return QString();
-    QString topdir = path;
+    // The parents that count are the real ones, not those of a linked folder.
+    QString topdir = withRealFolder(path);
     for (QString parent = parentOf(topdir); topdir != u"/"; parent = parentOf(topdir)) {
         struct stat parentInfo;
         if (!lstatPath(parent, parentInfo) || parentInfo.st_dev != info.st_dev)
@@ -126,15 +140,17 @@ QString FreedesktopTrash::mountTopdir(const QString &path)
     return topdir;
 }
 
-Trash::Result FreedesktopTrash::trash(const QString &path)
+Trash::Result FreedesktopTrash::trashAs(const QString &path, const QString &originalPath)
 {
     struct stat item;
     if (!QDir::isAbsolutePath(path) || !lstatPath(path, item))
-        return {false, QString(), QStringLiteral("%1 does not exist").arg(path)};
+        return {false, QString(),
+                QStringLiteral("%1 does not exist").arg(FileNames::display(path))};
     const auto folder = trashFor(path, item);
     if (!folder)
         return {false, QString(),
-                QStringLiteral("no usable trash on the file system of %1").arg(path)};
+                QStringLiteral("no usable trash on the file system of %1")
+                    .arg(FileNames::display(path))};
     const QString files = folder->base + QStringLiteral("/files");
     const QString info = folder->base + QStringLiteral("/info");
     if (!makeFolder(files) || !makeFolder(info))
@@ -142,8 +158,10 @@ Trash::Result FreedesktopTrash::trash(const QString &path)
                 QStringLiteral("cannot create %1: %2")
                     .arg(folder->base, QString::fromLocal8Bit(std::strerror(errno)))};
     const QString pathText =
-        folder->topdir.isEmpty() ? path : QDir(folder->topdir).relativeFilePath(path);
-    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+        folder->topdir.isEmpty()
+            ? originalPath
+            : QDir(folder->topdir).relativeFilePath(withRealFolder(originalPath));
+    const QString name = originalPath.mid(originalPath.lastIndexOf(u'/') + 1);
 
     for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
         const QString trashName = candidateName(name, attempt);
@@ -155,21 +173,27 @@ Trash::Result FreedesktopTrash::trash(const QString &path)
                 continue;
             return {false, QString(),
                     QStringLiteral("cannot write %1: %2")
-                        .arg(infoPath, QString::fromLocal8Bit(std::strerror(errno)))};
+                        .arg(FileNames::display(infoPath),
+                             QString::fromLocal8Bit(std::strerror(errno)))};
         }
         const bool written = writeInfo(file, pathText);
         ::close(file);
         if (!written) {
             ::unlink(bytes(infoPath).constData());
-            return {false, QString(), QStringLiteral("cannot write %1").arg(infoPath)};
+            return {false, QString(),
+                    QStringLiteral("cannot write %1").arg(FileNames::display(infoPath))};
         }
         const QString target = files + u'/' + trashName;
         const FileMover::Result moved = FileMover::move(path, target);
         if (moved.moved())
             return {true, target, QString()};
+        // A copy that landed keeps its info file; what stayed is still where it was.
+        if (moved.status == FileMover::Status::Incomplete)
+            return {false, target, moved.message};
         ::unlink(bytes(infoPath).constData());
         if (moved.status != FileMover::Status::TargetExists)
             return {false, QString(), moved.message};
     }
-    return {false, QString(), QStringLiteral("no free name in the trash for %1").arg(name)};
+    return {false, QString(),
+            QStringLiteral("no free name in the trash for %1").arg(FileNames::display(name))};
 }

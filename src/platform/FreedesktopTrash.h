@@ -12,10 +12,11 @@
 class FreedesktopTrash : public Trash
 {
 public:
-    Result trash(const QString &path) override;
+    Result trashAs(const QString &path, const QString &originalPath) override;
 
     static QString homeTrash();
-    // The folder of the mount that holds path (its "topdir").
+    // The folder of the mount that holds path (its "topdir"), found from the
+    // real place of path's folder.
     static QString mountTopdir(const QString &path);
     static constexpr int kMaxNameAttempts = 1000;
 };

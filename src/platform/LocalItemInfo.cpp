@@ -1,5 +1,7 @@
 #include "LocalItemInfo.h"
 
+#include "FileNames.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QHash>
@@ -8,7 +10,9 @@
 #include <QSet>
 #include <QTimeZone>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 static QString lastComponent(const QString &path)
 {
@@ -36,10 +40,15 @@ static bool listedInHiddenFile(const QString &path)
     auto cached = cache.find(folder);
     if (cached == cache.end() || now - cached->readAt > 1000 || now < cached->readAt) {
         QSet<QString> names;
-        QFile hidden(folder + QStringLiteral(".hidden"));
-        if (hidden.open(QIODevice::ReadOnly) && hidden.size() <= 1024 * 1024) {
+        // Not blocking on a pipe of that name.
+        const int fd = ::open(FileNames::encode(folder + QStringLiteral(".hidden")).constData(),
+                              O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        QFile hidden;
+        if (fd >= 0 && !hidden.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+            ::close(fd);
+        if (hidden.isOpen() && hidden.size() <= 1024 * 1024) {
             while (!hidden.atEnd())
-                names.insert(QString::fromUtf8(hidden.readLine()).trimmed());
+                names.insert(FileNames::decode(hidden.readLine()).trimmed());
         }
         if (cache.size() > 256)
             cache.clear();
@@ -84,7 +93,7 @@ bool LocalItemInfo::isPackageFolder(const QString &path) const
 quint32 LocalItemInfo::flags(const QString &path, quint32 wanted) const
 {
     struct stat info;
-    if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
+    if (path.isEmpty() || ::lstat(FileNames::encode(path).constData(), &info) != 0)
         return 0;
     return flagsOf(path, info, wanted);
 }
@@ -92,7 +101,7 @@ quint32 LocalItemInfo::flags(const QString &path, quint32 wanted) const
 ItemInfo::Facts LocalItemInfo::facts(const QString &path) const
 {
     struct stat info;
-    if (path.isEmpty() || ::lstat(QFile::encodeName(path).constData(), &info) != 0)
+    if (path.isEmpty() || ::lstat(FileNames::encode(path).constData(), &info) != 0)
         return {};
 #ifdef __APPLE__
     const auto &time = info.st_mtimespec;

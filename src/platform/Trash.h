@@ -15,5 +15,8 @@ public:
     };
 
     virtual ~Trash() = default;
-    virtual Result trash(const QString &path) = 0;
+    Result trash(const QString &path) { return trashAs(path, path); }
+    // Trashes the item at path as the item at originalPath (in the same
+    // folder): the name it has in the Trash and where it is restored to.
+    virtual Result trashAs(const QString &path, const QString &originalPath) = 0;
 };

@@ -50,6 +50,7 @@ private slots:
     void onlyPlainNamesAreTaken();
     void sizeKeepsItsPointInAnyLocale();
     void statusSaysWhetherAnythingTidies();
+    void namesThatAreNotUtf8();
 
 private:
     static QProcessEnvironment environment()
@@ -58,11 +59,12 @@ private:
         env.remove("DBUS_SESSION_BUS_ADDRESS"); // no notification service here
         return env;
     }
-    Result run(const QStringList &args, const QProcessEnvironment &env = environment())
+    Result run(const QStringList &args, const QProcessEnvironment &env = environment(),
+               const QString &program = QStringLiteral(BREVANO_BINARY))
     {
         QProcess process;
         process.setProcessEnvironment(env);
-        process.start(QStringLiteral(BREVANO_BINARY), args);
+        process.start(program, args);
         if (!process.waitForFinished(30000))
             qFatal("brevano did not finish");
         return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
@@ -277,6 +279,34 @@ void tst_CliTidy::statusSaysWhetherAnythingTidies()
     app.terminate();
     QVERIFY(app.waitForFinished(30000));
     QVERIFY2(r.out.contains("\nnext: Automatic tidy in "), qPrintable(r.out + r.err));
+}
+
+void tst_CliTidy::namesThatAreNotUtf8()
+{
+    const QByteArray name = "caf\xe9.txt"; // Latin-1
+    const QByteArray desktop = QFile::encodeName(m_desktop) + '/' + name;
+    const QByteArray shadow = QFile::encodeName(m_shadow) + '/' + name;
+    struct stat info;
+    const int file = ::open(desktop.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    QVERIFY(file >= 0);
+    const struct timespec times[2] = {{QDateTime::currentSecsSinceEpoch() - 600, 0},
+                                      {QDateTime::currentSecsSinceEpoch() - 600, 0}};
+    QCOMPARE(::futimens(file, times), 0);
+    ::close(file);
+    // Shown with U+FFFD for the byte that is not UTF-8; moved with its bytes.
+    const QString shown = QString::fromUtf8("caf\xef\xbf\xbd.txt");
+    Result r = run({"tidy"});
+    QCOMPARE(r.out, "moved " + shown + " -> " + m_shadow + '/' + shown +
+                        "\nMoved 1 of 1 items found to Shadow Desktop\n");
+    QCOMPARE(::lstat(shadow.constData(), &info), 0);
+    QCOMPARE(run({"list"}).out, shown + '\n');
+    // A shell passes the name's bytes as they are.
+    r = run({"-c", "exec \"$0\" restore \"$(printf 'caf\\351.txt')\"", BREVANO_BINARY},
+            environment(), QStringLiteral("/bin/sh"));
+    QCOMPARE(r.status, 0);
+    QCOMPARE(r.out, "restored " + shown + '\n');
+    QCOMPARE(::lstat(desktop.constData(), &info), 0);
+    ::unlink(desktop.constData()); // QTemporaryDir could not remove it
 }
 
 QTEST_GUILESS_MAIN(tst_CliTidy)

@@ -2,6 +2,7 @@
 
 #include "Brevano.h"
 #include "BrevanoData.h"
+#include "FileNames.h"
 #include "FileViewer.h"
 #include "FreedesktopTrash.h"
 #include "LocalItemInfo.h"
@@ -77,6 +78,14 @@ struct EngineFixture
         desktopItem(name, 600);
         engine.performTidyFromRequest(Brevano::TidyRequestScheduled);
     }
+    // Uses folder/Shadow (on another file system, say) as the Shadow Desktop.
+    QString shadowDesktopIn(const QString &folder)
+    {
+        const QString shadow = folder + "/Shadow";
+        QDir().mkpath(shadow);
+        data.setShadowDesktopPath(shadow);
+        return shadow;
+    }
     void writeDataFile(const PropertyDictionary &root) const
     {
         sandbox.write(QStringLiteral(".local/share/Brevano/Brevano.data"),
@@ -106,7 +115,7 @@ struct EngineFixture
             ms / 1000, (ms % 1000) * 1000000
         };
         const struct timespec times[2] = {time, time};
-        QVERIFY2(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times,
+        QVERIFY2(::utimensat(AT_FDCWD, FileNames::encode(path).constData(), times,
                              AT_SYMLINK_NOFOLLOW) == 0,
                  qPrintable(path));
     }

@@ -36,6 +36,7 @@ private slots:
     void movesWithinAFileSystemWithoutReplacing();
     void movesAcrossFileSystems();
     void failureBeforeTheSourceGoesLeavesItWhole();
+    void whatChangesDuringTheCopyStaysAtTheSource();
     void fullDiskLeavesNothingBehind();
 };
 
@@ -126,12 +127,46 @@ void tst_FileMover::failureBeforeTheSourceGoesLeavesItWhole()
     SandboxHome sandbox;
     makeTree(sandbox, "Desktop/Folder");
     const auto before = fingerprint(sandbox.desktop() + "/Folder");
-    FileMover::setFaultHookForTesting([](const QString &) { return false; });
+    FileMover::setFaultHookForTesting([](const QString &, const QString &) { return false; });
     const FileMover::Result result =
         FileMover::move(sandbox.desktop() + "/Folder", other.path() + "/Folder");
     QCOMPARE(result.status, FileMover::Status::Failed);
     QCOMPARE(fingerprint(sandbox.desktop() + "/Folder"), before);
     QVERIFY(QDir(other.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+void tst_FileMover::whatChangesDuringTheCopyStaysAtTheSource()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    SandboxHome sandbox;
+    makeTree(sandbox, "Desktop/Folder");
+    sandbox.write("Desktop/Folder/log.txt", "line 1\n");
+    sandbox.write("Desktop/Folder/sub/kept.txt", "kept");
+    const QString source = sandbox.desktop() + "/Folder";
+    // While the copy runs, a copied file grows and a copied folder gets a new file.
+    FileMover::setFaultHookForTesting([&](const QString &stage, const QString &path) {
+        if (stage == u"entry copied" && path == source + "/log.txt")
+            sandbox.write("Desktop/Folder/log.txt", "line 1\nline 2\n");
+        if (stage == u"entry copied" && path == source + "/sub")
+            sandbox.write("Desktop/Folder/sub/saved.txt", "saved");
+        return true;
+    });
+    const FileMover::Result result = FileMover::move(source, other.path() + "/Folder");
+    QCOMPARE(result.status, FileMover::Status::Incomplete);
+    QVERIFY2(result.message.contains("Folder/log.txt") &&
+                 result.message.contains("Folder/sub/saved.txt"),
+             qPrintable(result.message));
+    // Only the changed entries stay, in their folders; all else moved.
+    const auto left = fingerprint(source);
+    QCOMPARE(left.keys(), (QStringList{".", "/log.txt", "/sub", "/sub/saved.txt"}));
+    QVERIFY(
+        left.value("/log.txt")
+            .contains(
+                QCryptographicHash::hash("line 1\nline 2\n", QCryptographicHash::Sha256).toHex()));
+    const auto moved = fingerprint(other.path() + "/Folder");
+    QVERIFY(moved.contains("/sub/kept.txt") && moved.contains("/sub/deeper/b.bin") &&
+            moved.contains("/dangling") && !moved.contains("/sub/saved.txt"));
 }
 
 void tst_FileMover::fullDiskLeavesNothingBehind()

@@ -1,5 +1,7 @@
 #include "EngineFixture.h"
+#include "FileMover.h"
 #include "FileTree.h"
+#include "TmpfsMount.h"
 
 #include <QSignalSpy>
 #include <QtTest>
@@ -22,6 +24,7 @@ class tst_TidyEngine : public QObject
 {
     Q_OBJECT
 private slots:
+    void cleanup() { FileMover::setFaultHookForTesting({}); }
     void verdictsInTheirOrder();
     void onlyDirectChildrenMakeAFolderChange();
     void dateFilter();
@@ -30,12 +33,16 @@ private slots:
     void changingItemsAreRetried();
     void overwriteModes();
     void keepBothSurvivesAClashRace();
+    void whatChangesDuringACopyStays();
+    void replaceNeverLosesTheOldItem();
+    void namesThatAreNotUtf8();
     void scheduledTidyAnnouncesAndCanBePostponed();
     void checkTimerSchedule();
     void operationModeAndMasterSwitch();
     void desktopThatIsHomeIsNeverTidied();
     void restoreDeleteEmpty();
     void folderSizeAndMenuActions();
+    void aLinkedShadowDesktopIsFollowedOnce();
 };
 
 void tst_TidyEngine::verdictsInTheirOrder()
@@ -267,6 +274,123 @@ void tst_TidyEngine::keepBothSurvivesAClashRace()
     QVERIFY(f.desktopEntries().isEmpty());
 }
 
+// A Shadow Desktop on another file system: items are copied, and what is
+// written into them meanwhile stays where it was, tidying and restoring alike.
+void tst_TidyEngine::whatChangesDuringACopyStays()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    EngineFixture f;
+    f.load();
+    const QString shadow = f.shadowDesktopIn(other.path());
+    f.desktopItem("Folder/a.txt", 600);
+    f.setAge(f.sandbox.desktop() + "/Folder", 600);
+    f.sandbox.write("Back/b.txt", "b");
+    QVERIFY(FileMover::move(f.sandbox.home() + "/Back", shadow + "/Back").moved());
+    FileMover::setFaultHookForTesting([](const QString &stage, const QString &path) {
+        QFile late(path + "/late.txt");
+        return stage != u"copied" || late.open(QIODevice::WriteOnly);
+    });
+    QSignalSpy processed(&f.engine, &Brevano::tidyItemProcessed);
+    f.engine.performManualTidy();
+    QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Failed);
+    QVERIFY2(processed.first().at(3).toString().contains("Folder/late.txt"),
+             qPrintable(processed.first().at(3).toString()));
+    QCOMPARE(f.notifier.m_delivered.at(1).text,
+             QStringLiteral("File 'Folder' could not be moved to Shadow Desktop"));
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 0 of 1 items found to Shadow Desktop"));
+    QCOMPARE(fingerprint(f.sandbox.desktop() + "/Folder").keys(), (QStringList{".", "/late.txt"}));
+    QCOMPARE(readAll(shadow + "/Folder/a.txt"), QStringLiteral("x"));
+
+    QVERIFY(!f.engine.restoreItemAtPath(shadow + "/Back", true));
+    QCOMPARE(readAll(f.sandbox.desktop() + "/Back/b.txt"), QStringLiteral("b"));
+    QCOMPARE(fingerprint(shadow + "/Back").keys(), (QStringList{".", "/late.txt"}));
+}
+
+void tst_TidyEngine::replaceNeverLosesTheOldItem()
+{
+    TmpfsMount other;
+    REQUIRE_TMPFS(other);
+    EngineFixture f;
+    f.load();
+    const QString shadow = f.shadowDesktopIn(other.path());
+    f.data.setOverwriteMode(2);
+    QFile older(shadow + "/Notes.txt");
+    QVERIFY(older.open(QIODevice::WriteOnly) && older.write("older") == 5);
+    older.close();
+    f.desktopItem("Notes.txt", 60, "newer");
+    const auto allEntries = [](const QString &folder) {
+        return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                                      QDir::Name);
+    };
+    // The copy into the Shadow Desktop fails: both stay where they were.
+    FileMover::setFaultHookForTesting(
+        [](const QString &stage, const QString &) { return stage != u"copied"; });
+    f.engine.performManualTidy();
+    QCOMPARE(readAll(f.sandbox.desktop() + "/Notes.txt"), QStringLiteral("newer"));
+    QCOMPARE(allEntries(shadow), QStringList{"Notes.txt"});
+    QCOMPARE(readAll(shadow + "/Notes.txt"), QStringLiteral("older"));
+    QCOMPARE(allEntries(other.path() + "/.Trash-" + QString::number(::getuid()) + "/files"),
+             QStringList{});
+    QVERIFY(f.notifier.identifiers().contains("MoveFailed"));
+
+    // The move lands but the Trash refuses the old item: it stays, under a visible name.
+    FileMover::setFaultHookForTesting({});
+    const QString trash = other.path() + "/.Trash-" + QString::number(::getuid());
+    QDir(trash).removeRecursively();
+    QFile blocker(trash); // where that trash would be, a file
+    QVERIFY(blocker.open(QIODevice::WriteOnly));
+    QSignalSpy processed(&f.engine, &Brevano::tidyItemProcessed);
+    f.engine.performManualTidy();
+    QCOMPARE(allEntries(shadow), (QStringList{"Notes 2.txt", "Notes.txt"}));
+    QCOMPARE(readAll(shadow + "/Notes.txt"), QStringLiteral("newer"));
+    QCOMPARE(readAll(shadow + "/Notes 2.txt"), QStringLiteral("older"));
+    QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Moved);
+    QVERIFY(processed.first().at(3).toString().contains("kept as Notes 2.txt"));
+}
+
+// Names are bytes: one that is not UTF-8 is tidied, restored and trashed like any other.
+void tst_TidyEngine::namesThatAreNotUtf8()
+{
+    EngineFixture f;
+    f.load();
+    f.data.setGrowlFileMoved(true);
+    const QByteArray name = "caf\xe9.txt"; // Latin-1
+    const QByteArray desktop = FileNames::encode(f.sandbox.desktop()) + '/' + name;
+    const QByteArray shadow = FileNames::encode(f.sandbox.shadowDesktop()) + '/' + name;
+    const auto exists = [](const QByteArray &path) {
+        struct stat info;
+        return ::lstat(path.constData(), &info) == 0;
+    };
+    const int file = ::open(desktop.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    QVERIFY(file >= 0);
+    ::close(file);
+    f.setAge(FileNames::decode(desktop), 600);
+
+    f.engine.performManualTidy();
+    QVERIFY(exists(shadow) && !exists(desktop));
+    QCOMPARE(f.notifier.m_delivered.at(1).text,
+             QString::fromUtf8("Moved file 'caf\xef\xbf\xbd.txt' to Shadow Desktop"));
+    QCOMPARE(f.notifier.m_delivered.last().text,
+             QStringLiteral("Moved 1 of 1 items found to Shadow Desktop"));
+
+    QVERIFY(f.engine.restoreItemAtPath(FileNames::decode(shadow), false));
+    QVERIFY(exists(desktop) && !exists(shadow));
+    f.engine.performManualTidy();
+    QVERIFY(f.engine.deleteItemAtPath(FileNames::decode(shadow)));
+    const QByteArray trash = FileNames::encode(f.sandbox.home()) + "/.local/share/Trash/";
+    QVERIFY(exists(trash + "files/" + name));
+    QFile info;
+    QVERIFY(info.open(::open(trash + "info/" + name + ".trashinfo", O_RDONLY), QIODevice::ReadOnly,
+                      QFileDevice::AutoCloseHandle));
+    QVERIFY(info.readAll().contains("\nPath=" + shadow.toPercentEncoding("/") + '\n'));
+    QVERIFY(shadow.toPercentEncoding("/").endsWith("/caf%E9.txt"));
+    // QTemporaryDir could not remove them.
+    ::unlink(trash + "files/" + name);
+    ::unlink(trash + "info/" + name + ".trashinfo");
+}
+
 void tst_TidyEngine::scheduledTidyAnnouncesAndCanBePostponed()
 {
     EngineFixture f;
@@ -461,6 +585,38 @@ void tst_TidyEngine::folderSizeAndMenuActions()
     QVERIFY(!f.engine.isOptionPressed());
     f.modifierKeys.m_option = true;
     QVERIFY(f.engine.isOptionPressed());
+}
+
+void tst_TidyEngine::aLinkedShadowDesktopIsFollowedOnce()
+{
+    EngineFixture f;
+    f.load();
+    const QString real = f.sandbox.home() + "/Real";
+    f.sandbox.write("Real/one", QByteArray(1000, 'a'));
+    f.sandbox.write("Real/Sub/.two", QByteArray(24, 'b'));
+    QFile::link("/a/long/target/path", real + "/link"); // the link itself, 19 bytes
+    const QString linked = f.sandbox.home() + "/Shadow Desktop link";
+    QVERIFY(QFile::link(real, linked));
+    f.data.setShadowDesktopPath(linked);
+    QCOMPARE(f.engine.getFolderSize(linked, std::nullopt), quint64(1043));
+    QCOMPARE(f.engine.getFolderSize(linked, f.scheduler.now()), quint64(1043));
+
+    // Restored and emptied through the link, which stays.
+    f.engine.restoreAllFiles(false);
+    QCOMPARE(f.desktopEntries(), (QStringList{"one", "Sub"}));
+    QVERIFY(QFileInfo(f.sandbox.desktop() + "/link").isSymLink()); // dangling: not listed
+    f.sandbox.write("Real/three", "3");
+    f.engine.deleteShadowDesktopContents();
+    QVERIFY(QDir(real).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+    QVERIFY(QFileInfo(linked).isSymLink());
+    QCOMPARE(readAll(f.sandbox.home() + "/.local/share/Trash/files/three"), QStringLiteral("3"));
+
+    // Linked to a folder on the Desktop, that folder is never tidied into itself.
+    QDir().mkpath(f.sandbox.desktop() + "/Tidied");
+    QFile::remove(linked);
+    QVERIFY(QFile::link(f.sandbox.desktop() + "/Tidied", linked));
+    QVERIFY(!f.engine.desktopEntries().contains(f.sandbox.desktop() + "/Tidied"));
+    QVERIFY(f.engine.desktopEntries().contains(f.sandbox.desktop() + "/one"));
 }
 
 QTEST_GUILESS_MAIN(tst_TidyEngine)

@@ -104,6 +104,16 @@ void tst_Trash::topdirTrashes()
     item.close();
     QCOMPARE(trash.trash(item.fileName()).trashedPath,
              mount.path() + "/.Trash/" + uid + "/files/a.txt");
+
+    // Reached through a link from another file system: the trash of the real place.
+    QVERIFY(QFile::link(mount.path() + "/dir", sandbox.home() + "/linked"));
+    QVERIFY(item.open(QIODevice::WriteOnly));
+    item.close();
+    result = trash.trash(sandbox.home() + "/linked/a.txt");
+    QVERIFY2(result.ok, qPrintable(result.message));
+    QCOMPARE(result.trashedPath, mount.path() + "/.Trash/" + uid + "/files/a 2.txt");
+    QVERIFY(readAll(mount.path() + "/.Trash/" + uid + "/info/a 2.txt.trashinfo")
+                .contains("\nPath=dir/a.txt\n"));
 }
 
 void tst_Trash::anItemThatCannotBeTrashedStays()

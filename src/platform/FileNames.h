@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QByteArray>
+#include <QByteArrayView>
+#include <QString>
+
+// File names are bytes; paths are held as QString. Valid UTF-8 decodes as
+// usual, and each byte of a sequence that is not valid UTF-8 becomes the lone
+// surrogate U+DC80 + (byte - 0x80), which valid UTF-8 can never produce, so
+// encode(decode(bytes)) gives the bytes back exactly. Every path that reaches
+// the operating system goes through encode; only texts shown to people use
+// display.
+class FileNames
+{
+public:
+    static QByteArray encode(const QString &path);
+    static QString decode(QByteArrayView bytes);
+    // The path with each undecodable byte shown as U+FFFD.
+    static QString display(const QString &path);
+};
