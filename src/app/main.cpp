@@ -1,11 +1,11 @@
-#include "Brevano.h"
-#include "BrevanoData.h"
+#include "AppServices.h"
 #include "CommandLine.h"
 #include "ConsoleAlertPresenter.h"
+#include "EmptyCommand.h"
 #include "FileNames.h"
-#include "FreedesktopFileViewer.h"
 #include "InstanceChannel.h"
 #include "KVBrevanoAppDelegate.h"
+#include "MessageBoxAlertPresenter.h"
 #include "QtScheduler.h"
 #include "StatusIcons.h"
 #include "UnixSignalWatcher.h"
@@ -30,36 +30,19 @@ QStringList arguments(int argc, char *argv[])
     return args;
 }
 
-// The running application cannot ask on this terminal, so "empty" asks here.
-std::optional<int> confirmEmptyHere(QStringList &args, QTextStream &err)
-{
-    if (args.value(0) != u"empty" || args.contains(QStringLiteral("--yes")))
-        return std::nullopt;
-    if (!::isatty(STDIN_FILENO)) {
-        err << "brevano: empty asks first, and there is no terminal to ask on; give --yes to empty "
-               "without asking\n";
-        return 2;
-    }
-    ConsoleAlertPresenter alerts(err);
-    const int answer = alerts.runModal(
-        Alert{QStringLiteral("All items in the Shadow Desktop folder will be moved to the Trash. "
-                             "Would you like to continue?"),
-              QString(),
-              {QStringLiteral("Continue"), QStringLiteral("Cancel")}});
-    if (answer != 0)
-        return 0;
-    args.append(QStringLiteral("--yes"));
-    return std::nullopt;
-}
-
 int runCommand(int argc, char *argv[], QStringList args)
 {
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
     QTextStream err(stderr);
+    ConsoleAlertPresenter alerts(err);
     if (!CommandLine::runsWithoutStore(args)) {
-        if (const auto answered = confirmEmptyHere(args, err))
-            return *answered;
+        // The running application cannot ask on this terminal, so "empty" asks here.
+        if (args.value(0) == u"empty") {
+            if (const auto answered = EmptyCommand::askFirst(args.mid(1), alerts, err))
+                return *answered;
+            args = {args.value(0), QStringLiteral("--yes")};
+        }
         // When the application runs it carries the command out: one writer only.
         if (const auto reply = InstanceChannel::send({args, QDir::currentPath()})) {
             std::fwrite(reply->out.constData(), 1, size_t(reply->out.size()), stdout);
@@ -67,14 +50,15 @@ int runCommand(int argc, char *argv[], QStringList args)
             return reply->status;
         }
     }
-    CommandLine commandLine(BrevanoData::sharedInstance(), Brevano::sharedInstance(), out, err);
+    AppServices services(alerts);
+    CommandLine commandLine(services.data(), services.engine(), out, err);
     const int status = commandLine.run(args);
     out.flush();
     err.flush();
     return status;
 }
 
-InstanceChannel::Reply carryOut(const InstanceChannel::Request &request,
+InstanceChannel::Reply carryOut(const InstanceChannel::Request &request, AppServices &services,
                                 KVBrevanoAppDelegate &delegate)
 {
     if (request.args.isEmpty()) {
@@ -83,13 +67,12 @@ InstanceChannel::Reply carryOut(const InstanceChannel::Request &request,
     }
     QByteArray outBytes, errBytes;
     QTextStream out(&outBytes), err(&errBytes);
-    CommandLine commandLine(BrevanoData::sharedInstance(), Brevano::sharedInstance(), out, err);
+    CommandLine commandLine(services.data(), services.engine(), out, err);
     commandLine.setStoreIsLive(true);
     commandLine.setWorkingDirectory(request.workingDirectory);
     const int status = commandLine.run(request.args);
-    BrevanoData::sharedInstance().setAlertPresenter(&delegate.alerts());
     // A command may have switched the periodic tidy or its interval.
-    BrevanoData::sharedInstance().updateStatusIcon();
+    services.data().updateStatusIcon();
     out.flush();
     err.flush();
     return {status, outBytes, errBytes};
@@ -125,11 +108,12 @@ int runTrayApplication(int argc, char *argv[])
     QApplication::setApplicationName(QStringLiteral("Brevano"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(StatusIcons::icon(QStringLiteral("brevano.svg")));
-    static FreedesktopFileViewer fileViewer;
-    KVBrevanoAppDelegate delegate(BrevanoData::sharedInstance(), Brevano::sharedInstance(),
-                                  QtScheduler::instance(), fileViewer);
-    InstanceServer server([&delegate](const InstanceChannel::Request &request) {
-        return carryOut(request, delegate);
+    MessageBoxAlertPresenter alerts;
+    AppServices services(alerts);
+    KVBrevanoAppDelegate delegate(services.data(), services.engine(), QtScheduler::instance(),
+                                  services.fileViewer(), alerts);
+    InstanceServer server([&services, &delegate](const InstanceChannel::Request &request) {
+        return carryOut(request, services, delegate);
     });
     if (!server.listen()) {
         // Another Brevano started at the same moment and won.

@@ -94,8 +94,5 @@ int CommandLine::run(const QStringList &args)
         m_out << command->help();
         return CliContext::Success;
     }
-    m_data.setAlertPresenter(&alerts);
-    const int status = command->run(context, rest);
-    m_data.setAlertPresenter(nullptr);
-    return status;
+    return command->run(context, rest);
 }

@@ -4,6 +4,7 @@
 #include "Brevano.h"
 #include "CliContext.h"
 #include "DirectoryListing.h"
+#include "ShadowDesktopQuestions.h"
 
 #include <unistd.h>
 
@@ -21,25 +22,31 @@ QString EmptyCommand::help() const
                           "  --yes  do not ask\n");
 }
 
-int EmptyCommand::run(CliContext &context, const QStringList &args)
+std::optional<int> EmptyCommand::askFirst(const QStringList &args, AlertPresenter &alerts,
+                                          QTextStream &err)
 {
     const bool yes = args == QStringList{QStringLiteral("--yes")};
-    if (!args.isEmpty() && !yes)
-        return context.fail(QStringLiteral("empty takes only --yes"), CliContext::BadUsage);
-    if (!yes && !::isatty(STDIN_FILENO))
-        return context.fail(QStringLiteral("empty asks first, and there is no terminal to ask "
-                                           "on; give --yes to empty without asking"),
-                            CliContext::BadUsage);
-    context.loadStore();
-    if (!yes) {
-        const int answer = context.alerts().runModal(Alert{
-            QStringLiteral("All items in the Shadow Desktop folder will be moved to the Trash. "
-                           "Would you like to continue?"),
-            QString(),
-            {QStringLiteral("Continue"), QStringLiteral("Cancel")}});
-        if (answer != 0)
-            return CliContext::Success;
+    if (!args.isEmpty() && !yes) {
+        err << "brevano: empty takes only --yes\n";
+        return CliContext::BadUsage;
     }
+    if (yes)
+        return std::nullopt;
+    if (!::isatty(STDIN_FILENO)) {
+        err << "brevano: empty asks first, and there is no terminal to ask on; give --yes to "
+               "empty without asking\n";
+        return CliContext::BadUsage;
+    }
+    if (alerts.runModal(ShadowDesktopQuestions::empty()) != 0)
+        return CliContext::Success;
+    return std::nullopt;
+}
+
+int EmptyCommand::run(CliContext &context, const QStringList &args)
+{
+    if (const auto answered = askFirst(args, context.alerts(), context.err()))
+        return *answered;
+    context.loadStore();
     context.engine().deleteShadowDesktopContents();
     const qsizetype left = DirectoryListing::entries(context.engine().getTargetFilename()).size();
     if (left > 0)

@@ -60,7 +60,11 @@ int IgnoreCommand::add(CliContext &context, const QStringList &paths)
                 CliContext::BadUsage);
     }
     context.loadStore();
-    const qsizetype skipped = context.data().addIgnoreFiles(paths);
+    // Said on this command's terminal, not by the store (which in the running
+    // application would ask in a window).
+    const qsizetype skipped = context.data().ignoreList().addIgnoreFiles(paths);
+    if (skipped > 0)
+        context.alerts().runModal(Alert{IgnoreList::skippedAlertTitle(skipped), QString()});
     if (!context.saveStore())
         return CliContext::Failed;
     return skipped > 0 ? CliContext::Failed : CliContext::Success;

@@ -3,7 +3,6 @@
 #include "BackgroundFileListBuilder.h"
 #include "Brevano.h"
 #include "CliContext.h"
-#include "LocalItemInfo.h"
 
 #include <QEventLoop>
 
@@ -29,8 +28,7 @@ int ListCommand::run(CliContext &context, const QStringList &args)
     const QString root = context.engine().getTargetFilename();
     auto view = std::make_shared<QuickFilterItem>();
     view->setFolderStyle(recursive ? 1 : 0);
-    LocalItemInfo itemInfo;
-    BackgroundFileListBuilder builder(root, view, QString(), root, itemInfo);
+    BackgroundFileListBuilder builder(root, view, QString(), root, context.engine().itemInfo());
     QStringList paths;
     QEventLoop loop;
     QObject::connect(&builder, &BackgroundFileListBuilder::fileListCompleted, &loop,

@@ -3,7 +3,6 @@
 #include "AppFolders.h"
 #include "BrevanoVersion.h"
 #include "NotificationCenter.h"
-#include "QtScheduler.h"
 #include "SystemInfo.h"
 #include "TidyFrequency.h"
 
@@ -13,17 +12,24 @@
 static const QString kLastTidy = QStringLiteral("LastTidy");
 static const QString kShadowDesktopPath = QStringLiteral("ShadowDesktopPath");
 
-BrevanoData::BrevanoData(Scheduler &scheduler, NotificationCenter &notifications, QObject *parent)
-    : QObject(parent), m_status(scheduler, notifications)
+static BrevanoData *g_sharedStore = nullptr;
+
+BrevanoData::BrevanoData(Scheduler &scheduler, NotificationCenter &notifications,
+                         AlertPresenter &alerts, QObject *parent)
+    : QObject(parent), m_status(scheduler, notifications), m_alerts(alerts)
 {
     m_quickFilters.attach(m_saveData);
 }
 
 BrevanoData &BrevanoData::sharedInstance()
 {
-    // A function-local static is created once, under the runtime's lock.
-    static BrevanoData store(QtScheduler::instance(), NotificationCenter::defaultCenter());
-    return store;
+    Q_ASSERT(g_sharedStore);
+    return *g_sharedStore;
+}
+
+void BrevanoData::setSharedInstance(BrevanoData *store)
+{
+    g_sharedStore = store;
 }
 
 QString BrevanoData::getApplicationSupportFilename(const QString &name) const
@@ -67,8 +73,8 @@ IgnoreList BrevanoData::ignoreList() const
 qsizetype BrevanoData::addIgnoreFiles(const QStringList &paths)
 {
     const qsizetype skipped = ignoreList().addIgnoreFiles(paths);
-    if (skipped > 0 && m_alerts)
-        m_alerts->runModal(Alert{IgnoreList::skippedAlertTitle(skipped), QString()});
+    if (skipped > 0)
+        m_alerts.runModal(Alert{IgnoreList::skippedAlertTitle(skipped), QString()});
     return skipped;
 }
 
@@ -123,7 +129,10 @@ bool BrevanoData::boolSetting(const QString &key, bool fallback) const
     return m_saveData.value(key).boolValue(fallback);
 }
 
-void BrevanoData::setBool(const QString &key, bool value) { m_saveData.insert(key, value); }
+void BrevanoData::setBool(const QString &key, bool value)
+{
+    m_saveData.insert(key, value);
+}
 
 quint32 BrevanoData::uintSetting(const QString &key, quint32 fallback) const
 {

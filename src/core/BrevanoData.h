@@ -21,9 +21,13 @@ class BrevanoData : public QObject
 {
     Q_OBJECT
 public:
-    BrevanoData(Scheduler &scheduler, NotificationCenter &notifications, QObject *parent = nullptr);
+    // alerts shows the skipped-items alert of addIgnoreFiles.
+    BrevanoData(Scheduler &scheduler, NotificationCenter &notifications, AlertPresenter &alerts,
+                QObject *parent = nullptr);
 
+    // The process's store, as the composition root registered it.
     static BrevanoData &sharedInstance();
+    static void setSharedInstance(BrevanoData *store);
 
     // ---- data file ----
     void loadDataFile();
@@ -75,7 +79,6 @@ public:
     void removeIgnoreFile(const QString &path) { ignoreList().removeIgnoreFile(path); }
     void removeIgnoreFiles(const QStringList &paths) { ignoreList().removeIgnoreFiles(paths); }
     IgnoreList ignoreList() const;
-    void setAlertPresenter(AlertPresenter *alerts) { m_alerts = alerts; }
 
     // ---- settings ----
     quint32 getCurrentPreferencesTab() const { return uintSetting(QStringLiteral("Tab"), 0); }
@@ -186,7 +189,7 @@ private:
     PropertyDictionary m_saveData;
     QuickFilterList m_quickFilters;
     StatusDisplay m_status;
-    AlertPresenter *m_alerts = nullptr;
+    AlertPresenter &m_alerts;
     bool m_fileIsMalformed = false;
     QString m_loadError;
 };

@@ -6,16 +6,10 @@
 #include "FileNames.h"
 #include "FileStat.h"
 #include "FileViewer.h"
-#include "FreedesktopFileViewer.h"
-#include "FreedesktopNotifier.h"
-#include "FreedesktopTrash.h"
 #include "ItemInfo.h"
-#include "LocalItemInfo.h"
 #include "ModifiedDateFilter.h"
 #include "ModifierKeys.h"
 #include "NotificationCenter.h"
-#include "QtModifierKeys.h"
-#include "QtScheduler.h"
 #include "TidyFrequency.h"
 #include "Trash.h"
 #include "UserNotifier.h"
@@ -55,18 +49,17 @@ Brevano::~Brevano()
         m_services.scheduler.cancel(pass);
 }
 
+static Brevano *g_sharedEngine = nullptr;
+
 Brevano &Brevano::sharedInstance()
 {
-    static LocalItemInfo itemInfo;
-    static FreedesktopTrash trash;
-    static FreedesktopNotifier notifier;
-    static FreedesktopFileViewer fileViewer;
-    static QtModifierKeys modifierKeys;
-    static Brevano engine(BrevanoData::sharedInstance(),
-                          EngineServices{QtScheduler::instance(),
-                                         NotificationCenter::defaultCenter(), itemInfo, trash,
-                                         notifier, fileViewer, modifierKeys});
-    return engine;
+    Q_ASSERT(g_sharedEngine);
+    return *g_sharedEngine;
+}
+
+void Brevano::setSharedInstance(Brevano *engine)
+{
+    g_sharedEngine = engine;
 }
 
 void Brevano::linkSaveData(PropertyDictionary root)

@@ -61,7 +61,9 @@ public:
     Brevano(BrevanoData &data, const EngineServices &services, QObject *parent = nullptr);
     ~Brevano() override;
 
+    // The process's engine, as the composition root registered it.
     static Brevano &sharedInstance();
+    static void setSharedInstance(Brevano *engine);
 
     // Adopts the root's engine dictionary (creating it, "Locations" and "Rules"
     // when missing) as this engine's own, shared with the store.
@@ -179,6 +181,8 @@ public:
     }
 
     const CandidateSelector &candidates() const { return m_candidates; }
+    // Safe to use from a worker too.
+    const ItemInfo &itemInfo() const { return m_services.itemInfo; }
     OverwriteMover &mover() { return m_mover; }
 
 signals:

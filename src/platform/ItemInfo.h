@@ -6,7 +6,8 @@
 #include <optional>
 
 // What kind of item a path is, as the tidy engine tests it. The bits never
-// describe what a symbolic link points to, only the link itself.
+// describe what a symbolic link points to, only the link itself. Workers share
+// the engine's instance, so implementations answer from any thread.
 class ItemInfo
 {
 public:

@@ -19,9 +19,10 @@
 #include <QUrlQuery>
 
 KVBrevanoAppDelegate::KVBrevanoAppDelegate(BrevanoData &data, Brevano &engine, Scheduler &scheduler,
-                                           FileViewer &fileViewer, QObject *parent)
+                                           FileViewer &fileViewer, AlertPresenter &alerts,
+                                           QObject *parent)
     : QObject(parent), m_data(data), m_engine(engine), m_scheduler(scheduler),
-      m_fileViewer(fileViewer)
+      m_fileViewer(fileViewer), m_alerts(alerts)
 {
 }
 
@@ -29,7 +30,6 @@ KVBrevanoAppDelegate::~KVBrevanoAppDelegate() = default;
 
 void KVBrevanoAppDelegate::applicationDidFinishLaunching()
 {
-    m_data.setAlertPresenter(&m_alerts);
     m_data.loadDataFile();
     m_engine.linkSaveData(m_data.saveData());
     m_data.setTidyStatusSource(&m_engine);

@@ -1,13 +1,12 @@
 #pragma once
 
-#include "MessageBoxAlertPresenter.h"
-
 #include <QObject>
 #include <QPointer>
 
 #include <memory>
 
 class AboutWindow;
+class AlertPresenter;
 class AlreadyRunningWindow;
 class Brevano;
 class BrevanoData;
@@ -24,7 +23,7 @@ class KVBrevanoAppDelegate : public QObject
     Q_OBJECT
 public:
     KVBrevanoAppDelegate(BrevanoData &data, Brevano &engine, Scheduler &scheduler,
-                         FileViewer &fileViewer, QObject *parent = nullptr);
+                         FileViewer &fileViewer, AlertPresenter &alerts, QObject *parent = nullptr);
     ~KVBrevanoAppDelegate() override;
 
     void applicationDidFinishLaunching();
@@ -44,7 +43,6 @@ public:
     // Set when Brevano should start again once it has quit (a tray host came late).
     bool wantsRestart() const { return m_wantsRestart; }
     MenubarController *menubarController() const { return m_menubarController.get(); }
-    AlertPresenter &alerts() { return m_alerts; }
     static QString supportMailUrl();
 
 private:
@@ -55,7 +53,7 @@ private:
     Brevano &m_engine;
     Scheduler &m_scheduler;
     FileViewer &m_fileViewer;
-    MessageBoxAlertPresenter m_alerts;
+    AlertPresenter &m_alerts;
     std::unique_ptr<StatusMenu> m_statusMenu;
     std::unique_ptr<MenubarController> m_menubarController;
     QPointer<AboutWindow> m_about;

@@ -2,6 +2,7 @@
 
 #include "Brevano.h"
 #include "BrevanoData.h"
+#include "RecordingAlertPresenter.h"
 #include "FileNames.h"
 #include "FileViewer.h"
 #include "FreedesktopTrash.h"
@@ -53,7 +54,8 @@ struct EngineFixture
     RecordingNotifier notifier;
     RecordingFileViewer fileViewer;
     FakeModifierKeys modifierKeys;
-    BrevanoData data{scheduler, notifications};
+    RecordingAlertPresenter alerts;
+    BrevanoData data{scheduler, notifications, alerts};
     Brevano engine;
 
     // With realNotifier, the engine notifies through it instead of the recorder.

@@ -19,10 +19,9 @@ void tst_IgnoreList::onlyDirectDesktopItemsAreAdded()
     SandboxHome sandbox;
     VirtualScheduler scheduler;
     NotificationCenter notifications;
-    BrevanoData data(scheduler, notifications);
-    data.loadDataFile();
     RecordingAlertPresenter alerts;
-    data.setAlertPresenter(&alerts);
+    BrevanoData data(scheduler, notifications, alerts);
+    data.loadDataFile();
     const QString desktop = sandbox.desktop();
 
     QCOMPARE(data.addIgnoreFiles({desktop + "/a.txt", desktop + "/Folder/b.txt"}), 1);

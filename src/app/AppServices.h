@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "FreedesktopFileViewer.h"
+#include "FreedesktopNotifier.h"
+#include "FreedesktopTrash.h"
+#include "LocalItemInfo.h"
+#include "QtModifierKeys.h"
+
+class AlertPresenter;
+
+// The process's real services, store and engine, made once by main() after the
+// application object and handed down to whatever runs: the tray application or
+// a command. Nothing below this picks a platform service itself.
+class AppServices
+{
+public:
+    explicit AppServices(AlertPresenter &alerts);
+    ~AppServices();
+    AppServices(const AppServices &) = delete;
+    AppServices &operator=(const AppServices &) = delete;
+
+    BrevanoData &data() { return m_data; }
+    Brevano &engine() { return m_engine; }
+    FileViewer &fileViewer() { return m_fileViewer; }
+
+private:
+    LocalItemInfo m_itemInfo;
+    FreedesktopTrash m_trash;
+    FreedesktopNotifier m_notifier;
+    FreedesktopFileViewer m_fileViewer;
+    QtModifierKeys m_modifierKeys;
+    BrevanoData m_data;
+    Brevano m_engine;
+};
