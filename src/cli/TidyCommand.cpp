@@ -75,24 +75,19 @@ int TidyCommand::dryRun(CliContext &context)
         context.out() << "Nothing moves in operation mode " << data.getOperationMode() << ".\n";
         return CliContext::Success;
     }
-    const QDateTime now = QDateTime::currentDateTimeUtc();
-    for (const QString &entry : engine.desktopEntries()) {
-        if (engine.isFileHidden(entry))
-            continue;
-        const auto assessment = engine.candidates().assess(entry, false, now);
+    engine.forEachTidyItem(false, [&](const QString &entry, quint32 verdict) {
         const QString name = FileNames::display(ShadowDesktopPaths::lastPathComponent(entry));
-        if (assessment.verdict == CandidateSelector::CandidateDeferred) {
+        if (verdict == CandidateSelector::CandidateDeferred) {
             context.out() << "deferred " << name << '\n';
-        } else if (assessment.verdict == CandidateSelector::CandidateMove) {
-            const QString target = OverwriteMover::plannedTarget(
-                engine.getTargetPathFromSourcePath(entry), data.getOverwriteMode());
-            if (target.isEmpty())
-                context.out() << "would fail " << name << ": overwrite mode "
-                              << data.getOverwriteMode() << " moves nothing\n";
-            else
-                context.out() << "would move " << name << " -> " << FileNames::display(target)
-                              << '\n';
+            return;
         }
-    }
+        const QString target = OverwriteMover::plannedTarget(
+            engine.getTargetPathFromSourcePath(entry), data.getOverwriteMode());
+        if (target.isEmpty())
+            context.out() << "would fail " << name << ": overwrite mode " << data.getOverwriteMode()
+                          << " moves nothing\n";
+        else
+            context.out() << "would move " << name << " -> " << FileNames::display(target) << '\n';
+    });
     return CliContext::Success;
 }

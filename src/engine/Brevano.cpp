@@ -253,6 +253,21 @@ void Brevano::performTidyFromRequest(int request)
     }
 }
 
+void Brevano::forEachTidyItem(bool announce,
+                              const std::function<void(const QString &, quint32)> &visit)
+{
+    for (const QString &entry : desktopEntries()) {
+        const ItemInfo::Facts facts = m_services.itemInfo.facts(entry);
+        if (facts.flags & ItemInfo::Invisible)
+            continue;
+        const quint32 verdict =
+            announce ? shouldIgnoreFile(entry, facts, false, m_isRepeatTidy)
+                     : m_candidates.assess(entry, facts, false, m_services.scheduler.now()).verdict;
+        if (verdict != CandidateSelector::CandidateIgnored)
+            visit(entry, verdict);
+    }
+}
+
 void Brevano::performTidyNow()
 {
     m_services.scheduler.cancel(m_retry);
@@ -263,18 +278,12 @@ void Brevano::performTidyNow()
         // Asked once per pass: finding the default folder reads the XDG directories.
         const QString shadowRoot = getTargetFilename();
         const quint32 overwriteMode = m_data.getOverwriteMode();
-        for (const QString &entry : desktopEntries()) {
-            const ItemInfo::Facts facts = m_services.itemInfo.facts(entry);
-            if (facts.flags & ItemInfo::Invisible)
-                continue;
-            const quint32 verdict = shouldIgnoreFile(entry, facts, false, m_isRepeatTidy);
-            if (verdict == CandidateSelector::CandidateIgnored)
-                continue;
+        forEachTidyItem(true, [&](const QString &entry, quint32 verdict) {
             ++found;
             const QString name = ShadowDesktopPaths::lastPathComponent(entry);
             if (verdict == CandidateSelector::CandidateDeferred) {
                 emit tidyItemProcessed(entry, ItemResult::Deferred, QString(), QString());
-                continue;
+                return;
             }
             const OverwriteMover::Outcome outcome =
                 m_mover.move(entry, shadowRoot + u'/' + name, overwriteMode);
@@ -293,7 +302,7 @@ void Brevano::performTidyNow()
             }
             emit tidyItemProcessed(entry, outcome.moved ? ItemResult::Moved : ItemResult::Failed,
                                    outcome.target, outcome.reason);
-        }
+        });
     }
     if (notificationsAllow(m_data.getGrowlOnComplete()) && found > 0)
         notifyUser(

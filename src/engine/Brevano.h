@@ -105,6 +105,12 @@ public:
     void performManualTidy() { performTidyFromRequest(TidyRequestManual); }
     void repeatTidy() { performTidyFromRequest(TidyRequestRepeat); }
     void performTidyNow();
+    // The items a move pass takes up, in the Desktop's order, each with its
+    // verdict at the engine's clock: moved or deferred (invisible and ignored
+    // items are passed over). With announce, a changing item arms the retry and
+    // may notify, as in the pass itself; without, nothing but the look happens.
+    void forEachTidyItem(bool announce,
+                         const std::function<void(const QString &entry, quint32 verdict)> &visit);
     bool doMoveFileFrom(const QString &source, const QString &target, qint64 *filesMoved);
     bool isRepeatTidy() const { return m_isRepeatTidy; }
     void setIsRepeatTidy(bool repeat) { m_isRepeatTidy = repeat; }

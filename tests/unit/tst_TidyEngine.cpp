@@ -159,6 +159,19 @@ void tst_TidyEngine::manualTidyOfAMixedDesktop()
                             [&](const QVariant &) { ++broadcasts; });
     QSignalSpy finished(&f.engine, &Brevano::tidyPassFinished);
 
+    // The look ahead (what tidy --dry-run prints) sees what the pass will do,
+    // and nothing happens while it looks.
+    QStringList planned;
+    f.engine.forEachTidyItem(false, [&](const QString &entry, quint32 verdict) {
+        planned.append(ShadowDesktopPaths::lastPathComponent(entry) +
+                       (verdict == CandidateSelector::CandidateDeferred ? " later" : ""));
+    });
+    planned.sort(Qt::CaseInsensitive);
+    QCOMPARE(planned, (QStringList{"a.txt", "Folder", "link", "writing.iso later"}));
+    QVERIFY(f.notifier.m_delivered.isEmpty());
+    QVERIFY(!f.engine.hasPendingRetry());
+    QCOMPARE(f.shadowEntries(), QStringList{});
+
     f.engine.performManualTidy();
     QCOMPARE(f.shadowEntries(), (QStringList{"a.txt", "Folder", "link"}));
     QCOMPARE(f.desktopEntries(), (QStringList{".hidden", "kept.txt", "writing.iso"}));
