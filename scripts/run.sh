@@ -13,6 +13,12 @@ fi
 echo "There is no display here, so Brevano runs on a virtual one (Xvfb) with a tray host and"
 echo "a notification server. Screenshots: $build/run-screenshot.png (the tray) and"
 echo "$build/run-menu.png (its menu opened). Stop with Ctrl+C."
+# A machine without a desktop session may have no runtime folder either; the
+# single-instance socket lives there.
+if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+  export XDG_RUNTIME_DIR="/tmp/brevano-runtime-$(id -u)"
+  mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+fi
 source "$(dirname "$0")/xvfb.sh"
 start_xvfb
 trap 'kill $XVFB_PID 2>/dev/null' EXIT
