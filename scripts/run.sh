@@ -16,8 +16,8 @@ echo "$build/run-menu.png (its menu opened). Stop with Ctrl+C."
 # A machine without a desktop session may have no runtime folder either; the
 # single-instance socket lives there.
 if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
-  export XDG_RUNTIME_DIR="/tmp/brevano-runtime-$(id -u)"
-  mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+  XDG_RUNTIME_DIR="$(mktemp -d)" # mode 700, ours
+  export XDG_RUNTIME_DIR
 fi
 source "$(dirname "$0")/xvfb.sh"
 start_xvfb
