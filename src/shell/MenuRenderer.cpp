@@ -5,11 +5,15 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGuiApplication>
-#include <QImageReader>
+#include <QImage>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMimeDatabase>
+#include <QPixmap>
+#include <QSet>
+#include <QStyle>
 #include <QWidgetAction>
+#include <QtMath>
 
 namespace {
 
@@ -28,12 +32,23 @@ Qt::KeyboardModifiers modifierKeys(MenuEntry::Modifier modifier)
     return Qt::NoModifier;
 }
 
+// Looked up once per extension: the theme lookup is slow, and a menu holds
+// thousands of rows. Main thread only.
 QIcon typeIcon(const QString &extension)
 {
+    static QHash<QString, QIcon> icons;
+    if (const auto found = icons.constFind(extension); found != icons.constEnd())
+        return *found;
     static QMimeDatabase database;
     const QMimeType type =
         database.mimeTypeForFile(QStringLiteral("x.") + extension, QMimeDatabase::MatchExtension);
-    return QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName()));
+    return icons[extension] =
+               QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName()));
+}
+
+QString extensionOf(const QString &path)
+{
+    return QFileInfo(path).suffix().toLower();
 }
 } // namespace
 
@@ -49,27 +64,62 @@ QIcon MenuRenderer::iconFor(const MenuEntry &entry)
         return QFileIconProvider().icon(QFileInfo(entry.iconSource));
     case MenuEntry::IconKind::ForExtension:
         return typeIcon(entry.iconSource);
-    case MenuEntry::IconKind::Preview: {
-        QImageReader reader(entry.iconSource);
-        if (reader.canRead()) {
-            QSize size = reader.size();
-            size.scale(entry.iconSize, entry.iconSize, Qt::KeepAspectRatio);
-            reader.setScaledSize(size);
-            const QImage image = reader.read();
-            if (!image.isNull())
-                return QIcon(QPixmap::fromImage(image));
-        }
-        return typeIcon(QFileInfo(entry.iconSource).suffix().toLower());
-    }
+    case MenuEntry::IconKind::Preview: // until the picture arrives
+        return typeIcon(extensionOf(entry.iconSource));
     case MenuEntry::IconKind::None:
         break;
     }
     return QIcon();
 }
 
+QStringList MenuRenderer::previewSources(const QList<MenuEntryPointer> &menus)
+{
+    QStringList sources;
+    QSet<QString> seen;
+    for (const MenuEntryPointer &menu : menus) {
+        for (const MenuEntryPointer &entry : menu->submenu) {
+            if (entry->iconKind == MenuEntry::IconKind::Preview &&
+                !seen.contains(entry->iconSource)) {
+                seen.insert(entry->iconSource);
+                sources.append(entry->iconSource);
+            }
+        }
+    }
+    return sources;
+}
+
+int MenuRenderer::previewPixels(const QWidget *menu)
+{
+    return qCeil(menu->style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, menu) *
+                 menu->devicePixelRatioF());
+}
+
+void MenuRenderer::setPreview(const QString &path, const QImage &image)
+{
+    const QList<QPointer<QAction>> rows = m_previewRows.value(path);
+    if (rows.isEmpty())
+        return;
+    QPixmap pixmap = QPixmap::fromImage(image);
+    const QIcon icon(pixmap);
+    for (const QPointer<QAction> &row : rows) {
+        if (!row)
+            continue;
+        if (auto *widgetAction = qobject_cast<QWidgetAction *>(row.data()))
+            static_cast<AlternateItemWidget *>(widgetAction->defaultWidget())->setIcon(icon);
+        else
+            row->setIcon(icon);
+    }
+}
+
 void MenuRenderer::render(QMenu *menu, const MenuEntry &entry)
 {
+    // clear() leaves the submenus of the last rendering alive: they are the menu's children.
+    for (QAction *action : menu->actions()) {
+        if (QMenu *submenu = action->menu(); submenu && submenu->parent() == menu)
+            delete submenu;
+    }
     menu->clear();
+    menu->setToolTipsVisible(true);
     for (const MenuEntryPointer &child : entry.submenu)
         addEntry(menu, *child);
     menu->installEventFilter(this);
@@ -105,6 +155,7 @@ QAction *MenuRenderer::addEntry(QMenu *menu, const MenuEntry &entry)
         auto *widgetAction = new QWidgetAction(menu);
         auto *item =
             new AlternateItemWidget(iconFor(entry), entry.title, colours.value(entry.modifier));
+        item->setToolTip(entry.path);
         widgetAction->setDefaultWidget(item);
         widgetAction->setText(entry.title);
         menu->addAction(widgetAction);
@@ -127,6 +178,8 @@ QAction *MenuRenderer::addEntry(QMenu *menu, const MenuEntry &entry)
         const QString path = entry.path;
         connect(action, &QAction::triggered, this, [this, tag, path] { m_chosen(tag, path); });
     }
+    if (entry.iconKind == MenuEntry::IconKind::Preview)
+        m_previewRows[entry.iconSource].append(action);
     action->setToolTip(entry.path);
     action->setEnabled(entry.enabled);
     action->setData(QVariant::fromValue(int(modifierKeys(entry.modifier))));

@@ -2,17 +2,22 @@
 
 #include "MenuEntry.h"
 
+#include <QHash>
 #include <QObject>
+#include <QPointer>
 
 #include <functional>
 
 class QAction;
+class QImage;
 class QMenu;
+class QWidget;
 
 // Turns entry descriptions into real menus on the main thread. An alternate is
 // shown in place of the entry before it while exactly its modifier key is held
 // (Option = Alt), as the menu is open; choosing an entry calls back with its
-// tag and path.
+// tag and path. A row that is to show a preview shows its type icon until the
+// picture is handed in.
 class MenuRenderer : public QObject
 {
     Q_OBJECT
@@ -28,6 +33,15 @@ public:
 
     static QIcon iconFor(const MenuEntry &entry);
 
+    // The files whose previews the menus ask for, each once. Touches no widget.
+    static QStringList previewSources(const QList<MenuEntryPointer> &menus);
+    // The size in device pixels at which menu draws its icons.
+    static int previewPixels(const QWidget *menu);
+    // Puts the picture on every row rendered since forgetPreviewRows() that
+    // previews path.
+    void setPreview(const QString &path, const QImage &image);
+    void forgetPreviewRows() { m_previewRows.clear(); }
+
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
@@ -35,4 +49,5 @@ private:
     QAction *addEntry(QMenu *menu, const MenuEntry &entry);
 
     Chosen m_chosen;
+    QHash<QString, QList<QPointer<QAction>>> m_previewRows;
 };

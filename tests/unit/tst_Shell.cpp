@@ -3,14 +3,91 @@
 #include "KVBrevanoAppDelegate.h"
 #include "LaunchAtLoginController.h"
 #include "MenuRenderer.h"
+#include "MessageBoxAlertPresenter.h"
+#include "PreviewCache.h"
+#include "RecordingAlertPresenter.h"
 #include "RestoreFilesModel.h"
 #include "StatusItemView.h"
+#include "StatusMenu.h"
 
+#include <QAbstractButton>
+#include <QLabel>
 #include <QMenu>
+#include <QMessageBox>
 #include <QSignalSpy>
+#include <QWidgetAction>
 #include <QtTest>
 
+#include <thread>
+
 using namespace std::chrono_literals;
+
+namespace {
+
+// A status menu over a sandbox whose workers run only when the test says so,
+// each on a thread of its own that the test then joins.
+struct MenuFixture
+{
+    EngineFixture f;
+    RecordingAlertPresenter alerts;
+    std::unique_ptr<StatusMenu> status;
+    QList<std::function<void()>> jobs;
+
+    MenuFixture()
+    {
+        f.load();
+        status = std::make_unique<StatusMenu>(f.data, f.engine, alerts);
+        status->setWorkerStarter(
+            [this](std::function<void()> job) { jobs.append(std::move(job)); });
+    }
+    QString shadow(const QString &relative, const QByteArray &content = "x")
+    {
+        return f.sandbox.write(".local/share/Brevano/Shadow Desktop/" + relative, content);
+    }
+    QMenu *menu() const { return status->menu(); }
+    void runWorker() { std::thread(jobs.takeFirst()).join(); }
+    // Shown, built, handed back and closed.
+    void openAndClose()
+    {
+        menu()->popup(QPoint(0, 0));
+        runWorker();
+        QCoreApplication::processEvents();
+        menu()->hide();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    QMenu *submenu(const QMenu *parent, const QString &title) const
+    {
+        for (QAction *action : parent->actions())
+            if (action->menu() && action->text() == title)
+                return action->menu();
+        return nullptr;
+    }
+    QStringList titles(const QMenu *menu) const
+    {
+        QStringList all;
+        for (const QAction *action : menu->actions())
+            if (action->isVisible() && !action->isSeparator())
+                all.append(action->text());
+        return all;
+    }
+};
+
+// The icon a row shows: a plain action's, or the picture of an alternate's widget.
+QImage rowPicture(QAction *action)
+{
+    if (auto *widgetAction = qobject_cast<QWidgetAction *>(action))
+        return widgetAction->defaultWidget()->findChild<QLabel *>()->pixmap().toImage();
+    return action->icon().pixmap(16).toImage();
+}
+
+void writeImage(const QString &path, const QColor &colour)
+{
+    QImage image(300, 200, QImage::Format_RGB32);
+    image.fill(colour);
+    QDir().mkpath(QFileInfo(path).path());
+    QVERIFY(image.save(path));
+}
+} // namespace
 
 class tst_Shell : public QObject
 {
@@ -21,6 +98,13 @@ private slots:
     void restoreFilesModel();
     void alternatesFollowTheModifiers();
     void supportMail();
+    void aStaleCompletionIsDropped();
+    void closingBeforeTheWorkerStartsStopsIt();
+    void previewsArriveOffTheMainThreadOncePerFile();
+    void openingsKeepTheNumberOfMenus();
+    void everyMenuShowsToolTips();
+    void dismissingTheRestoreQuestionRestoresNothing();
+    void messageBoxDismissal();
 };
 
 void tst_Shell::statusItemIconsAndRightButton()
@@ -161,6 +245,177 @@ void tst_Shell::supportMail()
     QVERIFY(query.queryItemValue("body", QUrl::FullyDecoded)
                 .startsWith("\n\nSent from machine using OS " + BrevanoData::getOSVersion() +
                             "\nBrevano v"));
+}
+
+void tst_Shell::aStaleCompletionIsDropped()
+{
+    MenuFixture m;
+    for (int i = 0; i < 150; ++i)
+        m.shadow(QStringLiteral("Folder/file%1.txt").arg(i));
+    QSignalSpy completed(m.status.get(), &StatusMenu::populationCompleted);
+    m.menu()->popup(QPoint(0, 0));
+    m.runWorker(); // the first opening's completion waits in the queue
+    m.menu()->hide();
+    m.shadow("late.txt");
+    m.menu()->popup(QPoint(0, 0));
+    QCoreApplication::processEvents();
+    QCOMPARE(completed.count(), 0);
+    QVERIFY(!m.status->threadFinished());
+    m.runWorker();
+    QCoreApplication::processEvents();
+    QCOMPARE(completed.count(), 1);
+    QMenu *shadowMenu = m.submenu(m.menu(), "Browse Shadow Desktop");
+    QVERIFY(shadowMenu->menuAction()->isEnabled());
+    QVERIFY(m.titles(shadowMenu).contains("late.txt"));
+    QMenu *documents = m.submenu(m.menu(), "Documents");
+    const QStringList rows = m.titles(documents);
+    QCOMPARE(rows.mid(0, 3),
+             (QStringList{"/Shadow Desktop", "late.txt", "/Shadow Desktop/Folder"}));
+    QCOMPARE(rows.size(), 3 + 128 + 1);
+    QCOMPARE(rows.last(), QStringLiteral("Some Files Were Not Scanned"));
+}
+
+void tst_Shell::closingBeforeTheWorkerStartsStopsIt()
+{
+    MenuFixture m;
+    m.shadow("a.txt");
+    m.menu()->popup(QPoint(0, 0));
+    m.menu()->hide();
+    m.runWorker();
+    QCoreApplication::processEvents();
+    QVERIFY(m.status->threadFinished());
+    QVERIFY(m.submenu(m.menu(), "Browse Shadow Desktop")->actions().isEmpty());
+    QVERIFY(m.submenu(m.menu(), "Documents")->actions().isEmpty());
+}
+
+void tst_Shell::previewsArriveOffTheMainThreadOncePerFile()
+{
+    MenuFixture m;
+    auto pictures = std::make_shared<QuickFilterItem>();
+    pictures->setName("Pictures");
+    pictures->setStyle(1);
+    pictures->fileExtensions().append(QStringLiteral("png"));
+    m.f.data.addQuickFilter(pictures);
+    for (const char *name : {"a.png", "Sub/b.png", "c.png"})
+        writeImage(m.shadow(name), Qt::red);
+    std::mutex mutex;
+    QStringList decoded;
+    bool onMainThread = false;
+    m.status->previews().setDecodeObserver([&](const QString &path) {
+        const std::lock_guard lock(mutex);
+        decoded.append(QFileInfo(path).fileName());
+        onMainThread |= QThread::currentThread() == qApp->thread();
+    });
+    const auto previewRows = [&] {
+        QList<QAction *> rows;
+        for (const char *filter : {"Images", "Pictures"})
+            for (QAction *action : m.submenu(m.menu(), filter)->actions())
+                if (action->text().contains(".png"))
+                    rows.append(action);
+        return rows;
+    };
+    const auto isRed = [](QAction *row) {
+        const QImage picture = rowPicture(row);
+        return !picture.isNull() && picture.pixelColor(picture.rect().center()) == Qt::red;
+    };
+    MenuEntry typeEntry = MenuEntry::of(MenuEntry::Kind::Item, "x.png");
+    typeEntry.iconKind = MenuEntry::IconKind::ForExtension;
+    typeEntry.iconSource = "png";
+    const qint64 typeIcon = MenuRenderer::iconFor(typeEntry).cacheKey();
+    int rowsAtCompletion = 0;
+    connect(m.status.get(), &StatusMenu::populationCompleted, this, [&] {
+        for (QAction *row : previewRows()) {
+            QVERIFY(!isRed(row));
+            if (!qobject_cast<QWidgetAction *>(row))
+                QCOMPARE(row->icon().cacheKey(), typeIcon);
+            ++rowsAtCompletion;
+        }
+    });
+    QSignalSpy loaded(m.status.get(), &StatusMenu::previewsLoaded);
+    m.openAndClose();
+    QCOMPARE(rowsAtCompletion, 2 * 3 * 3 + 2 * 2); // two filters, alternates, two restorable
+    QCOMPARE(loaded.count(), 1);
+    decoded.sort();
+    QCOMPARE(decoded, (QStringList{"a.png", "b.png", "c.png"}));
+    QVERIFY(!onMainThread);
+    for (QAction *row : previewRows())
+        QVERIFY2(isRed(row), qPrintable(row->text()));
+    m.openAndClose(); // the next opening takes them from the cache
+    QCOMPARE(decoded.size(), 3);
+    for (QAction *row : previewRows())
+        QVERIFY2(isRed(row), qPrintable(row->text()));
+}
+
+void tst_Shell::openingsKeepTheNumberOfMenus()
+{
+    MenuFixture m;
+    m.shadow("Top/Inner/deep.txt");
+    m.shadow("Other/b.jpg");
+    m.shadow("c.txt");
+    m.openAndClose();
+    const auto count = [&m] {
+        return std::pair(m.menu()->findChildren<QMenu *>().size(),
+                         m.menu()->findChildren<QAction *>().size());
+    };
+    const auto first = count();
+    for (int i = 0; i < 3; ++i) {
+        m.openAndClose();
+        QCOMPARE(count(), first);
+    }
+}
+
+void tst_Shell::everyMenuShowsToolTips()
+{
+    MenuFixture m;
+    for (int i = 0; i < 130; ++i)
+        m.shadow(QStringLiteral("file%1.txt").arg(i));
+    m.openAndClose();
+    QList<QMenu *> menus = m.menu()->findChildren<QMenu *>();
+    menus.append(m.menu());
+    QVERIFY(menus.size() > 15);
+    for (const QMenu *menu : std::as_const(menus))
+        QVERIFY2(menu->toolTipsVisible(), qPrintable(menu->title()));
+    const QList<QAction *> rows = m.submenu(m.menu(), "Browse Shadow Desktop")->actions();
+    QCOMPARE(rows.last()->text(), QStringLiteral("Maximum Items Reached"));
+    QVERIFY(rows.last()->toolTip().startsWith("Brevano limits the number of items"));
+}
+
+void tst_Shell::dismissingTheRestoreQuestionRestoresNothing()
+{
+    MenuFixture m;
+    m.shadow("a.txt");
+    m.alerts.m_answer = AlertPresenter::Dismissed;
+    m.status->restoreAllFiles();
+    m.status->emptyShadowDesktop();
+    QCOMPARE(m.alerts.m_alerts.size(), 2);
+    QCOMPARE(m.f.shadowEntries(), QStringList{"a.txt"});
+    m.alerts.m_answer = 1; // "No": restored, not ignored
+    m.status->restoreAllFiles();
+    QCOMPARE(m.f.desktopEntries(), QStringList{"a.txt"});
+    QVERIFY(!m.f.data.shouldIgnoreFile(m.f.sandbox.desktop() + "/a.txt"));
+}
+
+void tst_Shell::messageBoxDismissal()
+{
+    MessageBoxAlertPresenter presenter;
+    const Alert question{"Restore?", QString(), {"Yes", "No"}};
+    const auto answerWith = [&](const std::function<void(QMessageBox *)> &act) {
+        QTimer::singleShot(0, this, [&] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            act(box);
+        });
+        return presenter.runModal(question);
+    };
+    QCOMPARE(answerWith([](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Escape); }),
+             AlertPresenter::Dismissed);
+    QCOMPARE(answerWith([](QMessageBox *box) { box->close(); }), AlertPresenter::Dismissed);
+    QCOMPARE(answerWith([](QMessageBox *box) {
+                 for (QAbstractButton *button : box->buttons())
+                     if (button->text() == "No")
+                         button->click();
+             }),
+             1);
 }
 
 QTEST_MAIN(tst_Shell)
