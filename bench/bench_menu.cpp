@@ -25,10 +25,19 @@ namespace {
 
 void makeImages(const QString &folder, int count)
 {
+    // A few different pictures, copied: photographs do not compress to nothing.
+    constexpr int kDistinct = 5;
     QImage image(1200, 1200, QImage::Format_RGB32);
     QRandomGenerator random(7);
     for (int i = 0; i < count; ++i) {
-        // Noise over a gradient: photographs do not compress to nothing.
+        const QString path =
+            QStringLiteral("%1/image%2.png").arg(folder).arg(i, 3, 10, QChar(u'0'));
+        if (i >= kDistinct) {
+            QFile::copy(
+                QStringLiteral("%1/image%2.png").arg(folder).arg(i % kDistinct, 3, 10, QChar(u'0')),
+                path);
+            continue;
+        }
         QPainter painter(&image);
         QLinearGradient gradient(0, 0, 1200, 1200);
         gradient.setColorAt(0, QColor::fromHsv(i * 37 % 360, 200, 240));
@@ -37,7 +46,7 @@ void makeImages(const QString &folder, int count)
         painter.end();
         for (int n = 0; n < 20000; ++n)
             image.setPixel(int(random.bounded(1200)), int(random.bounded(1200)), random.generate());
-        image.save(QStringLiteral("%1/image%2.png").arg(folder).arg(i, 3, 10, QChar(u'0')));
+        image.save(path);
     }
 }
 
@@ -71,6 +80,17 @@ double openOnce(StatusMenu &statusMenu)
     bool done = false;
     QMetaObject::Connection finished =
         QObject::connect(&statusMenu, &StatusMenu::previewsLoaded, [&] { done = true; });
+    // As soon as it can be, the quick filter submenu is opened, as a person would to
+    // look at the previews coming in.
+    QMetaObject::Connection completed =
+        QObject::connect(&statusMenu, &StatusMenu::populationCompleted, [&] {
+            QTimer::singleShot(0, [&] {
+                for (QAction *action : statusMenu.menu()->actions())
+                    if (action->menu() && action->isVisible() &&
+                        (action->text() == u"Images" || action->text() == u"Documents"))
+                        action->menu()->popup(QPoint(300, 10));
+            });
+        });
     clock.start();
     tick.start();
     QTimer::singleShot(5, [&] { statusMenu.menu()->popup(QPoint(10, 10)); });
@@ -82,6 +102,7 @@ double openOnce(StatusMenu &statusMenu)
     while (after.elapsed() < 100)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
     QObject::disconnect(finished);
+    QObject::disconnect(completed);
     statusMenu.menu()->hide();
     QCoreApplication::processEvents();
     return double(longest) / 1e9;
@@ -123,8 +144,13 @@ int main(int argc, char *argv[])
     MessageBoxAlertPresenter alerts;
     StatusMenu statusMenu(data, engine, alerts);
     double longest = 0;
-    for (int i = 0; i < openings; ++i)
-        longest = std::max(longest, openOnce(statusMenu));
+    // The first opening decodes the previews, the others find them in the cache.
+    for (int i = 0; i < openings; ++i) {
+        const double stall = openOnce(statusMenu);
+        if (qEnvironmentVariableIsSet("BENCH_VERBOSE"))
+            std::fprintf(stderr, "opening %d: longest stall %.4f s\n", i + 1, stall);
+        longest = std::max(longest, stall);
+    }
     std::printf("%.6f\n", longest);
     return 0;
 }

@@ -3,10 +3,12 @@
 #include "MenuEntry.h"
 
 #include <QHash>
+#include <QIcon>
 #include <QObject>
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 class QAction;
 class QImage;
@@ -26,10 +28,13 @@ public:
 
     explicit MenuRenderer(Chosen chosen, QObject *parent = nullptr);
 
-    // Replaces menu's entries with those of entry's submenu (recursively).
+    // Replaces menu's entries with those of entry's submenu. Submenus are filled
+    // when they are first shown: menus here may hold thousands of entries.
     void render(QMenu *menu, const MenuEntry &entry);
+    // Empties menu now and fills it from entry when it is first shown.
+    void renderWhenShown(QMenu *menu, const MenuEntryPointer &entry);
     // Shows, for every entry with alternates, the one the modifiers ask for.
-    static void applyModifiers(QMenu *menu, Qt::KeyboardModifiers modifiers);
+    void applyModifiers(QMenu *menu, Qt::KeyboardModifiers modifiers);
 
     static QIcon iconFor(const MenuEntry &entry);
 
@@ -37,17 +42,30 @@ public:
     static QStringList previewSources(const QList<MenuEntryPointer> &menus);
     // The size in device pixels at which menu draws its icons.
     static int previewPixels(const QWidget *menu);
-    // Puts the picture on every row rendered since forgetPreviewRows() that
-    // previews path.
+    // Puts the picture on every row that previews path, rendered now or later,
+    // until forgetPreviews().
     void setPreview(const QString &path, const QImage &image);
-    void forgetPreviewRows() { m_previewRows.clear(); }
+    void forgetPreviews() { m_previews.clear(); }
 
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    QAction *addEntry(QMenu *menu, const MenuEntry &entry);
+    void clear(QMenu *menu);
+    void fill(QMenu *menu, const MenuEntry &entry);
+    void watch(QMenu *menu);
+    // A new action of menu for entry, not yet added to it.
+    QAction *makeAction(QMenu *menu, const MenuEntryPointer &entry);
+    void menuAboutToShow();
 
     Chosen m_chosen;
-    QHash<QString, QList<QPointer<QAction>>> m_previewRows;
+    struct Preview
+    {
+        QIcon icon; // shows the picture once it is in
+        std::shared_ptr<QPixmap> picture;
+        QList<QPointer<QAction>> rows;
+    };
+    QIcon previewIcon(const QString &path);
+
+    QHash<QString, Preview> m_previews; // by file
 };

@@ -233,12 +233,12 @@ void StatusMenu::populationComplete(const std::shared_ptr<Run> &run)
     m_updatingIndicator->setVisible(false);
     m_shadowDesktopMenu->menuAction()->setVisible(true);
     m_shadowDesktopMenu->menuAction()->setEnabled(true);
-    m_renderer.forgetPreviewRows();
+    m_renderer.forgetPreviews();
     m_renderer.render(m_shadowDesktopMenu, run->tree);
     for (qsizetype i = 0; i < m_filterEntries.size(); ++i) {
         QAction *entry = m_filterEntries.at(i);
-        m_renderer.render(entry->menu(), *run->filterMenus.at(i));
-        const bool empty = entry->menu()->actions().isEmpty();
+        m_renderer.renderWhenShown(entry->menu(), run->filterMenus.at(i));
+        const bool empty = run->filterMenus.at(i)->submenu.empty();
         m_filterItems.at(i)->setWasLastHidden(empty);
         entry->setVisible(!empty);
         entry->setEnabled(!empty);

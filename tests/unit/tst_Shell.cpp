@@ -11,11 +11,9 @@
 #include "StatusMenu.h"
 
 #include <QAbstractButton>
-#include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QSignalSpy>
-#include <QWidgetAction>
 #include <QtTest>
 
 #include <thread>
@@ -55,12 +53,22 @@ struct MenuFixture
         menu()->hide();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
+    // Opened, as submenus fill when they are first shown.
     QMenu *submenu(const QMenu *parent, const QString &title) const
     {
-        for (QAction *action : parent->actions())
-            if (action->menu() && action->text() == title)
+        for (QAction *action : parent->actions()) {
+            if (action->menu() && action->text() == title) {
+                emit action->menu()->aboutToShow();
                 return action->menu();
+            }
+        }
         return nullptr;
+    }
+    void browseAll(const QMenu *menu) const
+    {
+        for (QAction *action : menu->actions())
+            if (action->menu())
+                browseAll(submenu(menu, action->text()));
     }
     QStringList titles(const QMenu *menu) const
     {
@@ -72,11 +80,8 @@ struct MenuFixture
     }
 };
 
-// The icon a row shows: a plain action's, or the picture of an alternate's widget.
 QImage rowPicture(QAction *action)
 {
-    if (auto *widgetAction = qobject_cast<QWidgetAction *>(action))
-        return widgetAction->defaultWidget()->findChild<QLabel *>()->pixmap().toImage();
     return action->icon().pixmap(16).toImage();
 }
 
@@ -218,17 +223,32 @@ void tst_Shell::alternatesFollowTheModifiers()
         return titles;
     };
     QCOMPARE(visible(), (QStringList{"top.txt", "other.txt", "2 Older Files Hidden"}));
-    MenuRenderer::applyModifiers(&menu, Qt::ShiftModifier);
+    QCOMPARE(menu.actions().size(), 3); // alternates are made when their key is first held
+    renderer.applyModifiers(&menu, Qt::ShiftModifier);
     QCOMPARE(visible(),
              (QStringList{"Delete top.txt", "Delete other.txt", "2 Older Files Hidden"}));
-    MenuRenderer::applyModifiers(&menu, Qt::ControlModifier);
+    renderer.applyModifiers(&menu, Qt::ControlModifier);
     QCOMPARE(visible().first(), QStringLiteral("Restore top.txt"));
-    MenuRenderer::applyModifiers(&menu, Qt::ShiftModifier | Qt::AltModifier); // no exact match
+    renderer.applyModifiers(&menu, Qt::ShiftModifier | Qt::AltModifier); // no exact match
     QCOMPARE(visible().first(), QStringLiteral("top.txt"));
-    MenuRenderer::applyModifiers(&menu, Qt::AltModifier);
-    menu.actions().at(0 + 1)->trigger(); // "Reveal top.txt"
+    renderer.applyModifiers(&menu, Qt::AltModifier);
+    const QList<QAction *> actions = menu.actions();
+    QAction *reveal = *std::find_if(actions.begin(), actions.end(),
+                                    [](QAction *action) { return action->isVisible(); });
+    QCOMPARE(reveal->text(), QStringLiteral("Reveal top.txt"));
+    QCOMPARE(reveal->toolTip(), QStringLiteral("/s/top.txt"));
+    reveal->trigger();
     QCOMPARE(chosen, (QList<std::pair<int, QString>>{{3, "/s/top.txt"}}));
-    QCOMPARE(menu.actions().at(1)->toolTip(), QStringLiteral("/s/top.txt"));
+    // Open, the alternate shown has its first word coloured; clicking it closes the menu and acts.
+    menu.popup(QPoint(0, 0));
+    renderer.applyModifiers(&menu, Qt::ShiftModifier);
+    QList<AlternateItemWidget *> shown = menu.findChildren<AlternateItemWidget *>();
+    shown.removeIf([](const AlternateItemWidget *row) { return !row->isVisible(); });
+    QCOMPARE(shown.size(), 2);
+    QCOMPARE(shown.first()->toolTip(), QStringLiteral("/s/top.txt"));
+    emit shown.first()->activated();
+    QCOMPARE(chosen.last(), (std::pair<int, QString>{4, "/s/top.txt"}));
+    QVERIFY(!menu.isVisible());
     // Only the first word is coloured, and names are never taken for markup.
     QCOMPARE(
         AlternateItemWidget::styledTitle("Delete a<b>.txt", QColor::fromRgbF(1.0f, 0.5f, 0.5f)),
@@ -321,28 +341,31 @@ void tst_Shell::previewsArriveOffTheMainThreadOncePerFile()
     MenuEntry typeEntry = MenuEntry::of(MenuEntry::Kind::Item, "x.png");
     typeEntry.iconKind = MenuEntry::IconKind::ForExtension;
     typeEntry.iconSource = "png";
-    const qint64 typeIcon = MenuRenderer::iconFor(typeEntry).cacheKey();
+    const QImage typeIcon = MenuRenderer::iconFor(typeEntry).pixmap(16).toImage();
     int rowsAtCompletion = 0;
-    connect(m.status.get(), &StatusMenu::populationCompleted, this, [&] {
+    const auto atCompletion = connect(m.status.get(), &StatusMenu::populationCompleted, this, [&] {
         for (QAction *row : previewRows()) {
             QVERIFY(!isRed(row));
-            if (!qobject_cast<QWidgetAction *>(row))
-                QCOMPARE(row->icon().cacheKey(), typeIcon);
+            QCOMPARE(rowPicture(row), typeIcon);
             ++rowsAtCompletion;
         }
     });
     QSignalSpy loaded(m.status.get(), &StatusMenu::previewsLoaded);
     m.openAndClose();
-    QCOMPARE(rowsAtCompletion, 2 * 3 * 3 + 2 * 2); // two filters, alternates, two restorable
+    QCOMPARE(rowsAtCompletion, 2 * 3); // two filters, no alternates until their key is held
     QCOMPARE(loaded.count(), 1);
     decoded.sort();
     QCOMPARE(decoded, (QStringList{"a.png", "b.png", "c.png"}));
     QVERIFY(!onMainThread);
     for (QAction *row : previewRows())
         QVERIFY2(isRed(row), qPrintable(row->text()));
-    m.openAndClose(); // the next opening takes them from the cache
+    disconnect(atCompletion);
+    m.openAndClose(); // the next opening takes them from the cache, before its rows are made
     QCOMPARE(decoded.size(), 3);
-    for (QAction *row : previewRows())
+    QTest::keyPress(m.submenu(m.menu(), "Images"), Qt::Key_Shift); // its alternates are made
+    const QList<QAction *> rows = previewRows();
+    QCOMPARE(rows.size(), 2 * 3 + 3);
+    for (QAction *row : rows)
         QVERIFY2(isRed(row), qPrintable(row->text()));
 }
 
@@ -352,11 +375,12 @@ void tst_Shell::openingsKeepTheNumberOfMenus()
     m.shadow("Top/Inner/deep.txt");
     m.shadow("Other/b.jpg");
     m.shadow("c.txt");
-    m.openAndClose();
     const auto count = [&m] {
+        m.browseAll(m.menu());
         return std::pair(m.menu()->findChildren<QMenu *>().size(),
                          m.menu()->findChildren<QAction *>().size());
     };
+    m.openAndClose();
     const auto first = count();
     for (int i = 0; i < 3; ++i) {
         m.openAndClose();
@@ -371,6 +395,7 @@ void tst_Shell::everyMenuShowsToolTips()
     for (int i = 0; i < 130; ++i)
         m.shadow(QStringLiteral("file%1.txt").arg(i));
     m.openAndClose();
+    m.browseAll(m.menu());
     QList<QMenu *> menus = m.menu()->findChildren<QMenu *>();
     menus.append(m.menu());
     QVERIFY(m.submenu(m.submenu(m.menu(), "Browse Shadow Desktop"), "Folder"));
