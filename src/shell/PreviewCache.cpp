@@ -1,13 +1,13 @@
 #include "PreviewCache.h"
 
-#include "FileStat.h"
-
+#include <QFileInfo>
 #include <QImageReader>
 
 QImage PreviewCache::preview(const QString &path, int pixels)
 {
     const QString key = path + u'\n' + QString::number(pixels);
-    const QDateTime modified = FileStat::modificationDate(path).value_or(QDateTime());
+    // The picture is read through a link, so the date is the target's.
+    const QDateTime modified = QFileInfo(path).lastModified();
     {
         const std::lock_guard lock(m_mutex);
         if (const Entry *entry = m_cache.object(key); entry && entry->modified == modified)
