@@ -29,8 +29,8 @@ public:
 
     // One opening of the status menu: made on the main thread with a snapshot of
     // everything the build reads, then the worker's alone until it hands the run
-    // back (finish() on the worker, finished() on the main thread). The quick
-    // filters are the run's own copies, so nothing in it is shared with the store.
+    // back. The quick filters are the run's own copies, so nothing in it is
+    // shared with the store.
     struct Run
     {
         std::shared_ptr<std::atomic<bool>> abort; // set when this opening's menu closes
@@ -45,11 +45,6 @@ public:
 
         // Adds a copy of filter, registered for its extensions with an empty submenu.
         void addFilter(const QuickFilterItem &filter);
-        void finish() { m_finished.store(true, std::memory_order_release); }
-        bool finished() const { return m_finished.load(std::memory_order_acquire); }
-
-    private:
-        std::atomic<bool> m_finished{false};
     };
 
     ShadowDesktopMenuBuilder(const ItemInfo &itemInfo, DatePredicate passesDateFilter,

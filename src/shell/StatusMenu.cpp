@@ -15,7 +15,7 @@ StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alert
       m_menu(std::make_unique<QMenu>()),
       m_renderer([&engine](int tag, const QString &path) { engine.menuItemPressed(tag, path); }),
       m_previews(std::make_shared<PreviewCache>()),
-      m_startWorker([this](std::function<void()> job) { m_workers.start(std::move(job)); })
+      m_startWorker([this](std::function<void()> job) { startThread(std::move(job)); })
 {
     m_menu->setToolTipsVisible(true);
     build();
@@ -37,10 +37,27 @@ StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alert
 
 StatusMenu::~StatusMenu()
 {
-    // Workers post back to this object: they stop at their next check, and are waited for.
+    // Workers deliver to this object: they stop at their next check, and are waited for.
     if (m_run)
         *m_run->abort = true;
-    m_workers.waitForDone();
+    for (Worker &worker : m_workers)
+        worker.thread.join();
+}
+
+void StatusMenu::startThread(std::function<void()> job)
+{
+    std::erase_if(m_workers, [](Worker &worker) {
+        if (!*worker.done)
+            return false;
+        worker.thread.join();
+        return true;
+    });
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    m_workers.push_back({std::thread([job = std::move(job), done] {
+                             job();
+                             *done = true;
+                         }),
+                         done});
 }
 
 QMenu *StatusMenu::makeMenu(const QString &title, QWidget *parent)
@@ -182,34 +199,58 @@ void StatusMenu::menuNeedsUpdate()
 }
 
 // On the worker: the build, then the previews of the quick filters' images,
-// each handed to the main thread as it is ready.
+// each handed over as it is ready.
 void StatusMenu::populate(const std::shared_ptr<Run> &run, int previewPixels)
 {
     m_engine.buildShadowDesktopMenu(*run);
     const QStringList previewSources = MenuRenderer::previewSources(run->filterMenus);
-    run->finish();
-    QMetaObject::invokeMethod(
-        this, [this, run] { populationComplete(run); }, Qt::QueuedConnection);
+    deliver({Delivery::Built, run, {}, {}});
     for (const QString &path : previewSources) {
         if (*run->abort)
             break;
         const QImage image = m_previews->preview(path, previewPixels);
         if (!image.isNull())
-            QMetaObject::invokeMethod(
-                this,
-                [this, run, path, image] {
-                    if (run == m_run)
-                        m_renderer.setPreview(path, image);
-                },
-                Qt::QueuedConnection);
+            deliver({Delivery::Preview, run, path, image});
     }
-    QMetaObject::invokeMethod(
-        this,
-        [this, run] {
-            if (run == m_run)
-                emit previewsLoaded();
-        },
-        Qt::QueuedConnection);
+    deliver({Delivery::PreviewsDone, run, {}, {}});
+}
+
+// A worker's results travel through this queue under a lock, not inside the
+// queued call, so that what the worker made is seen whole here.
+void StatusMenu::deliver(Delivery delivery)
+{
+    bool wasEmpty = false;
+    {
+        const std::lock_guard lock(m_deliveriesMutex);
+        wasEmpty = m_deliveries.empty();
+        m_deliveries.push_back(std::move(delivery));
+    }
+    if (wasEmpty)
+        QMetaObject::invokeMethod(this, "takeDeliveries", Qt::QueuedConnection);
+}
+
+void StatusMenu::takeDeliveries()
+{
+    std::vector<Delivery> deliveries;
+    {
+        const std::lock_guard lock(m_deliveriesMutex);
+        deliveries.swap(m_deliveries);
+    }
+    for (const Delivery &delivery : deliveries) {
+        if (delivery.run != m_run)
+            continue; // an earlier opening's
+        switch (delivery.kind) {
+        case Delivery::Built:
+            populationComplete(*delivery.run);
+            break;
+        case Delivery::Preview:
+            m_renderer.setPreview(delivery.path, delivery.image);
+            break;
+        case Delivery::PreviewsDone:
+            emit previewsLoaded();
+            break;
+        }
+    }
 }
 
 void StatusMenu::menuWillOpen()
@@ -226,24 +267,22 @@ void StatusMenu::menuDidClose()
     m_data.stopUpdatingTimeRemaining();
 }
 
-void StatusMenu::populationComplete(const std::shared_ptr<Run> &run)
+void StatusMenu::populationComplete(const Run &run)
 {
-    if (run != m_run || !run->finished())
-        return;
     m_updatingIndicator->setVisible(false);
     m_shadowDesktopMenu->menuAction()->setVisible(true);
     m_shadowDesktopMenu->menuAction()->setEnabled(true);
     m_renderer.forgetPreviews();
-    m_renderer.render(m_shadowDesktopMenu, run->tree);
+    m_renderer.render(m_shadowDesktopMenu, run.tree);
     for (qsizetype i = 0; i < m_filterEntries.size(); ++i) {
         QAction *entry = m_filterEntries.at(i);
-        m_renderer.renderWhenShown(entry->menu(), run->filterMenus.at(i));
-        const bool empty = run->filterMenus.at(i)->submenu.empty();
+        m_renderer.renderWhenShown(entry->menu(), run.filterMenus.at(i));
+        const bool empty = run.filterMenus.at(i)->submenu.empty();
         m_filterItems.at(i)->setWasLastHidden(empty);
         entry->setVisible(!empty);
         entry->setEnabled(!empty);
     }
-    const quint64 size = m_engine.getFolderSize(run->root, QDateTime::currentDateTimeUtc());
+    const quint64 size = m_engine.getFolderSize(run.root, QDateTime::currentDateTimeUtc());
     m_shadowDesktop->setText(QStringLiteral("Shadow Desktop (%1)").arg(SizeText::format(size)));
     m_shadowDesktop->setToolTip(
         size == 0 ? QStringLiteral("Size estimation took too long and was aborted, there "

@@ -5,11 +5,15 @@
 #include "QuickFilterList.h"
 #include "ShadowDesktopMenuBuilder.h"
 
+#include <QImage>
 #include <QObject>
-#include <QThreadPool>
 
+#include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 class AlertPresenter;
 class PreviewCache;
@@ -31,7 +35,8 @@ public:
     static constexpr int kAnchorTag = 99;
     static constexpr int kQuickFilterTag = 77;
     using Run = ShadowDesktopMenuBuilder::Run;
-    // Runs a job on a worker thread.
+    // Runs a job on a worker thread; by default a thread of its own, joined when
+    // done (or when the menu goes).
     using WorkerStarter = std::function<void(std::function<void()> job)>;
 
     StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alerts,
@@ -63,12 +68,35 @@ signals:
     void previewsLoaded();
 
 private:
+    // What a worker hands the main thread.
+    struct Delivery
+    {
+        enum Kind
+        {
+            Built,
+            Preview,
+            PreviewsDone
+        } kind;
+        std::shared_ptr<Run> run;
+        QString path;
+        QImage image;
+    };
+    struct Worker
+    {
+        std::thread thread;
+        std::shared_ptr<std::atomic<bool>> done;
+    };
+
     void build();
     void menuNeedsUpdate();
     void menuWillOpen();
     void menuDidClose();
+    void startThread(std::function<void()> job);
     void populate(const std::shared_ptr<Run> &run, int previewPixels);
-    void populationComplete(const std::shared_ptr<Run> &run);
+    // Any thread: queues it and has takeDeliveries() called on the main thread.
+    void deliver(Delivery delivery);
+    Q_INVOKABLE void takeDeliveries();
+    void populationComplete(const Run &run);
     QMenu *makeMenu(const QString &title, QWidget *parent);
     QMenu *addSubmenu(QMenu *menu, const QString &title);
     void writeOutlineIfAsked() const;
@@ -92,7 +120,9 @@ private:
     QList<QuickFilterList::ItemPointer> m_filterItems; // index-parallel with m_filterEntries
     std::shared_ptr<Run> m_run; // the current opening's; results of others are dropped
     std::shared_ptr<PreviewCache> m_previews;
-    QThreadPool m_workers;
+    std::vector<Worker> m_workers;
     WorkerStarter m_startWorker;
+    std::mutex m_deliveriesMutex;
+    std::vector<Delivery> m_deliveries;
     bool m_threadFinished = true;
 };

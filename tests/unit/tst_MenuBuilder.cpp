@@ -259,6 +259,7 @@ void tst_MenuBuilder::buildReadsTheSnapshotOfItsOpening()
     f.load();
     f.setAge(shadow(f, "old.jpg"), 3 * 86400);
     shadow(f, "Sub/new.png");
+    shadow(f, "later.txt");
     const auto run = f.engine.beginMenuPopulate();
     // The main thread changes the store after the opening began, before the worker runs.
     f.data.setDateFilter(1);
@@ -267,7 +268,6 @@ void tst_MenuBuilder::buildReadsTheSnapshotOfItsOpening()
     images.setStyle(0);
     images.fileExtensions().append(QStringLiteral("txt"));
     f.data.removeQuickFilter(0);
-    shadow(f, "later.txt");
     f.engine.buildShadowDesktopMenu(*run);
     QCOMPARE(countTag(run->tree, 2), 2); // the date filter as it was: old.jpg shows
     QCOMPARE(run->filterMenus.size(), 11);

@@ -31,12 +31,18 @@ struct MenuFixture
     std::unique_ptr<StatusMenu> status;
     QList<std::function<void()>> jobs;
 
-    MenuFixture()
+    enum Workers
+    {
+        WhenTold,
+        OwnThreads // the menu's own, as in the application
+    };
+    explicit MenuFixture(Workers workers = WhenTold)
     {
         f.load();
         status = std::make_unique<StatusMenu>(f.data, f.engine, alerts);
-        status->setWorkerStarter(
-            [this](std::function<void()> job) { jobs.append(std::move(job)); });
+        if (workers == WhenTold)
+            status->setWorkerStarter(
+                [this](std::function<void()> job) { jobs.append(std::move(job)); });
     }
     QString shadow(const QString &relative, const QByteArray &content = "x")
     {
@@ -106,6 +112,7 @@ private slots:
     void aStaleCompletionIsDropped();
     void closingBeforeTheWorkerStartsStopsIt();
     void previewsArriveOffTheMainThreadOncePerFile();
+    void openingsOnTheMenusOwnThreads();
     void openingsKeepTheNumberOfMenus();
     void everyMenuShowsToolTips();
     void dismissingTheRestoreQuestionRestoresNothing();
@@ -367,6 +374,35 @@ void tst_Shell::previewsArriveOffTheMainThreadOncePerFile()
     QCOMPARE(rows.size(), 2 * 3 + 3);
     for (QAction *row : rows)
         QVERIFY2(isRed(row), qPrintable(row->text()));
+}
+
+void tst_Shell::openingsOnTheMenusOwnThreads()
+{
+    MenuFixture m(MenuFixture::OwnThreads);
+    for (int i = 0; i < 20; ++i)
+        writeImage(m.shadow(QStringLiteral("Pictures/p%1.png").arg(i)), Qt::red);
+    m.shadow("notes.txt");
+    QSignalSpy loaded(m.status.get(), &StatusMenu::previewsLoaded);
+    m.menu()->popup(QPoint(0, 0));
+    // While the first worker builds, the store changes (as the 61-second check and
+    // the menu's own entries change it), and the menu closes and opens again.
+    m.f.data.setLastTidyTime(QDateTime::currentDateTimeUtc());
+    m.f.data.setQuickFiltersMode(2);
+    m.f.data.filterItems().at(1)->fileExtensions().append(QStringLiteral("txt"));
+    m.menu()->hide();
+    m.menu()->popup(QPoint(0, 0));
+    QVERIFY(loaded.wait(60000));
+    QCoreApplication::processEvents(); // nothing of the first opening follows
+    QCOMPARE(loaded.count(), 1);
+    QMenu *images = m.submenu(m.menu(), "Images");
+    const QStringList rows = m.titles(images);
+    QCOMPARE(rows.size(), 1 + 20 + 2); // by type, as the second opening was asked
+    QCOMPARE(rows.first(), QStringLiteral("PNG"));
+    QCOMPARE(rows.mid(21), (QStringList{"TXT", "notes.txt"}));
+    for (QAction *row : images->actions())
+        if (row->text().endsWith(".png"))
+            QVERIFY2(rowPicture(row).pixelColor(8, 8) == Qt::red, qPrintable(row->text()));
+    m.menu()->hide();
 }
 
 void tst_Shell::openingsKeepTheNumberOfMenus()
