@@ -17,9 +17,9 @@ class QWidget;
 
 // Turns entry descriptions into real menus on the main thread. An alternate is
 // shown in place of the entry before it while exactly its modifier key is held
-// (Option = Alt), as the menu is open; choosing an entry calls back with its
-// tag and path. A row that is to show a preview shows its type icon until the
-// picture is handed in.
+// (Option = Alt), as the menu is open; it is made the first time its key is
+// held. Choosing an entry calls back with its tag and path. A row that is to
+// show a preview shows its type icon until the picture is handed in.
 class MenuRenderer : public QObject
 {
     Q_OBJECT
@@ -57,15 +57,16 @@ private:
     // A new action of menu for entry, not yet added to it.
     QAction *makeAction(QMenu *menu, const MenuEntryPointer &entry);
     void menuAboutToShow();
+    // The one icon of all rows that preview path.
+    QIcon previewIcon(const QString &path);
 
-    Chosen m_chosen;
     struct Preview
     {
         QIcon icon; // shows the picture once it is in
         std::shared_ptr<QPixmap> picture;
         QList<QPointer<QAction>> rows;
     };
-    QIcon previewIcon(const QString &path);
 
+    Chosen m_chosen;
     QHash<QString, Preview> m_previews; // by file
 };
