@@ -3,11 +3,12 @@ BUILD_DIR ?= build
 FUZZ_DIR ?= build-fuzz
 BENCH_DIR ?= build-bench
 SANITIZE_DIR ?= build-asan
+TSAN_DIR ?= build-tsan
 BUILD_TYPE ?= RelWithDebInfo
 SECONDS ?= 60
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps configure build run install test sanitize bench fuzz format clean
+.PHONY: all deps configure build run install test sanitize tsan bench fuzz format clean
 PREFIX ?= /usr/local
 
 all: build
@@ -47,6 +48,18 @@ sanitize:
 	cmake --build $(SANITIZE_DIR) -j $(JOBS)
 	cd $(SANITIZE_DIR) && ASAN_OPTIONS=detect_leaks=0 ctest --output-on-failure -j $(JOBS)
 
+# The tests that run threads again, built with ThreadSanitizer: the listing
+# worker, the menu worker and its previews, the size estimate and the engine.
+TSAN_TESTS = tst_FileListBuilder tst_MenuBuilder tst_Shell tst_TidyEngine
+tsan:
+	@scripts/install-deps.sh build test
+	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+	  -DCMAKE_CXX_FLAGS="-fsanitize=thread -fno-omit-frame-pointer" \
+	  -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=thread"
+	cmake --build $(TSAN_DIR) -j $(JOBS) --target $(TSAN_TESTS)
+	cd $(TSAN_DIR) && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/tsan.supp" \
+	  ctest --output-on-failure -j $(JOBS) -R '^($(subst $(eval) ,|,$(TSAN_TESTS)))$$'
+
 bench:
 	@scripts/install-deps.sh build bench
 	@$(MAKE) --no-print-directory build BUILD_DIR=$(BENCH_DIR) BUILD_TYPE=Release
@@ -63,4 +76,4 @@ format:
 	clang-format -i $$(git ls-files '*.cpp' '*.h')
 
 clean:
-	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(BENCH_DIR) $(SANITIZE_DIR)
+	rm -rf $(BUILD_DIR) $(FUZZ_DIR) $(BENCH_DIR) $(SANITIZE_DIR) $(TSAN_DIR)

@@ -83,7 +83,15 @@ ours=$(median_of "$build/bench/bench_plist_convert $work/Brevano.data $work/ours
 ref=$(median_of "plistutil -i $work/Brevano.data -o $work/theirs.plist -f xml")
 report data-file-50000-entries "$ours" "$ref" -
 
-# 5. The tray application: start-up, memory, idle wake-ups.
+# 5. The status menu: the longest main-thread stall while it opens and fills
+# (offscreen), 150 images of 1200x1200 under "Images" and 1,920 plain files;
+# the first of three openings decodes the previews.
+ours=$(QT_QPA_PLATFORM=offscreen "$build/bench/bench_menu" images 150 3 2>/dev/null)
+report menu-open-stall-150-images "$ours" 0.05 1
+ours=$(QT_QPA_PLATFORM=offscreen "$build/bench/bench_menu" files 1920 3 2>/dev/null)
+report menu-open-stall-1920-files "$ours" 0.05 1
+
+# 6. The tray application: start-up, memory, idle wake-ups.
 source "$here/../scripts/xvfb.sh"
 start_xvfb
 dbus-run-session -- bash -c '

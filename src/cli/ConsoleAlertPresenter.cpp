@@ -12,14 +12,14 @@ int ConsoleAlertPresenter::runModal(const Alert &alert)
     if (alert.buttons.size() <= 1)
         return 0;
     if (!::isatty(STDIN_FILENO))
-        return int(alert.buttons.size() - 1);
+        return Dismissed;
     QTextStream in(stdin);
     for (;;) {
         m_err << alert.buttons.join(u'/') << "? ";
         m_err.flush();
         const QString answer = in.readLine().trimmed();
-        if (answer.isNull())
-            return int(alert.buttons.size() - 1);
+        if (answer.isNull()) // the end of the input
+            return Dismissed;
         for (qsizetype i = 0; i < alert.buttons.size(); ++i) {
             if (!answer.isEmpty() && alert.buttons.at(i).startsWith(answer, Qt::CaseInsensitive))
                 return int(i);

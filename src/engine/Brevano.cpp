@@ -497,17 +497,32 @@ bool Brevano::isOptionPressed() const
 
 // ---- the Shadow Desktop menu ----
 
-int Brevano::buildShadowDesktopMenu(MenuEntry &shadowEntry,
-                                    ShadowDesktopMenuBuilder::Registry &registry)
+std::shared_ptr<ShadowDesktopMenuBuilder::Run> Brevano::beginMenuPopulate()
 {
-    m_abortMenuPopulate = false;
-    QList<QuickFilterItem *> filters;
-    for (const auto &item : m_data.filterItems())
-        filters.append(item.get());
+    // A run still going belongs to an opening that is over.
+    *m_abortMenuPopulate = true;
+    m_abortMenuPopulate = std::make_shared<std::atomic<bool>>(false);
+    auto run = std::make_shared<ShadowDesktopMenuBuilder::Run>();
+    run->abort = m_abortMenuPopulate;
+    run->root = getTargetFilename();
+    run->dateFilter = m_data.getDateFilter();
+    run->now = m_services.scheduler.now();
+    run->organiseMode = m_data.getQuickFiltersMode();
+    for (const auto &filter : m_data.filterItems())
+        run->addFilter(*filter);
+    return run;
+}
+
+int Brevano::buildShadowDesktopMenu(ShadowDesktopMenuBuilder::Run &run) const
+{
+    const quint32 dateFilter = run.dateFilter;
+    const QDateTime now = run.now;
     ShadowDesktopMenuBuilder builder(
-        m_services.itemInfo, [this](const QString &path) { return filePassesDateFilter(path); },
-        m_abortMenuPopulate);
-    builder.buildShadowDesktopMenu(shadowEntry, getTargetFilename(), registry, filters,
-                                   m_data.getQuickFiltersMode());
+        m_services.itemInfo,
+        [dateFilter, now](const QString &path) {
+            return ModifiedDateFilter::passes(dateFilter, FileStat::modificationDate(path), now);
+        },
+        *run.abort);
+    builder.build(run);
     return 0;
 }

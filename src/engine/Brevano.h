@@ -131,14 +131,18 @@ public:
     void closeEventStream();
     void delayAutomatedTidyDueToChange();
     QDateTime earliestTidy() const { return m_earliestTidy; }
-    bool abortMenuPopulate() const { return m_abortMenuPopulate; }
-    // Set from the main thread (the menu closed); the menu worker reads it.
-    void setAbortMenuPopulate(bool abort) { m_abortMenuPopulate = abort; }
+    // The current opening's flag. Set from the main thread (the menu closed); the
+    // menu worker reads it and never clears it.
+    bool abortMenuPopulate() const { return *m_abortMenuPopulate; }
+    void setAbortMenuPopulate(bool abort) { *m_abortMenuPopulate = abort; }
 
-    // ---- the Shadow Desktop menu (on a worker thread) ----
-    // Fills shadowEntry and, through the registry, the quick filters' submenus.
-    int buildShadowDesktopMenu(MenuEntry &shadowEntry,
-                               ShadowDesktopMenuBuilder::Registry &registry);
+    // ---- the Shadow Desktop menu ----
+    // On the main thread, as the menu opens: a new, cleared abort flag for this
+    // opening (the one before keeps its own, set) and a snapshot of every setting
+    // the build reads.
+    std::shared_ptr<ShadowDesktopMenuBuilder::Run> beginMenuPopulate();
+    // On the worker: fills the run's tree and its quick filters' submenus.
+    int buildShadowDesktopMenu(ShadowDesktopMenuBuilder::Run &run) const;
 
     // ---- notifications ----
     void notifyUser(const QString &title, const QString &description,
@@ -213,7 +217,8 @@ private:
     QHash<QString, std::function<void(const QVariantMap &)>> m_actions;
 
     bool m_isRepeatTidy = false;
-    std::atomic<bool> m_abortMenuPopulate{false};
+    std::shared_ptr<std::atomic<bool>> m_abortMenuPopulate =
+        std::make_shared<std::atomic<bool>>(false);
     Scheduler::TaskId m_timer = 0;
     Scheduler::TaskId m_retry = 0;
     QSet<Scheduler::TaskId> m_pendingPasses;

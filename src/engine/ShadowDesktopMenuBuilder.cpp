@@ -52,6 +52,25 @@ struct FolderToDescend
 };
 } // namespace
 
+void ShadowDesktopMenuBuilder::Run::addFilter(const QuickFilterItem &filter)
+{
+    // Over a copy of the record: later edits of the store's filter are not seen.
+    auto copy = std::make_unique<QuickFilterItem>(filter.tempDictionary().deepCopy());
+    auto menu = std::make_shared<MenuEntry>(MenuEntry::of(MenuEntry::Kind::Item, copy->getName()));
+    menu->hasSubmenu = true;
+    copy->registerFileTypes(registry, QVariant::fromValue(menu));
+    filters.push_back(std::move(copy));
+    filterMenus.append(menu);
+}
+
+void ShadowDesktopMenuBuilder::build(Run &run)
+{
+    QList<QuickFilterItem *> filters;
+    for (const auto &filter : run.filters)
+        filters.append(filter.get());
+    buildShadowDesktopMenu(run.tree, run.root, run.registry, filters, run.organiseMode);
+}
+
 void ShadowDesktopMenuBuilder::buildShadowDesktopMenu(MenuEntry &shadowEntry, const QString &root,
                                                       Registry &registry,
                                                       const QList<QuickFilterItem *> &filters,

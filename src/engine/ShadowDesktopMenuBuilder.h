@@ -3,10 +3,13 @@
 #include "MenuEntry.h"
 #include "QuickFilterItem.h"
 
+#include <QDateTime>
 #include <QHash>
 
 #include <atomic>
 #include <functional>
+#include <memory>
+#include <vector>
 
 class ItemInfo;
 
@@ -24,12 +27,34 @@ public:
     using Registry = QHash<QString, QList<QuickFilterItem *>>;
     using DatePredicate = std::function<bool(const QString &path)>;
 
+    // One opening of the status menu: made on the main thread with a snapshot of
+    // everything the build reads, then the worker's alone until it hands the run
+    // back. The quick filters are the run's own copies, so nothing in it is
+    // shared with the store.
+    struct Run
+    {
+        std::shared_ptr<std::atomic<bool>> abort; // set when this opening's menu closes
+        QString root;
+        quint32 dateFilter = 0;
+        QDateTime now;
+        quint32 organiseMode = 0;
+        std::vector<std::unique_ptr<QuickFilterItem>> filters;
+        QList<MenuEntryPointer> filterMenus; // index-parallel with filters
+        Registry registry;
+        MenuEntry tree;
+
+        // Adds a copy of filter, registered for its extensions with an empty submenu.
+        void addFilter(const QuickFilterItem &filter);
+    };
+
     ShadowDesktopMenuBuilder(const ItemInfo &itemInfo, DatePredicate passesDateFilter,
                              const std::atomic<bool> &abort)
         : m_itemInfo(itemInfo), m_passesDateFilter(std::move(passesDateFilter)), m_abort(abort)
     {
     }
 
+    // Builds the run's tree and filter submenus from its snapshot.
+    void build(Run &run);
     // Fills shadowEntry's submenu from root, then (unless aborted) each filter's
     // submenu by organiseMode: 1 by folder, 2 by type, 3 alphabetically.
     void buildShadowDesktopMenu(MenuEntry &shadowEntry, const QString &root, Registry &registry,

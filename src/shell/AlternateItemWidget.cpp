@@ -7,22 +7,29 @@
 
 AlternateItemWidget::AlternateItemWidget(const QIcon &icon, const QString &title,
                                          const QColor &firstWordColor, QWidget *parent)
-    : QWidget(parent), m_text(new QLabel), m_firstWordColor(firstWordColor), m_title(title)
+    : QWidget(parent), m_icon(new QLabel), m_text(new QLabel), m_firstWordColor(firstWordColor),
+      m_title(title)
 {
     auto *layout = new QHBoxLayout(this);
     const int margin = style()->pixelMetric(QStyle::PM_MenuHMargin, nullptr, this) + 4;
     layout->setContentsMargins(margin, 3, margin + 12, 3);
     layout->setSpacing(6);
-    auto *iconLabel = new QLabel;
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
-    iconLabel->setFixedSize(size, size);
-    if (!icon.isNull())
-        iconLabel->setPixmap(icon.pixmap(size, size));
-    layout->addWidget(iconLabel);
+    m_icon->setFixedSize(size, size);
+    setIcon(icon);
+    layout->addWidget(m_icon);
     m_text->setTextFormat(Qt::RichText);
     m_text->setText(styledTitle(title, firstWordColor));
     layout->addWidget(m_text, 1);
     setMouseTracking(true);
+}
+
+void AlternateItemWidget::setIcon(const QIcon &icon)
+{
+    if (icon.isNull())
+        m_icon->clear();
+    else
+        m_icon->setPixmap(icon.pixmap(m_icon->size()));
 }
 
 QString AlternateItemWidget::styledTitle(const QString &title, const QColor &firstWordColor)

@@ -15,6 +15,7 @@ public:
                         QWidget *parent = nullptr);
 
     static QString styledTitle(const QString &title, const QColor &firstWordColor);
+    void setIcon(const QIcon &icon);
 
 signals:
     void activated();
@@ -27,6 +28,7 @@ protected:
 private:
     void setHighlighted(bool highlighted);
 
+    QLabel *m_icon;
     QLabel *m_text;
     QColor m_firstWordColor;
     QString m_title;

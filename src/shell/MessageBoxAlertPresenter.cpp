@@ -1,11 +1,29 @@
 #include "MessageBoxAlertPresenter.h"
 
+#include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
 
+namespace {
+// Escape and the window's close button put the box away without an answer; a
+// plain message box takes either as a click on its way-out button.
+class DismissableMessageBox : public QMessageBox
+{
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->matches(QKeySequence::Cancel))
+            reject();
+        else
+            QMessageBox::keyPressEvent(event);
+    }
+    void closeEvent(QCloseEvent *event) override { QDialog::closeEvent(event); }
+};
+} // namespace
+
 int MessageBoxAlertPresenter::runModal(const Alert &alert)
 {
-    QMessageBox box;
+    DismissableMessageBox box;
     box.setWindowTitle(QStringLiteral("Brevano"));
     box.setText(alert.title);
     box.setInformativeText(alert.message);
@@ -21,5 +39,5 @@ int MessageBoxAlertPresenter::runModal(const Alert &alert)
         box.setDefaultButton(buttons.first());
     box.exec();
     const qsizetype index = buttons.indexOf(static_cast<QPushButton *>(box.clickedButton()));
-    return index < 0 ? int(alert.buttons.size() - 1) : int(index);
+    return index < 0 ? Dismissed : int(index);
 }

@@ -4,6 +4,7 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "NotificationCenter.h"
+#include "PreviewCache.h"
 #include "SizeText.h"
 
 #include <QMenu>
@@ -12,8 +13,11 @@
 StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alerts, QObject *parent)
     : QObject(parent), m_data(data), m_engine(engine), m_alerts(alerts),
       m_menu(std::make_unique<QMenu>()),
-      m_renderer([&engine](int tag, const QString &path) { engine.menuItemPressed(tag, path); })
+      m_renderer([&engine](int tag, const QString &path) { engine.menuItemPressed(tag, path); }),
+      m_previews(std::make_shared<PreviewCache>()),
+      m_startWorker([this](std::function<void()> job) { startThread(std::move(job)); })
 {
+    m_menu->setToolTipsVisible(true);
     build();
     connect(m_menu.get(), &QMenu::aboutToShow, this, [this] {
         menuNeedsUpdate();
@@ -33,8 +37,41 @@ StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alert
 
 StatusMenu::~StatusMenu()
 {
-    m_engine.setAbortMenuPopulate(true);
-    waitForPopulation();
+    // Workers deliver to this object: they stop at their next check, and are waited for.
+    if (m_run)
+        *m_run->abort = true;
+    for (Worker &worker : m_workers)
+        worker.thread.join();
+}
+
+void StatusMenu::startThread(std::function<void()> job)
+{
+    std::erase_if(m_workers, [](Worker &worker) {
+        if (!*worker.done)
+            return false;
+        worker.thread.join();
+        return true;
+    });
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    m_workers.push_back({std::thread([job = std::move(job), done] {
+                             job();
+                             *done = true;
+                         }),
+                         done});
+}
+
+QMenu *StatusMenu::makeMenu(const QString &title, QWidget *parent)
+{
+    auto *menu = new QMenu(title, parent);
+    menu->setToolTipsVisible(true);
+    return menu;
+}
+
+QMenu *StatusMenu::addSubmenu(QMenu *menu, const QString &title)
+{
+    QMenu *submenu = makeMenu(title, menu);
+    menu->addMenu(submenu);
+    return submenu;
 }
 
 QAction *StatusMenu::addCheckable(QMenu *menu, const QString &title, int tag,
@@ -64,13 +101,13 @@ void StatusMenu::build()
 
     m_shadowDesktop = menu->addAction(QStringLiteral("Shadow Desktop"));
     connect(m_shadowDesktop, &QAction::triggered, this, &StatusMenu::revealShadowDesktopRequested);
-    m_shadowDesktopMenu = menu->addMenu(QStringLiteral("Browse Shadow Desktop"));
+    m_shadowDesktopMenu = addSubmenu(menu, QStringLiteral("Browse Shadow Desktop"));
     m_updatingIndicator = menu->addAction(QStringLiteral("Updating..."));
     m_updatingIndicator->setVisible(false);
     m_anchor = menu->addSeparator();
     m_anchor->setData(kAnchorTag);
 
-    QMenu *organise = menu->addMenu(QStringLiteral("Organise Quick Filters"));
+    QMenu *organise = addSubmenu(menu, QStringLiteral("Organise Quick Filters"));
     const auto selectOrganise = [this](int tag) {
         m_data.setQuickFiltersMode(quint32(tag));
         updateQuickFiltersSelection();
@@ -78,7 +115,7 @@ void StatusMenu::build()
     m_organiseItems = {addCheckable(organise, QStringLiteral("By Folder"), 1, selectOrganise),
                        addCheckable(organise, QStringLiteral("By Type"), 2, selectOrganise),
                        addCheckable(organise, QStringLiteral("Alphabetically"), 3, selectOrganise)};
-    QMenu *dateFilter = menu->addMenu(QStringLiteral("Show Files Modified"));
+    QMenu *dateFilter = addSubmenu(menu, QStringLiteral("Show Files Modified"));
     const auto selectDateFilter = [this](int tag) {
         m_data.setDateFilter(quint32(tag));
         updateDateFilterSelection();
@@ -101,7 +138,7 @@ void StatusMenu::build()
     connect(menu->addAction(QStringLiteral("Empty Shadow Desktop...")), &QAction::triggered, this,
             &StatusMenu::emptyShadowDesktop);
     menu->addSeparator();
-    QMenu *help = menu->addMenu(QStringLiteral("Help"));
+    QMenu *help = addSubmenu(menu, QStringLiteral("Help"));
     connect(help->addAction(QStringLiteral("User Guide")), &QAction::triggered, this,
             &StatusMenu::helpRequested);
     connect(help->addAction(QStringLiteral("Support")), &QAction::triggered, this,
@@ -133,53 +170,91 @@ void StatusMenu::updateDateFilterSelection()
         m_dateFilterItems[i]->setChecked(quint32(i) == filter);
 }
 
-void StatusMenu::waitForPopulation()
-{
-    if (m_population.valid())
-        m_population.wait();
-}
-
 void StatusMenu::menuNeedsUpdate()
 {
-    // The last opening's worker was told to stop when the menu closed.
-    waitForPopulation();
     m_shadowDesktopMenu->menuAction()->setEnabled(false);
     m_shadowDesktop->setText(QStringLiteral("Shadow Desktop Updating..."));
     m_updatingIndicator->setVisible(false);
-    m_menuDict.clear();
     for (QAction *entry : std::as_const(m_filterEntries)) {
         m_menu->removeAction(entry);
         entry->menu()->deleteLater();
     }
     m_filterEntries.clear();
-    m_filterMenus.clear();
+    // This opening's own state, with a cleared abort flag; an earlier opening's
+    // worker and completion go on with theirs and are then ignored.
+    m_run = m_engine.beginMenuPopulate();
+    m_filterItems = m_data.filterItems();
     QAction *before = m_menu->actions().value(m_menu->actions().indexOf(m_anchor) + 1);
-    for (const auto &filter : m_data.filterItems()) {
-        auto *submenu = new QMenu(filter->getName(), m_menu.get());
-        QAction *entry = submenu->menuAction();
+    for (const auto &filter : std::as_const(m_filterItems)) {
+        QAction *entry = makeMenu(filter->getName(), m_menu.get())->menuAction();
         entry->setData(kQuickFilterTag);
         entry->setVisible(!filter->wasLastHidden());
         entry->setEnabled(false);
         m_menu->insertAction(before, entry);
         m_filterEntries.append(entry);
-        auto description = std::make_shared<MenuEntry>(
-            MenuEntry::of(MenuEntry::Kind::Item, filter->getName(), kQuickFilterTag));
-        description->hasSubmenu = true;
-        filter->registerFileTypes(m_menuDict, QVariant::fromValue(description));
-        m_filterMenus.append(description);
     }
-    auto tree = std::make_shared<MenuEntry>();
     m_threadFinished = false;
-    m_population = std::async(std::launch::async, [this, tree] {
-        m_engine.buildShadowDesktopMenu(*tree, m_menuDict);
-        QMetaObject::invokeMethod(
-            this, [this, tree] { populationComplete(tree); }, Qt::QueuedConnection);
-    });
+    const int previewPixels = MenuRenderer::previewPixels(m_menu.get());
+    m_startWorker([this, run = m_run, previewPixels] { populate(run, previewPixels); });
+}
+
+// On the worker: the build, then the previews of the quick filters' images,
+// each handed over as it is ready.
+void StatusMenu::populate(const std::shared_ptr<Run> &run, int previewPixels)
+{
+    m_engine.buildShadowDesktopMenu(*run);
+    const QStringList previewSources = MenuRenderer::previewSources(run->filterMenus);
+    deliver({Delivery::Built, run, {}, {}});
+    for (const QString &path : previewSources) {
+        if (*run->abort)
+            break;
+        const QImage image = m_previews->preview(path, previewPixels);
+        if (!image.isNull())
+            deliver({Delivery::Preview, run, path, image});
+    }
+    deliver({Delivery::PreviewsDone, run, {}, {}});
+}
+
+// A worker's results travel through this queue under a lock, not inside the
+// queued call, so that what the worker made is seen whole here.
+void StatusMenu::deliver(Delivery delivery)
+{
+    bool wasEmpty = false;
+    {
+        const std::lock_guard lock(m_deliveriesMutex);
+        wasEmpty = m_deliveries.empty();
+        m_deliveries.push_back(std::move(delivery));
+    }
+    if (wasEmpty)
+        QMetaObject::invokeMethod(this, "takeDeliveries", Qt::QueuedConnection);
+}
+
+void StatusMenu::takeDeliveries()
+{
+    std::vector<Delivery> deliveries;
+    {
+        const std::lock_guard lock(m_deliveriesMutex);
+        deliveries.swap(m_deliveries);
+    }
+    for (const Delivery &delivery : deliveries) {
+        if (delivery.run != m_run)
+            continue; // an earlier opening's
+        switch (delivery.kind) {
+        case Delivery::Built:
+            populationComplete(*delivery.run);
+            break;
+        case Delivery::Preview:
+            m_renderer.setPreview(delivery.path, delivery.image);
+            break;
+        case Delivery::PreviewsDone:
+            emit previewsLoaded();
+            break;
+        }
+    }
 }
 
 void StatusMenu::menuWillOpen()
 {
-    m_engine.setAbortMenuPopulate(false);
     const bool showNext = m_engine.getEnabled() && m_data.getShowTimeUntilTidy();
     m_nextTidy->setVisible(showNext);
     if (showNext)
@@ -192,24 +267,22 @@ void StatusMenu::menuDidClose()
     m_data.stopUpdatingTimeRemaining();
 }
 
-void StatusMenu::populationComplete(const std::shared_ptr<MenuEntry> &tree)
+void StatusMenu::populationComplete(const Run &run)
 {
     m_updatingIndicator->setVisible(false);
     m_shadowDesktopMenu->menuAction()->setVisible(true);
     m_shadowDesktopMenu->menuAction()->setEnabled(true);
-    m_renderer.render(m_shadowDesktopMenu, *tree);
-    const auto &filters = m_data.filterItems();
-    for (qsizetype i = 0; i < filters.size() && i < m_filterEntries.size(); ++i) {
+    m_renderer.forgetPreviews();
+    m_renderer.render(m_shadowDesktopMenu, run.tree);
+    for (qsizetype i = 0; i < m_filterEntries.size(); ++i) {
         QAction *entry = m_filterEntries.at(i);
-        m_renderer.render(entry->menu(), *m_filterMenus.at(i));
-        const bool empty = entry->menu()->actions().isEmpty();
-        filters.at(i)->setWasLastHidden(empty);
+        m_renderer.renderWhenShown(entry->menu(), run.filterMenus.at(i));
+        const bool empty = run.filterMenus.at(i)->submenu.empty();
+        m_filterItems.at(i)->setWasLastHidden(empty);
         entry->setVisible(!empty);
         entry->setEnabled(!empty);
     }
-    m_menuDict.clear();
-    const quint64 size =
-        m_engine.getFolderSize(m_engine.getTargetFilename(), QDateTime::currentDateTimeUtc());
+    const quint64 size = m_engine.getFolderSize(run.root, QDateTime::currentDateTimeUtc());
     m_shadowDesktop->setText(QStringLiteral("Shadow Desktop (%1)").arg(SizeText::format(size)));
     m_shadowDesktop->setToolTip(
         size == 0 ? QStringLiteral("Size estimation took too long and was aborted, there "
@@ -254,7 +327,9 @@ void StatusMenu::restoreAllFiles()
                              "prevent Brevano moving them again?"),
               QString(),
               {QStringLiteral("Yes"), QStringLiteral("No")}});
-    m_engine.restoreAllFiles(answer == 0);
+    // Put away without an answer, the question restores nothing.
+    if (answer == 0 || answer == 1)
+        m_engine.restoreAllFiles(answer == 0);
 }
 
 void StatusMenu::emptyShadowDesktop()

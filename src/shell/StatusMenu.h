@@ -2,14 +2,21 @@
 
 #include "MenuEntry.h"
 #include "MenuRenderer.h"
+#include "QuickFilterList.h"
 #include "ShadowDesktopMenuBuilder.h"
 
+#include <QImage>
 #include <QObject>
 
-#include <future>
+#include <atomic>
+#include <functional>
 #include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 class AlertPresenter;
+class PreviewCache;
 class Brevano;
 class BrevanoData;
 class QAction;
@@ -19,13 +26,18 @@ class QMenu;
 // Desktop with its size and its browsable submenu, one submenu per quick filter,
 // how they are organised, the date filter, restore and empty, and the window
 // and web openers. The Shadow Desktop submenus are built on a worker each time
-// the menu opens and filled in while it is open.
+// the menu opens and filled in while it is open; previews of images follow as
+// the worker decodes them.
 class StatusMenu : public QObject
 {
     Q_OBJECT
 public:
     static constexpr int kAnchorTag = 99;
     static constexpr int kQuickFilterTag = 77;
+    using Run = ShadowDesktopMenuBuilder::Run;
+    // Runs a job on a worker thread; by default a thread of its own, joined when
+    // done (or when the menu goes).
+    using WorkerStarter = std::function<void(std::function<void()> job)>;
 
     StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alerts,
                QObject *parent = nullptr);
@@ -35,8 +47,9 @@ public:
     void updateQuickFiltersSelection();
     void updateDateFilterSelection();
     bool threadFinished() const { return m_threadFinished; }
-    // Waits for a running population (tests, and the next opening).
-    void waitForPopulation();
+    // Tests run the workers' jobs themselves.
+    void setWorkerStarter(WorkerStarter starter) { m_startWorker = std::move(starter); }
+    PreviewCache &previews() { return *m_previews; }
 
     void restoreAllFiles();
     void emptyShadowDesktop();
@@ -51,13 +64,41 @@ signals:
     void quitRequested();
     void revealShadowDesktopRequested();
     void populationCompleted();
+    // Every preview of the current opening is in (or the opening was closed).
+    void previewsLoaded();
 
 private:
+    // What a worker hands the main thread.
+    struct Delivery
+    {
+        enum Kind
+        {
+            Built,
+            Preview,
+            PreviewsDone
+        } kind;
+        std::shared_ptr<Run> run;
+        QString path;
+        QImage image;
+    };
+    struct Worker
+    {
+        std::thread thread;
+        std::shared_ptr<std::atomic<bool>> done;
+    };
+
     void build();
     void menuNeedsUpdate();
     void menuWillOpen();
     void menuDidClose();
-    void populationComplete(const std::shared_ptr<MenuEntry> &tree);
+    void startThread(std::function<void()> job);
+    void populate(const std::shared_ptr<Run> &run, int previewPixels);
+    // Any thread: queues it and has takeDeliveries() called on the main thread.
+    void deliver(Delivery delivery);
+    Q_INVOKABLE void takeDeliveries();
+    void populationComplete(const Run &run);
+    QMenu *makeMenu(const QString &title, QWidget *parent);
+    QMenu *addSubmenu(QMenu *menu, const QString &title);
     void writeOutlineIfAsked() const;
     QAction *addCheckable(QMenu *menu, const QString &title, int tag,
                           std::function<void(int)> chosen);
@@ -76,8 +117,12 @@ private:
     QList<QAction *> m_organiseItems;
     QList<QAction *> m_dateFilterItems;
     QList<QAction *> m_filterEntries;
-    QList<MenuEntryPointer> m_filterMenus;
-    ShadowDesktopMenuBuilder::Registry m_menuDict;
-    std::future<void> m_population;
+    QList<QuickFilterList::ItemPointer> m_filterItems; // index-parallel with m_filterEntries
+    std::shared_ptr<Run> m_run; // the current opening's; results of others are dropped
+    std::shared_ptr<PreviewCache> m_previews;
+    std::vector<Worker> m_workers;
+    WorkerStarter m_startWorker;
+    std::mutex m_deliveriesMutex;
+    std::vector<Delivery> m_deliveries;
     bool m_threadFinished = true;
 };

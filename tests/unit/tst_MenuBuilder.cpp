@@ -60,20 +60,17 @@ private slots:
     void dateFilterHiddenCounts();
     void organiseModes();
     void abortLeavesTheSubmenuEmpty();
+    void buildReadsTheSnapshotOfItsOpening();
+    void abortBeforeTheWorkerStartsStopsIt();
 
 private:
-    // Registers the store's filters with fresh menu entries, as the status menu does.
-    QList<MenuEntryPointer> prepare(EngineFixture &f, ShadowDesktopMenuBuilder::Registry &registry)
+    using Run = ShadowDesktopMenuBuilder::Run;
+    // One opening's build, as the status menu makes it.
+    std::shared_ptr<Run> build(EngineFixture &f)
     {
-        QList<MenuEntryPointer> menus;
-        for (const auto &filter : f.data.filterItems()) {
-            auto menu =
-                std::make_shared<MenuEntry>(MenuEntry::of(Kind::Item, filter->getName(), 77));
-            menu->hasSubmenu = true;
-            filter->registerFileTypes(registry, QVariant::fromValue(menu));
-            menus.append(menu);
-        }
-        return menus;
+        auto run = f.engine.beginMenuPopulate();
+        f.engine.buildShadowDesktopMenu(*run);
+        return run;
     }
     QString shadow(EngineFixture &f, const QString &relative, const QByteArray &content = "x")
     {
@@ -85,10 +82,8 @@ void tst_MenuBuilder::emptyShadowDesktop()
 {
     EngineFixture f;
     f.load();
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
     QCOMPARE(outline(root), QStringList{"Reveal in Finder"});
     QCOMPARE(root.submenu.front()->tag, 1);
     QCOMPARE(root.submenu.front()->path, f.sandbox.shadowDesktop());
@@ -102,10 +97,8 @@ void tst_MenuBuilder::entriesAlternatesAndIcons()
     shadow(f, ".dotfile");
     shadow(f, "Photos/beach.jpg");
     QDir().mkpath(f.sandbox.shadowDesktop() + "/Tool.app/Contents");
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
     QStringList top = outline(root);
     // Folders first, then files; no dot files; a package is a file.
     QCOMPARE(top.mid(0, 7), (QStringList{"Reveal in Finder", "--", "[Folders]", "Photos",
@@ -135,10 +128,9 @@ void tst_MenuBuilder::perFolderLimitAndSkippedMessages()
     f.load();
     for (int i = 0; i < 200; ++i)
         shadow(f, QStringLiteral("file%1.txt").arg(i));
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    const QList<MenuEntryPointer> filterMenus = prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
+    const QList<MenuEntryPointer> &filterMenus = run->filterMenus;
     QCOMPARE(countTag(root, 2), 128);
     QCOMPARE(countTag(root, 5), 128); // every top-level file can be restored
     QCOMPARE(outline(root).mid(outline(root).size() - 2),
@@ -155,10 +147,8 @@ void tst_MenuBuilder::depthLimit()
     EngineFixture f;
     f.load();
     shadow(f, "d1/d2/d3/d4/d5/d6/deep.txt");
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
     const MenuEntry *level = &root;
     for (int depth = 0; depth < 5; ++depth) { // d1 lies at depth 0, d5 is filled at depth 5
         QCOMPARE(folders(*level).size(), size_t(1));
@@ -176,10 +166,8 @@ void tst_MenuBuilder::totalLimit()
     for (int folder = 0; folder < 20; ++folder)
         for (int file = 0; file < 120; ++file)
             shadow(f, QStringLiteral("f%1/x%2").arg(folder, 2, 10, QChar('0')).arg(file));
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
     qsizetype items = qsizetype(folders(root).size());
     int limited = 0;
     for (const MenuEntry *folder : folders(root)) {
@@ -199,10 +187,9 @@ void tst_MenuBuilder::dateFilterHiddenCounts()
     f.setAge(shadow(f, "old.jpg"), 3 * 86400);
     f.setAge(shadow(f, "new.jpg"), 60);
     f.setAge(shadow(f, "old.txt"), 3 * 86400);
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    const QList<MenuEntryPointer> filterMenus = prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
+    const QList<MenuEntryPointer> &filterMenus = run->filterMenus;
     QCOMPARE(outline(root).mid(outline(root).size() - 2),
              (QStringList{"--", "<2 Older Files Hidden>"}));
     QCOMPARE(countTag(root, 2), 1);
@@ -220,11 +207,7 @@ void tst_MenuBuilder::organiseModes()
     shadow(f, "Alpha/c.png");
     const auto images = [&](quint32 mode) {
         f.data.setQuickFiltersMode(mode);
-        MenuEntry root;
-        ShadowDesktopMenuBuilder::Registry registry;
-        const QList<MenuEntryPointer> menus = prepare(f, registry);
-        f.engine.buildShadowDesktopMenu(root, registry);
-        QStringList lines = outline(*menus.at(1));
+        QStringList lines = outline(*build(f)->filterMenus.at(1));
         lines.removeIf([](const QString &line) { return line.startsWith('~'); });
         return lines;
     };
@@ -236,10 +219,9 @@ void tst_MenuBuilder::organiseModes()
     QCOMPARE(images(4), QStringList{});                 // not organised
     // Images (style 2) gets 48-point previews on its own copies.
     f.data.setQuickFiltersMode(1);
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    const QList<MenuEntryPointer> menus = prepare(f, registry);
-    f.engine.buildShadowDesktopMenu(root, registry);
+    const auto run = build(f);
+    const MenuEntry &root = run->tree;
+    const QList<MenuEntryPointer> &menus = run->filterMenus;
     QCOMPARE(menus.at(1)->submenu.at(1)->iconKind, MenuEntry::IconKind::Preview);
     QCOMPARE(menus.at(1)->submenu.at(1)->iconSize, 48);
     QVERIFY(menus.at(1)->submenu.at(1).get() != root.submenu.back().get());
@@ -261,17 +243,60 @@ void tst_MenuBuilder::abortLeavesTheSubmenuEmpty()
             return true;
         },
         abort);
-    MenuEntry root;
-    ShadowDesktopMenuBuilder::Registry registry;
-    QList<QuickFilterItem *> filters;
-    for (const auto &item : f.data.filterItems())
-        filters.append(item.get());
-    const QList<MenuEntryPointer> menus = prepare(f, registry);
-    builder.buildShadowDesktopMenu(root, f.sandbox.shadowDesktop(), registry, filters, 1);
+    const auto run = f.engine.beginMenuPopulate();
+    builder.build(*run);
+    const MenuEntry &root = run->tree;
+    const QList<MenuEntryPointer> &menus = run->filterMenus;
     QVERIFY(root.submenu.empty());
     QCOMPARE(looked, 10);
     for (const MenuEntryPointer &menu : menus)
         QVERIFY(menu->submenu.empty());
+}
+
+void tst_MenuBuilder::buildReadsTheSnapshotOfItsOpening()
+{
+    EngineFixture f;
+    f.load();
+    f.setAge(shadow(f, "old.jpg"), 3 * 86400);
+    shadow(f, "Sub/new.png");
+    shadow(f, "later.txt");
+    const auto run = f.engine.beginMenuPopulate();
+    // The main thread changes the store after the opening began, before the worker runs.
+    f.data.setDateFilter(1);
+    f.data.setQuickFiltersMode(2);
+    QuickFilterItem &images = *f.data.filterItems().at(1);
+    images.setStyle(0);
+    images.fileExtensions().append(QStringLiteral("txt"));
+    f.data.removeQuickFilter(0);
+    f.engine.buildShadowDesktopMenu(*run);
+    QCOMPARE(countTag(run->tree, 2), 2); // the date filter as it was: old.jpg shows
+    QCOMPARE(run->filterMenus.size(), 11);
+    const MenuEntry &imagesMenu = *run->filterMenus.at(1);
+    QCOMPARE(imagesMenu.title, QStringLiteral("Images"));
+    QStringList lines = outline(imagesMenu);
+    lines.removeIf([](const QString &line) { return line.startsWith('~'); });
+    // By folder, with previews, without the text file.
+    QCOMPARE(lines, (QStringList{"[/Shadow Desktop]", "old.jpg", "--", "[/Shadow Desktop/Sub]",
+                                 "new.png"}));
+    QCOMPARE(imagesMenu.submenu.at(1)->iconKind, MenuEntry::IconKind::Preview);
+}
+
+void tst_MenuBuilder::abortBeforeTheWorkerStartsStopsIt()
+{
+    EngineFixture f;
+    f.load();
+    shadow(f, "a.txt");
+    // The menu closes after the opening began but before its worker started.
+    const auto closed = f.engine.beginMenuPopulate();
+    f.engine.setAbortMenuPopulate(true);
+    f.engine.buildShadowDesktopMenu(*closed);
+    QVERIFY(closed->tree.submenu.empty());
+    QVERIFY(closed->filterMenus.at(2)->submenu.empty());
+    // The next opening starts with the flag cleared; the last one's stays set.
+    const auto next = build(f);
+    QVERIFY(!f.engine.abortMenuPopulate());
+    QVERIFY(*closed->abort);
+    QCOMPARE(countTag(next->tree, 2), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_MenuBuilder)

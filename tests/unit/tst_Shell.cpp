@@ -4,22 +4,109 @@
 #include "KVBrevanoAppDelegate.h"
 #include "LaunchAtLoginController.h"
 #include "MenuRenderer.h"
+#include "MessageBoxAlertPresenter.h"
+#include "PreviewCache.h"
+#include "RecordingAlertPresenter.h"
 #include "RestoreFilesModel.h"
 #include "RestoreFilesWindow.h"
 #include "SizeText.h"
 #include "StatusDisplay.h"
 #include "StatusItemView.h"
+#include "StatusMenu.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QListWidget>
 #include <QMenu>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
 
 #include <clocale>
+#include <thread>
 
 using namespace std::chrono_literals;
+
+namespace {
+
+// A status menu over a sandbox whose workers run only when the test says so,
+// each on a thread of its own that the test then joins.
+struct MenuFixture
+{
+    EngineFixture f;
+    RecordingAlertPresenter alerts;
+    std::unique_ptr<StatusMenu> status;
+    QList<std::function<void()>> jobs;
+
+    enum Workers
+    {
+        WhenTold,
+        OwnThreads // the menu's own, as in the application
+    };
+    explicit MenuFixture(Workers workers = WhenTold)
+    {
+        f.load();
+        status = std::make_unique<StatusMenu>(f.data, f.engine, alerts);
+        if (workers == WhenTold)
+            status->setWorkerStarter(
+                [this](std::function<void()> job) { jobs.append(std::move(job)); });
+    }
+    QString shadow(const QString &relative, const QByteArray &content = "x")
+    {
+        return f.sandbox.write(".local/share/Brevano/Shadow Desktop/" + relative, content);
+    }
+    QMenu *menu() const { return status->menu(); }
+    void runWorker() { std::thread(jobs.takeFirst()).join(); }
+    // Shown, built, handed back and closed.
+    void openAndClose()
+    {
+        menu()->popup(QPoint(0, 0));
+        runWorker();
+        QCoreApplication::processEvents();
+        menu()->hide();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    // Opened, as submenus fill when they are first shown.
+    QMenu *submenu(const QMenu *parent, const QString &title) const
+    {
+        for (QAction *action : parent->actions()) {
+            if (action->menu() && action->text() == title) {
+                emit action->menu()->aboutToShow();
+                return action->menu();
+            }
+        }
+        return nullptr;
+    }
+    void browseAll(const QMenu *menu) const
+    {
+        for (QAction *action : menu->actions())
+            if (action->menu())
+                browseAll(submenu(menu, action->text()));
+    }
+    QStringList titles(const QMenu *menu) const
+    {
+        QStringList all;
+        for (const QAction *action : menu->actions())
+            if (action->isVisible() && !action->isSeparator())
+                all.append(action->text());
+        return all;
+    }
+};
+
+QImage rowPicture(QAction *action)
+{
+    return action->icon().pixmap(16).toImage();
+}
+
+void writeImage(const QString &path, const QColor &colour)
+{
+    QImage image(300, 200, QImage::Format_RGB32);
+    image.fill(colour);
+    QDir().mkpath(QFileInfo(path).path());
+    QVERIFY(image.save(path));
+}
+} // namespace
 
 class tst_Shell : public QObject
 {
@@ -32,6 +119,14 @@ private slots:
     void sizeTextKeepsItsPointInAnyLocale();
     void alternatesFollowTheModifiers();
     void supportMail();
+    void aStaleCompletionIsDropped();
+    void closingBeforeTheWorkerStartsStopsIt();
+    void previewsArriveOffTheMainThreadOncePerFile();
+    void openingsOnTheMenusOwnThreads();
+    void openingsKeepTheNumberOfMenus();
+    void everyMenuShowsToolTips();
+    void dismissingTheRestoreQuestionRestoresNothing();
+    void messageBoxDismissal();
 };
 
 void tst_Shell::statusItemIconsAndRightButton()
@@ -222,17 +317,32 @@ void tst_Shell::alternatesFollowTheModifiers()
         return titles;
     };
     QCOMPARE(visible(), (QStringList{"top.txt", "other.txt", "2 Older Files Hidden"}));
-    MenuRenderer::applyModifiers(&menu, Qt::ShiftModifier);
+    QCOMPARE(menu.actions().size(), 3); // alternates are made when their key is first held
+    renderer.applyModifiers(&menu, Qt::ShiftModifier);
     QCOMPARE(visible(),
              (QStringList{"Delete top.txt", "Delete other.txt", "2 Older Files Hidden"}));
-    MenuRenderer::applyModifiers(&menu, Qt::ControlModifier);
+    renderer.applyModifiers(&menu, Qt::ControlModifier);
     QCOMPARE(visible().first(), QStringLiteral("Restore top.txt"));
-    MenuRenderer::applyModifiers(&menu, Qt::ShiftModifier | Qt::AltModifier); // no exact match
+    renderer.applyModifiers(&menu, Qt::ShiftModifier | Qt::AltModifier); // no exact match
     QCOMPARE(visible().first(), QStringLiteral("top.txt"));
-    MenuRenderer::applyModifiers(&menu, Qt::AltModifier);
-    menu.actions().at(0 + 1)->trigger(); // "Reveal top.txt"
+    renderer.applyModifiers(&menu, Qt::AltModifier);
+    const QList<QAction *> actions = menu.actions();
+    QAction *reveal = *std::find_if(actions.begin(), actions.end(),
+                                    [](QAction *action) { return action->isVisible(); });
+    QCOMPARE(reveal->text(), QStringLiteral("Reveal top.txt"));
+    QCOMPARE(reveal->toolTip(), QStringLiteral("/s/top.txt"));
+    reveal->trigger();
     QCOMPARE(chosen, (QList<std::pair<int, QString>>{{3, "/s/top.txt"}}));
-    QCOMPARE(menu.actions().at(1)->toolTip(), QStringLiteral("/s/top.txt"));
+    // Open, the alternate shown has its first word coloured; clicking it closes the menu and acts.
+    menu.popup(QPoint(0, 0));
+    renderer.applyModifiers(&menu, Qt::ShiftModifier);
+    QList<AlternateItemWidget *> shown = menu.findChildren<AlternateItemWidget *>();
+    shown.removeIf([](const AlternateItemWidget *row) { return !row->isVisible(); });
+    QCOMPARE(shown.size(), 2);
+    QCOMPARE(shown.first()->toolTip(), QStringLiteral("/s/top.txt"));
+    emit shown.first()->activated();
+    QCOMPARE(chosen.last(), (std::pair<int, QString>{4, "/s/top.txt"}));
+    QVERIFY(!menu.isVisible());
     // Only the first word is coloured, and names are never taken for markup.
     QCOMPARE(
         AlternateItemWidget::styledTitle("Delete a<b>.txt", QColor::fromRgbF(1.0f, 0.5f, 0.5f)),
@@ -249,6 +359,212 @@ void tst_Shell::supportMail()
     QVERIFY(query.queryItemValue("body", QUrl::FullyDecoded)
                 .startsWith("\n\nSent from machine using OS " + BrevanoData::getOSVersion() +
                             "\nBrevano v"));
+}
+
+void tst_Shell::aStaleCompletionIsDropped()
+{
+    MenuFixture m;
+    for (int i = 0; i < 150; ++i)
+        m.shadow(QStringLiteral("Folder/file%1.txt").arg(i));
+    QSignalSpy completed(m.status.get(), &StatusMenu::populationCompleted);
+    m.menu()->popup(QPoint(0, 0));
+    m.runWorker(); // the first opening's completion waits in the queue
+    m.menu()->hide();
+    m.shadow("late.txt");
+    m.menu()->popup(QPoint(0, 0));
+    QCoreApplication::processEvents();
+    QCOMPARE(completed.count(), 0);
+    QVERIFY(!m.status->threadFinished());
+    m.runWorker();
+    QCoreApplication::processEvents();
+    QCOMPARE(completed.count(), 1);
+    QMenu *shadowMenu = m.submenu(m.menu(), "Browse Shadow Desktop");
+    QVERIFY(shadowMenu->menuAction()->isEnabled());
+    QVERIFY(m.titles(shadowMenu).contains("late.txt"));
+    QMenu *documents = m.submenu(m.menu(), "Documents");
+    const QStringList rows = m.titles(documents);
+    QCOMPARE(rows.mid(0, 3),
+             (QStringList{"/Shadow Desktop", "late.txt", "/Shadow Desktop/Folder"}));
+    QCOMPARE(rows.size(), 3 + 128 + 1);
+    QCOMPARE(rows.last(), QStringLiteral("Some Files Were Not Scanned"));
+}
+
+void tst_Shell::closingBeforeTheWorkerStartsStopsIt()
+{
+    MenuFixture m;
+    m.shadow("a.txt");
+    m.menu()->popup(QPoint(0, 0));
+    m.menu()->hide();
+    m.runWorker();
+    QCoreApplication::processEvents();
+    QVERIFY(m.status->threadFinished());
+    QVERIFY(m.submenu(m.menu(), "Browse Shadow Desktop")->actions().isEmpty());
+    QVERIFY(m.submenu(m.menu(), "Documents")->actions().isEmpty());
+}
+
+void tst_Shell::previewsArriveOffTheMainThreadOncePerFile()
+{
+    MenuFixture m;
+    auto pictures = std::make_shared<QuickFilterItem>();
+    pictures->setName("Pictures");
+    pictures->setStyle(1);
+    pictures->fileExtensions().append(QStringLiteral("png"));
+    m.f.data.addQuickFilter(pictures);
+    for (const char *name : {"a.png", "Sub/b.png", "c.png"})
+        writeImage(m.shadow(name), Qt::red);
+    std::mutex mutex;
+    QStringList decoded;
+    bool onMainThread = false;
+    m.status->previews().setDecodeObserver([&](const QString &path) {
+        const std::lock_guard lock(mutex);
+        decoded.append(QFileInfo(path).fileName());
+        onMainThread |= QThread::currentThread() == qApp->thread();
+    });
+    const auto previewRows = [&] {
+        QList<QAction *> rows;
+        for (const char *filter : {"Images", "Pictures"})
+            for (QAction *action : m.submenu(m.menu(), filter)->actions())
+                if (action->text().contains(".png"))
+                    rows.append(action);
+        return rows;
+    };
+    const auto isRed = [](QAction *row) {
+        const QImage picture = rowPicture(row);
+        return !picture.isNull() && picture.pixelColor(picture.rect().center()) == Qt::red;
+    };
+    MenuEntry typeEntry = MenuEntry::of(MenuEntry::Kind::Item, "x.png");
+    typeEntry.iconKind = MenuEntry::IconKind::ForExtension;
+    typeEntry.iconSource = "png";
+    const QImage typeIcon = MenuRenderer::iconFor(typeEntry).pixmap(16).toImage();
+    int rowsAtCompletion = 0;
+    const auto atCompletion = connect(m.status.get(), &StatusMenu::populationCompleted, this, [&] {
+        for (QAction *row : previewRows()) {
+            QVERIFY(!isRed(row));
+            QCOMPARE(rowPicture(row), typeIcon);
+            ++rowsAtCompletion;
+        }
+    });
+    QSignalSpy loaded(m.status.get(), &StatusMenu::previewsLoaded);
+    m.openAndClose();
+    QCOMPARE(rowsAtCompletion, 2 * 3); // two filters, no alternates until their key is held
+    QCOMPARE(loaded.count(), 1);
+    decoded.sort();
+    QCOMPARE(decoded, (QStringList{"a.png", "b.png", "c.png"}));
+    QVERIFY(!onMainThread);
+    for (QAction *row : previewRows())
+        QVERIFY2(isRed(row), qPrintable(row->text()));
+    disconnect(atCompletion);
+    m.openAndClose(); // the next opening takes them from the cache, before its rows are made
+    QCOMPARE(decoded.size(), 3);
+    QTest::keyPress(m.submenu(m.menu(), "Images"), Qt::Key_Shift); // its alternates are made
+    const QList<QAction *> rows = previewRows();
+    QCOMPARE(rows.size(), 2 * 3 + 3);
+    for (QAction *row : rows)
+        QVERIFY2(isRed(row), qPrintable(row->text()));
+}
+
+void tst_Shell::openingsOnTheMenusOwnThreads()
+{
+    MenuFixture m(MenuFixture::OwnThreads);
+    for (int i = 0; i < 20; ++i)
+        writeImage(m.shadow(QStringLiteral("Pictures/p%1.png").arg(i)), Qt::red);
+    m.shadow("notes.txt");
+    QSignalSpy loaded(m.status.get(), &StatusMenu::previewsLoaded);
+    m.menu()->popup(QPoint(0, 0));
+    // While the first worker builds, the store changes (as the 61-second check and
+    // the menu's own entries change it), and the menu closes and opens again.
+    m.f.data.setLastTidyTime(QDateTime::currentDateTimeUtc());
+    m.f.data.setQuickFiltersMode(2);
+    m.f.data.filterItems().at(1)->fileExtensions().append(QStringLiteral("txt"));
+    m.menu()->hide();
+    m.menu()->popup(QPoint(0, 0));
+    QVERIFY(loaded.wait(60000));
+    QCoreApplication::processEvents(); // nothing of the first opening follows
+    QCOMPARE(loaded.count(), 1);
+    QMenu *images = m.submenu(m.menu(), "Images");
+    const QStringList rows = m.titles(images);
+    QCOMPARE(rows.size(), 1 + 20 + 2); // by type, as the second opening was asked
+    QCOMPARE(rows.first(), QStringLiteral("PNG"));
+    QCOMPARE(rows.mid(21), (QStringList{"TXT", "notes.txt"}));
+    for (QAction *row : images->actions())
+        if (row->text().endsWith(".png"))
+            QVERIFY2(rowPicture(row).pixelColor(8, 8) == Qt::red, qPrintable(row->text()));
+    m.menu()->hide();
+}
+
+void tst_Shell::openingsKeepTheNumberOfMenus()
+{
+    MenuFixture m;
+    m.shadow("Top/Inner/deep.txt");
+    m.shadow("Other/b.jpg");
+    m.shadow("c.txt");
+    const auto count = [&m] {
+        m.browseAll(m.menu());
+        return std::pair(m.menu()->findChildren<QMenu *>().size(),
+                         m.menu()->findChildren<QAction *>().size());
+    };
+    m.openAndClose();
+    const auto first = count();
+    for (int i = 0; i < 3; ++i) {
+        m.openAndClose();
+        QCOMPARE(count(), first);
+    }
+}
+
+void tst_Shell::everyMenuShowsToolTips()
+{
+    MenuFixture m;
+    m.shadow("Folder/inner.txt");
+    for (int i = 0; i < 130; ++i)
+        m.shadow(QStringLiteral("file%1.txt").arg(i));
+    m.openAndClose();
+    m.browseAll(m.menu());
+    QList<QMenu *> menus = m.menu()->findChildren<QMenu *>();
+    menus.append(m.menu());
+    QVERIFY(m.submenu(m.submenu(m.menu(), "Browse Shadow Desktop"), "Folder"));
+    for (const QMenu *menu : std::as_const(menus))
+        QVERIFY2(menu->toolTipsVisible(), qPrintable(menu->title()));
+    const QList<QAction *> rows = m.submenu(m.menu(), "Browse Shadow Desktop")->actions();
+    QCOMPARE(rows.last()->text(), QStringLiteral("Maximum Items Reached"));
+    QVERIFY(rows.last()->toolTip().startsWith("Brevano limits the number of items"));
+}
+
+void tst_Shell::dismissingTheRestoreQuestionRestoresNothing()
+{
+    MenuFixture m;
+    m.shadow("a.txt");
+    m.alerts.m_answer = AlertPresenter::Dismissed;
+    m.status->restoreAllFiles();
+    m.status->emptyShadowDesktop();
+    QCOMPARE(m.alerts.m_alerts.size(), 2);
+    QCOMPARE(m.f.shadowEntries(), QStringList{"a.txt"});
+    m.alerts.m_answer = 1; // "No": restored, not ignored
+    m.status->restoreAllFiles();
+    QCOMPARE(m.f.desktopEntries(), QStringList{"a.txt"});
+    QVERIFY(!m.f.data.shouldIgnoreFile(m.f.sandbox.desktop() + "/a.txt"));
+}
+
+void tst_Shell::messageBoxDismissal()
+{
+    MessageBoxAlertPresenter presenter;
+    const Alert question{"Restore?", QString(), {"Yes", "No"}};
+    const auto answerWith = [&](const std::function<void(QMessageBox *)> &act) {
+        QTimer::singleShot(0, this, [&] {
+            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            QVERIFY(box);
+            act(box);
+        });
+        return presenter.runModal(question);
+    };
+    QCOMPARE(answerWith([](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Escape); }),
+             AlertPresenter::Dismissed);
+    QCOMPARE(answerWith([](QMessageBox *box) { box->close(); }), AlertPresenter::Dismissed);
+    QCOMPARE(answerWith([](QMessageBox *box) {
+                 for (QAbstractButton *button : box->buttons())
+                     if (button->text() == "No")
+                         button->click();
+             }),
+             1);
 }
 
 QTEST_MAIN(tst_Shell)
