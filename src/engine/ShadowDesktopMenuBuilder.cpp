@@ -1,9 +1,10 @@
 #include "ShadowDesktopMenuBuilder.h"
 
 #include "BackgroundFileListBuilder.h"
+#include "DirectoryListing.h"
+#include "FileNames.h"
 #include "ItemInfo.h"
 
-#include <QDirIterator>
 #include <QtDebug>
 
 #include <algorithm>
@@ -19,14 +20,16 @@ const QString kDepthTip = QStringLiteral(
     "menu remains responsive. You should consider removing unused items from the Shadow Desktop "
     "which contains a large number of files.");
 
+// Names keep their bytes (a name that is not UTF-8 still names its item); only
+// titles are made readable.
 QStringList namesInFileSystemOrder(const QString &folder)
 {
     QStringList names;
-    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
-    while (it.hasNext()) {
-        it.next();
-        names.append(it.fileName());
-    }
+    const qsizetype prefix = folder.size() + 1;
+    DirectoryListing::forEach(folder, [&](QString &&path, unsigned char) {
+        names.append(path.mid(prefix));
+        return true;
+    });
     return names;
 }
 
@@ -176,7 +179,8 @@ void ShadowDesktopMenuBuilder::buildMenu(MenuEntry &entry, const QString &path, 
             entry.addSeparator();
             entry.addHeader(QStringLiteral("Folders"));
         }
-        MenuEntry folder = itemEntry(name, 0, full, MenuEntry::IconKind::ForPath, full);
+        MenuEntry folder =
+            itemEntry(FileNames::display(name), 0, full, MenuEntry::IconKind::ForPath, full);
         folder.hasSubmenu = true;
         std::vector<MenuEntryPointer> made;
         addItemWithAlternates(entry, folder, depth, &made);
@@ -212,9 +216,10 @@ void ShadowDesktopMenuBuilder::buildMenu(MenuEntry &entry, const QString &path, 
                 entry.addHeader(QStringLiteral("Files"));
                 anyFile = true;
             }
-            addItemWithAlternates(
-                entry, itemEntry(name, 2, full, MenuEntry::IconKind::ForExtension, extension),
-                depth, &made);
+            addItemWithAlternates(entry,
+                                  itemEntry(FileNames::display(name), 2, full,
+                                            MenuEntry::IconKind::ForExtension, extension),
+                                  depth, &made);
             ++count;
             ++m_totalItems;
         } else {
@@ -255,7 +260,7 @@ void ShadowDesktopMenuBuilder::addQuickFilterEntries(Registry &registry, const Q
     const auto filters = registry.constFind(extension);
     if (filters == registry.constEnd())
         return;
-    const QString folder = containingFolder(m_root, path);
+    const QString folder = FileNames::display(containingFolder(m_root, path));
     static const char *const keys[] = {"MenuItem", "MenuItemAlt", "MenuItemShift",
                                        "MenuItemControl"};
     for (QuickFilterItem *filter : *filters) {

@@ -5,6 +5,7 @@
 #include "BrevanoData.h"
 #include "NotificationCenter.h"
 #include "PreviewCache.h"
+#include "ShadowDesktopQuestions.h"
 #include "SizeText.h"
 
 #include <QMenu>
@@ -90,11 +91,7 @@ void StatusMenu::build()
             [this] { m_engine.performManualTidy(); });
     m_enabledMenuItem = menu->addAction(QStringLiteral("Tidy Periodically"));
     m_enabledMenuItem->setCheckable(true);
-    connect(m_enabledMenuItem, &QAction::triggered, this, [this] {
-        m_engine.setEnabled(!m_engine.getEnabled());
-        m_data.saveDataFile();
-        m_data.updateStatusIcon();
-    });
+    connect(m_enabledMenuItem, &QAction::triggered, this, &StatusMenu::toggleEnabledRequested);
     m_nextTidy = menu->addAction(QStringLiteral("Automatic tidy in"));
     m_nextTidy->setEnabled(false);
     menu->addSeparator();
@@ -322,11 +319,7 @@ void StatusMenu::writeOutlineIfAsked() const
 
 void StatusMenu::restoreAllFiles()
 {
-    const int answer = m_alerts.runModal(
-        Alert{QStringLiteral("Would you like the restored files to be added to the Ignore List to "
-                             "prevent Brevano moving them again?"),
-              QString(),
-              {QStringLiteral("Yes"), QStringLiteral("No")}});
+    const int answer = m_alerts.runModal(ShadowDesktopQuestions::restoreAll());
     // Put away without an answer, the question restores nothing.
     if (answer == 0 || answer == 1)
         m_engine.restoreAllFiles(answer == 0);
@@ -334,11 +327,6 @@ void StatusMenu::restoreAllFiles()
 
 void StatusMenu::emptyShadowDesktop()
 {
-    const int answer = m_alerts.runModal(
-        Alert{QStringLiteral("All items in the Shadow Desktop folder will be moved to the Trash. "
-                             "Would you like to continue?"),
-              QString(),
-              {QStringLiteral("Continue"), QStringLiteral("Cancel")}});
-    if (answer == 0)
+    if (m_alerts.runModal(ShadowDesktopQuestions::empty()) == 0)
         m_engine.deleteShadowDesktopContents();
 }

@@ -55,6 +55,7 @@ public:
     void emptyShadowDesktop();
 
 signals:
+    void toggleEnabledRequested();
     void restoreFilesRequested();
     void aboutRequested();
     void helpRequested();

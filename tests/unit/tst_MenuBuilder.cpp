@@ -1,7 +1,12 @@
 #include "EngineFixture.h"
+#include "FileNames.h"
 #include "ShadowDesktopMenuBuilder.h"
 
 #include <QtTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 using Kind = MenuEntry::Kind;
@@ -62,6 +67,7 @@ private slots:
     void abortLeavesTheSubmenuEmpty();
     void buildReadsTheSnapshotOfItsOpening();
     void abortBeforeTheWorkerStartsStopsIt();
+    void nameThatIsNotUtf8();
 
 private:
     using Run = ShadowDesktopMenuBuilder::Run;
@@ -297,6 +303,27 @@ void tst_MenuBuilder::abortBeforeTheWorkerStartsStopsIt()
     QVERIFY(!f.engine.abortMenuPopulate());
     QVERIFY(*closed->abort);
     QCOMPARE(countTag(next->tree, 2), 1);
+}
+
+// Shown readable, and the entry still names the item: restoring it works.
+void tst_MenuBuilder::nameThatIsNotUtf8()
+{
+    EngineFixture f;
+    f.load();
+    QDir().mkpath(f.sandbox.shadowDesktop());
+    const QByteArray bytes = FileNames::encode(f.sandbox.shadowDesktop()) + "/caf\xe9.txt";
+    const int fd = ::open(bytes.constData(), O_WRONLY | O_CREAT | O_EXCL, 0600);
+    QVERIFY(fd >= 0);
+    ::close(fd);
+    const auto run = build(f);
+    const auto entry = std::find_if(run->tree.submenu.begin(), run->tree.submenu.end(),
+                                    [](const MenuEntryPointer &e) { return e->tag == 5; });
+    QVERIFY(entry != run->tree.submenu.end());
+    QCOMPARE((*entry)->title, QString::fromUtf8("Restore caf\xef\xbf\xbd.txt"));
+    f.engine.menuItemPressed(5, (*entry)->path);
+    struct stat info;
+    QCOMPARE(::lstat((FileNames::encode(f.sandbox.desktop()) + "/caf\xe9.txt").constData(), &info),
+             0);
 }
 
 QTEST_GUILESS_MAIN(tst_MenuBuilder)
