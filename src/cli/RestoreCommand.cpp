@@ -48,16 +48,17 @@ int RestoreCommand::run(CliContext &context, const QStringList &args)
     int status = CliContext::Success;
     for (const QString &path : std::as_const(paths)) {
         const QString name = path.mid(engine.getTargetFilename().size() + 1);
-        if (engine.restoreItemAtPath(path, addToIgnore)) {
+        const FileMover::Result result = engine.restoreItem(path, addToIgnore);
+        if (result.moved()) {
             context.out() << "restored " << name << '\n';
             continue;
         }
         // Say why; the move itself never replaces anything.
-        QString reason = QStringLiteral("it could not be moved");
-        if (!FileStat::exists(path))
-            reason = QStringLiteral("there is no such item in the Shadow Desktop");
-        else if (FileStat::exists(engine.getOriginalPathFromShadowPath(path)))
+        QString reason = result.message;
+        if (result.status == FileMover::Status::TargetExists)
             reason = QStringLiteral("an item of that name is on the Desktop");
+        else if (!FileStat::exists(path))
+            reason = QStringLiteral("there is no such item in the Shadow Desktop");
         status = context.fail(QStringLiteral("not restored %1: %2").arg(name, reason),
                               CliContext::Failed);
     }

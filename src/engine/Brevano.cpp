@@ -418,17 +418,18 @@ void Brevano::growlNotificationWasClicked(const QVariantMap &context)
 
 // ---- restore, delete, empty, size ----
 
-bool Brevano::restoreItemAtPath(const QString &path, bool addToIgnore)
+FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
 {
     if (!fileResidesInShadowDesktopRoot(path))
-        return false;
+        return {FileMover::Status::Failed,
+                QStringLiteral("it does not lie directly in the Shadow Desktop")};
     const QString target = getOriginalPathFromShadowPath(path);
     const FileMover::Result result = FileMover::move(path, target);
     // A copy that landed while part of the item stayed behind is on the
     // Desktop all the same: the tidy is to leave it there.
     if (addToIgnore && (result.moved() || result.status == FileMover::Status::Incomplete))
         m_data.addIgnoreFiles({target});
-    return result.moved();
+    return result;
 }
 
 void Brevano::restoreAllFiles(bool addToIgnore)

@@ -2,6 +2,7 @@
 
 #include "CandidateSelector.h"
 #include "EngineServices.h"
+#include "FileMover.h"
 #include "FolderSize.h"
 #include "OverwriteMover.h"
 #include "PropertyValue.h"
@@ -152,7 +153,12 @@ public:
     void growlNotificationWasClicked(const QVariantMap &context);
 
     // ---- restore, delete, empty, size ----
-    bool restoreItemAtPath(const QString &path, bool addToIgnore);
+    bool restoreItemAtPath(const QString &path, bool addToIgnore)
+    {
+        return restoreItem(path, addToIgnore).moved();
+    }
+    // The same, with the mover's account of what happened.
+    FileMover::Result restoreItem(const QString &path, bool addToIgnore);
     void restoreAllFiles(bool addToIgnore);
     bool deleteItemAtPath(const QString &path) { return trashItem(path).ok; }
     Trash::Result trashItem(const QString &path);
