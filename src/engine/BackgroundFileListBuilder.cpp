@@ -10,11 +10,13 @@
 
 #include <chrono>
 #include <dirent.h>
+#include <mutex>
 #include <thread>
+#include <vector>
 
 // What the worker thread owns together with the builder, so that it can finish
 // its listing safely after the builder is gone.
-struct BackgroundFileListBuilder::Shared
+struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
 {
     QString rootPath;
     std::shared_ptr<const QuickFilterItem> filter;
@@ -38,7 +40,17 @@ struct BackgroundFileListBuilder::Shared
     void add(QString &&path, bool isFolder);
     bool passesFilter(const QString &path) const;
     void update();
-    void deliver(const QStringList &paths, bool completed);
+    // Lists on their way to the builder's thread, under our own lock; only a
+    // notice to collect them goes through the event queue.
+    struct Delivery
+    {
+        QStringList paths;
+        bool completed = false;
+    };
+    std::mutex deliveriesLock;
+    std::vector<Delivery> deliveries;
+    void deliver(QStringList paths, bool completed);
+    void takeDeliveries();
 };
 
 BackgroundFileListBuilder::BackgroundFileListBuilder(const QString &path,
@@ -181,20 +193,36 @@ void BackgroundFileListBuilder::Shared::update()
     lastUpdate = now;
 }
 
-void BackgroundFileListBuilder::Shared::deliver(const QStringList &paths, bool completed)
+void BackgroundFileListBuilder::Shared::deliver(QStringList paths, bool completed)
 {
     QCoreApplication *app = QCoreApplication::instance();
     if (!app)
         return;
-    // Runs on the main thread, where the builder lives; a builder deleted
-    // meanwhile gets nothing.
-    auto post = [guard = builder, paths, completed] {
-        if (!guard)
+    bool noticePending = false;
+    {
+        const std::lock_guard lock(deliveriesLock);
+        noticePending = !deliveries.empty();
+        deliveries.push_back({std::move(paths), completed});
+    }
+    if (!noticePending)
+        QMetaObject::invokeMethod(
+            app, [self = shared_from_this()] { self->takeDeliveries(); }, Qt::QueuedConnection);
+}
+
+// On the builder's thread; a builder deleted meanwhile gets nothing.
+void BackgroundFileListBuilder::Shared::takeDeliveries()
+{
+    std::vector<Delivery> taken;
+    {
+        const std::lock_guard lock(deliveriesLock);
+        taken.swap(deliveries);
+    }
+    for (Delivery &delivery : taken) {
+        if (!builder)
             return;
-        if (completed)
-            emit guard->fileListCompleted(paths, guard.data());
+        if (delivery.completed)
+            emit builder->fileListCompleted(delivery.paths, builder.data());
         else
-            emit guard->fileListUpdated(paths, guard.data());
-    };
-    QMetaObject::invokeMethod(app, std::move(post), Qt::QueuedConnection);
+            emit builder->fileListUpdated(delivery.paths, builder.data());
+    }
 }
