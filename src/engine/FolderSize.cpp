@@ -54,6 +54,12 @@ private:
 
 } // namespace
 
+quint64 FolderSize::estimateNow(const QString &path)
+{
+    const FolderSize realTime([] { return QDateTime::currentDateTimeUtc(); });
+    return realTime.getFolderSize(path, QDateTime::currentDateTimeUtc());
+}
+
 quint64 FolderSize::getFolderSize(const QString &path, const std::optional<QDateTime> &start) const
 {
     struct stat info;

@@ -21,6 +21,10 @@ public:
     // 0 when the walk gave up or nothing is at path; a file's own size for a file.
     quint64 getFolderSize(const QString &path, const std::optional<QDateTime> &start) const;
 
+    // getFolderSize from now on the real clock, safe on any thread: for workers,
+    // which may not read the engine's clock.
+    static quint64 estimateNow(const QString &path);
+
     // How many entries a walk that starts now counts before the time limit stops it.
     quint64 entriesWithinLimit(const QString &path) const;
 

@@ -42,6 +42,7 @@ public:
         QList<MenuEntryPointer> filterMenus; // index-parallel with filters
         Registry registry;
         MenuEntry tree;
+        quint64 size = 0; // the estimate of the Shadow Desktop's size, 0 when given up
 
         // Adds a copy of filter, registered for its extensions with an empty submenu.
         void addFilter(const QuickFilterItem &filter);

@@ -3,6 +3,7 @@
 #include "AlertPresenter.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
+#include "FolderSize.h"
 #include "NotificationCenter.h"
 #include "PreviewCache.h"
 #include "ShadowDesktopQuestions.h"
@@ -200,6 +201,9 @@ void StatusMenu::menuNeedsUpdate()
 void StatusMenu::populate(const std::shared_ptr<Run> &run, int previewPixels)
 {
     m_engine.buildShadowDesktopMenu(*run);
+    // Here too: the estimate may take its whole half second.
+    if (!*run->abort)
+        run->size = FolderSize::estimateNow(run->root);
     const QStringList previewSources = MenuRenderer::previewSources(run->filterMenus);
     deliver({Delivery::Built, run, {}, {}});
     for (const QString &path : previewSources) {
@@ -279,7 +283,7 @@ void StatusMenu::populationComplete(const Run &run)
         entry->setVisible(!empty);
         entry->setEnabled(!empty);
     }
-    const quint64 size = m_engine.getFolderSize(run.root, QDateTime::currentDateTimeUtc());
+    const quint64 size = run.size;
     m_shadowDesktop->setText(QStringLiteral("Shadow Desktop (%1)").arg(SizeText::format(size)));
     m_shadowDesktop->setToolTip(
         size == 0 ? QStringLiteral("Size estimation took too long and was aborted, there "

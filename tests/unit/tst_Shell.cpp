@@ -120,6 +120,7 @@ private slots:
     void alternatesFollowTheModifiers();
     void supportMail();
     void aStaleCompletionIsDropped();
+    void sizeIsEstimatedOnTheWorker();
     void closingBeforeTheWorkerStartsStopsIt();
     void previewsArriveOffTheMainThreadOncePerFile();
     void openingsOnTheMenusOwnThreads();
@@ -490,6 +491,17 @@ void tst_Shell::openingsOnTheMenusOwnThreads()
         if (row->text().endsWith(".png"))
             QVERIFY2(rowPicture(row).pixelColor(8, 8) == Qt::red, qPrintable(row->text()));
     m.menu()->hide();
+}
+
+void tst_Shell::sizeIsEstimatedOnTheWorker()
+{
+    MenuFixture m;
+    m.shadow("a.txt", QByteArray(100, 'x'));
+    m.menu()->popup(QPoint(0, 0));
+    m.runWorker();
+    m.shadow("b.txt", QByteArray(50, 'x')); // after the worker's look
+    QCoreApplication::processEvents();
+    QVERIFY(m.titles(m.menu()).contains("Shadow Desktop (100 bytes)"));
 }
 
 void tst_Shell::openingsKeepTheNumberOfMenus()
