@@ -66,7 +66,6 @@ void tst_Cli::getPrintsDefaultsAndNeverWrites()
     QCOMPARE(run({"get", "ShadowDesktopPath"}).out, m_sandbox->shadowDesktop() + u'\n');
     const Result filters = run({"get", "QuickFilters"});
     QVERIFY(filters.out.startsWith(u"<?xml"));
-    QVERIFY(filters.out.contains(u"<string>All Contents</string>"));
     QVERIFY(!QFile::exists(m_sandbox->dataFile()));
 
     const Result unknown = run({"get", "Nonsense"});
@@ -79,7 +78,6 @@ void tst_Cli::setTypesAndSaves()
 {
     QCOMPARE(run({"set", "TidyFrequency", "4"}).status, 0);
     QCOMPARE(run({"get", "TidyFrequency"}).out, QStringLiteral("4\n"));
-    QVERIFY(dataFile().contains("<key>TidyFrequency</key>\n\t<integer>4</integer>"));
     QCOMPARE(run({"set", "IgnoreFolders", "yes"}).status, 0);
     QCOMPARE(run({"get", "IgnoreFolders"}).out, QStringLiteral("true\n"));
     QCOMPARE(run({"set", "Enabled", "true"}).status, 0);
