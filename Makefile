@@ -53,7 +53,7 @@ sanitize:
 TSAN_TESTS = tst_FileListBuilder tst_MenuBuilder tst_Shell tst_TidyEngine
 tsan:
 	@scripts/install-deps.sh build test
-	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DBREVANO_TESTS=ON \
 	  -DCMAKE_CXX_FLAGS="-fsanitize=thread -fno-omit-frame-pointer" \
 	  -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=thread"
 	cmake --build $(TSAN_DIR) -j $(JOBS) --target $(TSAN_TESTS)

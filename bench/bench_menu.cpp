@@ -4,6 +4,7 @@
 //   bench_menu images N OPENINGS   N 1200x1200 PNG images in the Shadow Desktop
 //   bench_menu files N OPENINGS    N plain text files
 // Runs in a private HOME; prints "SECONDS" (the longest stall of all openings).
+#include "AppServices.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "MessageBoxAlertPresenter.h"
@@ -128,8 +129,10 @@ int main(int argc, char *argv[])
     const int count = args.at(1).toInt();
     const int openings = args.value(2, QStringLiteral("3")).toInt();
 
-    BrevanoData &data = BrevanoData::sharedInstance();
-    Brevano &engine = Brevano::sharedInstance();
+    MessageBoxAlertPresenter alerts;
+    AppServices services(alerts);
+    BrevanoData &data = services.data();
+    Brevano &engine = services.engine();
     data.loadDataFile();
     engine.linkSaveData(data.saveData());
     const QString shadow = engine.getTargetFilename();
@@ -141,7 +144,6 @@ int main(int argc, char *argv[])
     else
         return 2;
 
-    MessageBoxAlertPresenter alerts;
     StatusMenu statusMenu(data, engine, alerts);
     double longest = 0;
     // The first opening decodes the previews, the others find them in the cache.

@@ -240,7 +240,9 @@ private:
         // A full disk may only show itself when the data is flushed.
         if (::fsync(out.get()) != 0 || ::fchmod(out.get(), info.st_mode & 07777) != 0)
             return fail("cannot write %1: %2", target);
-        return copyTimes(target.constData(), info, false);
+        if (!copyTimes(target.constData(), info, false))
+            return fail("cannot set the dates of %1: %2", target);
+        return true;
     }
 
     bool copyFolder(int parent, const QByteArray &source, const QByteArray &name,
@@ -283,9 +285,14 @@ private:
         if (ok && errno != 0)
             ok = fail("cannot list %1: %2", source);
         ::closedir(folder);
+        if (!ok)
+            return false;
         // Permissions last, so that a read-only folder could still be filled.
-        return ok && ::chmod(target.constData(), info.st_mode & 07777) == 0 &&
-               copyTimes(target.constData(), info, false);
+        if (::chmod(target.constData(), info.st_mode & 07777) != 0)
+            return fail("cannot set the permissions of %1: %2", target);
+        if (!copyTimes(target.constData(), info, false))
+            return fail("cannot set the dates of %1: %2", target);
+        return true;
     }
 
     bool copyLink(int parent, const QByteArray &source, const QByteArray &name,
@@ -303,7 +310,8 @@ private:
 };
 
 // Removes a tree we made ourselves (a partial copy) without following links;
-// false when anything stayed.
+// false when anything stayed. Its folders may carry the read-only modes copied
+// from the source, so each is made writable for us first.
 bool removeTree(const QByteArray &path)
 {
     struct stat info;
@@ -311,6 +319,7 @@ bool removeTree(const QByteArray &path)
         return errno == ENOENT;
     if (!S_ISDIR(info.st_mode))
         return ::unlink(path.constData()) == 0;
+    ::chmod(path.constData(), (info.st_mode & 07777) | S_IRWXU);
     bool ok = true;
     if (DIR *folder = ::opendir(path.constData())) {
         while (const dirent *entry = ::readdir(folder)) {
@@ -431,19 +440,21 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
     const QByteArray partial = temporaryNameBeside(target);
     TreeCopy copy;
     CopiedEntry copied;
-    if (!copy.copy(parent.get(), source, sourceName, partial, copied)) {
-        removeTree(partial);
-        return {FileMover::Status::Failed, copy.error};
-    }
-    if (g_faultHook && !g_faultHook(QStringLiteral("copied"), FileNames::decode(source))) {
-        removeTree(partial);
-        return {FileMover::Status::Failed, QStringLiteral("stopped by the test hook")};
-    }
-    if (atomicMove(partial.constData(), target.constData()) != 0) {
-        const int renameError = errno;
-        removeTree(partial);
-        return failed(shown(target), renameError);
-    }
+    // The source is untouched on every way out before the rename; what must
+    // go is our partial copy, and if even that cannot, the reason says so.
+    const auto discardPartial = [&partial](FileMover::Result result) {
+        if (!removeTree(partial))
+            result.message +=
+                QStringLiteral("; the partial copy %1 could not be removed").arg(shown(partial));
+        return result;
+    };
+    if (!copy.copy(parent.get(), source, sourceName, partial, copied))
+        return discardPartial({FileMover::Status::Failed, copy.error});
+    if (g_faultHook && !g_faultHook(QStringLiteral("copied"), FileNames::decode(source)))
+        return discardPartial(
+            {FileMover::Status::Failed, QStringLiteral("stopped by the test hook")});
+    if (atomicMove(partial.constData(), target.constData()) != 0)
+        return discardPartial(failed(shown(target), errno));
     // Make the new name durable before the source goes away.
     if (const Descriptor folder(
             ::open(splitPath(target).first.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));

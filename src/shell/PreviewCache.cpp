@@ -1,7 +1,13 @@
 #include "PreviewCache.h"
 
+#include "FileNames.h"
+
+#include <QFile>
 #include <QFileInfo>
 #include <QImageReader>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 QImage PreviewCache::preview(const QString &path, int pixels)
 {
@@ -34,7 +40,15 @@ QImage PreviewCache::decode(const QString &path, int pixels)
     }
     if (observer)
         observer(path);
-    QImageReader reader(path);
+    // Opened by the name's bytes: QImageReader would not find a name that is not UTF-8.
+    QFile file;
+    const int fd = ::open(FileNames::encode(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0 || !file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        if (fd >= 0)
+            ::close(fd);
+        return {};
+    }
+    QImageReader reader(&file);
     reader.setAutoTransform(true);
     QSize size = reader.size();
     if (size.isValid()) {

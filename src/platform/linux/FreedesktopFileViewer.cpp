@@ -1,9 +1,20 @@
 #include "FreedesktopFileViewer.h"
 
+#include "FileNames.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QProcess>
-#include <QUrl>
+
+namespace {
+// A file URI of the name's bytes, so that a name that is not UTF-8 still
+// names its item (QUrl would turn such bytes into U+FFFD).
+QString fileUri(const QString &path)
+{
+    return QStringLiteral("file://") +
+           QString::fromLatin1(FileNames::encode(path).toPercentEncoding("/"));
+}
+} // namespace
 
 bool FreedesktopFileViewer::showInFileManager(const QString &method, const QString &path)
 {
@@ -14,13 +25,13 @@ bool FreedesktopFileViewer::showInFileManager(const QString &method, const QStri
         QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
                                        QStringLiteral("/org/freedesktop/FileManager1"),
                                        QStringLiteral("org.freedesktop.FileManager1"), method);
-    call << QStringList{QUrl::fromLocalFile(path).toString()} << QString();
+    call << QStringList{fileUri(path)} << QString();
     return bus.call(call, QDBus::Block, 3000).type() == QDBusMessage::ReplyMessage;
 }
 
 bool FreedesktopFileViewer::open(const QString &path)
 {
-    return QProcess::startDetached(QStringLiteral("xdg-open"), {path});
+    return QProcess::startDetached(QStringLiteral("xdg-open"), {fileUri(path)});
 }
 
 bool FreedesktopFileViewer::reveal(const QString &path)
