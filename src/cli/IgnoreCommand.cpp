@@ -74,7 +74,7 @@ int IgnoreCommand::remove(CliContext &context, const QStringList &paths)
 {
     context.loadStore();
     int status = CliContext::Success;
-    const PropertyDictionary ignored = context.data().getIgnoreFilesDictionary();
+    const IgnoreList ignored = context.data().ignoreList();
     for (const QString &path : paths) {
         if (!ignored.contains(path))
             status = context.fail(QStringLiteral("not on the ignore list: %1").arg(path),

@@ -1,5 +1,28 @@
 #include "IgnoreList.h"
 
+#include "FileNames.h"
+
+#include <algorithm>
+
+static const QString kFileUri = QStringLiteral("file://");
+
+QString IgnoreList::keyOf(const QString &path)
+{
+    const bool hasUndecodableBytes = std::any_of(path.begin(), path.end(), [](QChar c) {
+        return c.unicode() >= 0xDC80 && c.unicode() <= 0xDCFF;
+    });
+    if (!hasUndecodableBytes)
+        return path;
+    return kFileUri + QString::fromLatin1(FileNames::encode(path).toPercentEncoding("/"));
+}
+
+QString IgnoreList::pathOfKey(const QString &key)
+{
+    if (!key.startsWith(kFileUri))
+        return key;
+    return FileNames::decode(QByteArray::fromPercentEncoding(key.mid(kFileUri.size()).toLatin1()));
+}
+
 PropertyDictionary IgnoreList::getIgnoreFilesDictionary()
 {
     return m_root.dictionaryForKey(Key);
@@ -7,7 +30,7 @@ PropertyDictionary IgnoreList::getIgnoreFilesDictionary()
 
 bool IgnoreList::shouldIgnoreFile(const QString &path) const
 {
-    return m_root.value(Key).toDictionary().value(path).boolValue(false);
+    return m_root.value(Key).toDictionary().value(keyOf(path)).boolValue(false);
 }
 
 // The path without its last component, as text: "/a/b" -> "/a", "/a/b/" -> "/a/b".
@@ -25,7 +48,7 @@ qsizetype IgnoreList::addIgnoreFiles(const QStringList &paths)
     qsizetype skipped = 0;
     for (const QString &path : paths) {
         if (parentPath(path) == m_desktopFolder && !path.endsWith(u'/'))
-            ignored.insert(path, true);
+            ignored.insert(keyOf(path), true);
         else
             ++skipped;
     }
@@ -34,7 +57,7 @@ qsizetype IgnoreList::addIgnoreFiles(const QStringList &paths)
 
 void IgnoreList::removeIgnoreFile(const QString &path)
 {
-    getIgnoreFilesDictionary().remove(path);
+    getIgnoreFilesDictionary().remove(keyOf(path));
 }
 
 void IgnoreList::removeIgnoreFiles(const QStringList &paths)
@@ -45,7 +68,15 @@ void IgnoreList::removeIgnoreFiles(const QStringList &paths)
 
 QStringList IgnoreList::paths() const
 {
-    return m_root.value(Key).toDictionary().keys();
+    QStringList paths = m_root.value(Key).toDictionary().keys();
+    for (QString &path : paths)
+        path = pathOfKey(path);
+    return paths;
+}
+
+bool IgnoreList::contains(const QString &path) const
+{
+    return m_root.value(Key).toDictionary().contains(keyOf(path));
 }
 
 QString IgnoreList::skippedAlertTitle(qsizetype skipped)

@@ -388,8 +388,14 @@ void tst_TidyEngine::namesThatAreNotUtf8()
     QCOMPARE(f.notifier.m_delivered.last().text,
              QStringLiteral("Moved 1 of 1 items found to Shadow Desktop"));
 
-    QVERIFY(f.engine.restoreItemAtPath(FileNames::decode(shadow), false));
+    // Restored and ignored; the entry survives the data file and is honoured.
+    QVERIFY(f.engine.restoreItemAtPath(FileNames::decode(shadow), true));
     QVERIFY(exists(desktop) && !exists(shadow));
+    QVERIFY(f.data.saveDataFile());
+    f.load();
+    f.engine.performManualTidy();
+    QVERIFY(exists(desktop) && !exists(shadow));
+    f.data.removeIgnoreFile(FileNames::decode(desktop));
     f.engine.performManualTidy();
     QVERIFY(f.engine.deleteItemAtPath(FileNames::decode(shadow)));
     const QByteArray trash = FileNames::encode(f.sandbox.home()) + "/.local/share/Trash/";
