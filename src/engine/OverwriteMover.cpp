@@ -101,13 +101,18 @@ OverwriteMover::Outcome OverwriteMover::replace(const QString &source, const QSt
                     keepVisible(QStringLiteral(
                         "the item it would have replaced could not get its name back"))};
     }
-    // The new item is in (or its copy is, with the rest still at the source).
+    // A copy that left changed parts at the source counts as failed: the item
+    // it would have replaced is not thrown away but kept beside it.
+    if (in.status == FileMover::Status::Incomplete)
+        return {false, target,
+                in.message + QStringLiteral("; ") +
+                    keepVisible(QStringLiteral("the item it would have replaced stays"))};
+    // The new item is in.
     const Trash::Result trashed = m_trash.trashAs(aside, target);
     if (trashed.ok)
-        return {in.moved(), target, in.message};
+        return {true, target, in.message};
     const QString note =
         keepVisible(QStringLiteral("the item it replaced could not be moved to the Trash (%1)")
                         .arg(trashed.message));
-    return {in.moved(), target,
-            in.message.isEmpty() ? note : in.message + QStringLiteral("; ") + note};
+    return {true, target, in.message.isEmpty() ? note : in.message + QStringLiteral("; ") + note};
 }

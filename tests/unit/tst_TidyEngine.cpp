@@ -361,6 +361,23 @@ void tst_TidyEngine::replaceNeverLosesTheOldItem()
     QCOMPARE(readAll(shadow + "/Notes 2.txt"), QStringLiteral("older"));
     QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Moved);
     QVERIFY(processed.first().at(3).toString().contains("kept as Notes 2.txt"));
+
+    // The copy lands while the Desktop item changes: that is a failure, so the
+    // item it would have replaced is kept beside it, not trashed.
+    QVERIFY(QFile::remove(trash));
+    f.desktopItem("Notes.txt", 60, "newest");
+    FileMover::setFaultHookForTesting([](const QString &stage, const QString &path) {
+        QFile source(path);
+        if (stage == u"entry copied" && source.open(QIODevice::Append))
+            source.write("!");
+        return true;
+    });
+    processed.clear();
+    f.engine.performManualTidy();
+    QCOMPARE(allEntries(shadow), (QStringList{"Notes 2.txt", "Notes 3.txt", "Notes.txt"}));
+    QCOMPARE(readAll(shadow + "/Notes 3.txt"), QStringLiteral("newer"));
+    QCOMPARE(readAll(f.sandbox.desktop() + "/Notes.txt"), QStringLiteral("newest!"));
+    QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Failed);
 }
 
 // Names are bytes: one that is not UTF-8 is tidied, restored and trashed like any other.
