@@ -39,16 +39,16 @@ for f in report.pdf notes.txt budget.xlsx; do echo x > "$shadow/$f"; done
 echo x > "$shadow/Photos/beach.jpg"
 export BREVANO_MENU_OUTLINE="$XDG_RUNTIME_DIR/outline.txt"
 
-run_host() { # NAME START-HOST OPEN-MENU
+run_host() { # NAME START-HOST ICON-SHOWN OPEN-MENU
   local name="$1"
   rm -f "$BREVANO_MENU_OUTLINE"
   eval "$2"
   "$brevano" > "$XDG_RUNTIME_DIR/brevano-$name.log" 2>&1 &
   local app=$!
   check "$name: Brevano starts and listens" 'wait_for app_listening && "$brevano" status | grep -q "^items: "'
-  sleep 1
+  check "$name: the icon shows in the tray" "wait_for '$3'"
   import -window root "$shots/$name-icon.png"
-  eval "$3"
+  eval "$4"
   check "$name: the status menu opened with the Shadow Desktop filled" \
     'wait_for "grep -qx \"  report.pdf\" \"$BREVANO_MENU_OUTLINE\" 2>/dev/null"'
   sleep 0.5
@@ -82,14 +82,19 @@ run_host() { # NAME START-HOST OPEN-MENU
 open_window() { # OPEN-MENU DOWN-PRESSES TITLE SCREENSHOT
   eval "$1"
   wait_for "grep -qx \"  report.pdf\" \"\$BREVANO_MENU_OUTLINE\" 2>/dev/null"
-  sleep 0.5
   xdotool key --delay 60 $(printf 'Down %.0s' $(seq "$2")) Return
   wait_for "window_text \"$3\" >/dev/null"
   import -window root "$4"
 }
 
+sni_registered() {
+  gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
+    --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher \
+    RegisteredStatusNotifierItems 2>/dev/null | grep -q StatusNotifierItem
+}
 run_host sni \
   'xfce4-panel >/dev/null 2>&1 & panel=$!; wait_for "has_name org.kde.StatusNotifierWatcher"' \
+  'sni_registered' \
   'item=$(gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
      --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher RegisteredStatusNotifierItems \
      | grep -o ":[0-9.]*" | head -1); \
@@ -119,8 +124,11 @@ xfconfd=$(bus_name_pid org.xfce.Xfconf)
 kill "$panel" 2>/dev/null; wait "$panel" 2>/dev/null
 [ -n "$xfconfd" ] && kill "$xfconfd" 2>/dev/null
 
+# Qt's XEmbed icon is a window of Brevano's class, mapped once the tray embeds it.
 run_host xembed \
-  'trayer --edge top --align right --widthtype request --height 28 >/dev/null 2>&1 & tray=$!; sleep 1' \
+  'trayer --edge top --align right --widthtype request --height 28 >/dev/null 2>&1 & tray=$!; \
+   wait_for "xdotool search --onlyvisible --class trayer >/dev/null"' \
+  'xdotool search --onlyvisible --class brevano >/dev/null' \
   'read -r width _ < <(xdotool getdisplaygeometry); xdotool mousemove $((width - 12)) 14 click 3'
 kill "$tray" 2>/dev/null
 
@@ -134,13 +142,10 @@ check "late host: without a tray host a window says so" \
 import -window root "$shots/no-tray-host.png"
 xfce4-panel >/dev/null 2>&1 &
 panel=$!
-check "late host: the icon appears when a tray host does" \
-  'wait_for "gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
-     --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher RegisteredStatusNotifierItems \
-     2>/dev/null | grep -q StatusNotifierItem"'
-sleep 1
+check "late host: the icon appears when a tray host does" 'wait_for sni_registered'
+no_tray_window() { ! xdotool search --onlyvisible --name '^Brevano$' >/dev/null; }
+check "late host: the window is gone" 'wait_for no_tray_window'
 import -window root "$shots/late-tray-host.png"
-check "late host: the window is gone" '! xdotool search --onlyvisible --name "^Brevano\$" >/dev/null'
 kill -TERM "$late"; wait "$late"
 kill "$panel" 2>/dev/null
 
