@@ -30,8 +30,8 @@ int StatusCommand::run(CliContext &context, const QStringList &args)
     const BrevanoData &data = context.data();
     // Only the running application tidies on a schedule; without it no tidy is due.
     QString next = QStringLiteral(
-        "no automatic tidy while Brevano is not running; automatic tidying needs it running: "
-        "run \"brevano\" with no arguments in a desktop session, or enable start at login");
+        "none while Brevano is not running: automatic tidies need the tray application; start "
+        "it with \"brevano\" (no arguments) in your desktop session");
     if (context.storeIsLive())
         next = StatusDisplay::nextTidyLine(std::max<qint64>(
             0, QDateTime::currentDateTimeUtc().secsTo(engine.getEarliestTidyDate())));
