@@ -229,8 +229,7 @@ void tst_CliTidy::statusSaysWhetherAnythingTidies()
     QCOMPARE(run({"set", "Enabled", "true"}).status, 0);
     Result r = run({"status"});
     QCOMPARE(r.status, 0);
-    QVERIFY2(r.out.contains("\nnext: none while Brevano is not running: "),
-             qPrintable(r.out));
+    QVERIFY2(r.out.contains("\nnext: none while Brevano is not running: "), qPrintable(r.out));
 
     QProcess app; // the tray application, without a tray host on an offscreen display
     QProcessEnvironment env = environment();

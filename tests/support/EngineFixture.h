@@ -2,7 +2,6 @@
 
 #include "Brevano.h"
 #include "BrevanoData.h"
-#include "RecordingAlertPresenter.h"
 #include "FileNames.h"
 #include "FileViewer.h"
 #include "FreedesktopTrash.h"
@@ -10,6 +9,7 @@
 #include "ModifierKeys.h"
 #include "NotificationCenter.h"
 #include "PropertyListWriter.h"
+#include "RecordingAlertPresenter.h"
 #include "RecordingNotifier.h"
 #include "SandboxHome.h"
 #include "VirtualScheduler.h"
