@@ -1,6 +1,10 @@
 #include "FileNames.h"
 
+#include <QFile>
 #include <QStringDecoder>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -102,4 +106,15 @@ QString FileNames::display(const QString &path)
             text[i] = QChar::ReplacementCharacter;
     }
     return text;
+}
+
+bool FileNames::openForReading(QFile &file, const QString &path)
+{
+    const int fd = ::open(encode(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0)
+        return false;
+    if (file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        return true;
+    ::close(fd);
+    return false;
 }

@@ -4,6 +4,8 @@
 #include <QByteArrayView>
 #include <QString>
 
+class QFile;
+
 // File names are bytes; paths are held as QString. Valid UTF-8 decodes as
 // usual, and each byte of a sequence that is not valid UTF-8 becomes the lone
 // surrogate U+DC80 + (byte - 0x80), which valid UTF-8 can never produce, so
@@ -17,4 +19,7 @@ public:
     static QString decode(QByteArrayView bytes);
     // The path with each undecodable byte shown as U+FFFD.
     static QString display(const QString &path);
+    // Opens path for reading by its bytes (QFile would look for the decoded
+    // name), without blocking should it be a pipe; false when it cannot.
+    static bool openForReading(QFile &file, const QString &path);
 };

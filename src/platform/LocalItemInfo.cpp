@@ -10,9 +10,7 @@
 #include <QSet>
 #include <QTimeZone>
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 static QString lastComponent(const QString &path)
 {
@@ -40,13 +38,9 @@ static bool listedInHiddenFile(const QString &path)
     auto cached = cache.find(folder);
     if (cached == cache.end() || now - cached->readAt > 1000 || now < cached->readAt) {
         QSet<QString> names;
-        // Not blocking on a pipe of that name.
-        const int fd = ::open(FileNames::encode(folder + QStringLiteral(".hidden")).constData(),
-                              O_RDONLY | O_NONBLOCK | O_CLOEXEC);
         QFile hidden;
-        if (fd >= 0 && !hidden.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
-            ::close(fd);
-        if (hidden.isOpen() && hidden.size() <= 1024 * 1024) {
+        if (FileNames::openForReading(hidden, folder + QStringLiteral(".hidden")) &&
+            hidden.size() <= 1024 * 1024) {
             while (!hidden.atEnd())
                 names.insert(FileNames::decode(hidden.readLine()).trimmed());
         }

@@ -6,9 +6,6 @@
 #include <QFileInfo>
 #include <QImageReader>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 QImage PreviewCache::preview(const QString &path, int pixels)
 {
     const QString key = path + u'\n' + QString::number(pixels);
@@ -42,12 +39,8 @@ QImage PreviewCache::decode(const QString &path, int pixels)
         observer(path);
     // Opened by the name's bytes: QImageReader would not find a name that is not UTF-8.
     QFile file;
-    const int fd = ::open(FileNames::encode(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0 || !file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
-        if (fd >= 0)
-            ::close(fd);
+    if (!FileNames::openForReading(file, path))
         return {};
-    }
     QImageReader reader(&file);
     reader.setAutoTransform(true);
     QSize size = reader.size();
