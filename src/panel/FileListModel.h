@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QStringList>
+
+class FileTypeIcons;
+
+// The panel's rows: the last listing received (dirContents) narrowed by the
+// search phrase (dirContentsFiltered). A row shows the entry's name and its
+// type icon; the full path is under PathRole.
+class FileListModel : public QAbstractListModel
+{
+    Q_OBJECT
+public:
+    enum Role
+    {
+        PathRole = Qt::UserRole + 1,
+    };
+
+    explicit FileListModel(FileTypeIcons &icons, QObject *parent = nullptr);
+
+    // storeFilteredArray: replaces dirContents and filters it again.
+    void storeFilteredArray(const QStringList &paths);
+    // Narrows the current listing by phrase; never starts a listing.
+    void setSearchPhrase(const QString &phrase);
+    QString searchPhrase() const { return m_phrase; }
+    const QStringList &dirContents() const { return m_dirContents; }
+    const QStringList &dirContentsFiltered() const { return m_filtered; }
+    QString pathAt(int row) const; // empty outside the rows
+    // Removes one row (after a restore or trash) without a new listing.
+    void removeRowAt(int row);
+
+    // Keeps the paths whose last component contains phrase (literal,
+    // case-sensitive); an empty phrase keeps all.
+    static QStringList filterDirContents(const QStringList &paths, const QString &phrase);
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+private:
+    FileTypeIcons &m_icons;
+    QStringList m_dirContents;
+    QStringList m_filtered;
+    QString m_phrase;
+};

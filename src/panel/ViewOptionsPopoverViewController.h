@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QFrame>
+
+#include <memory>
+
+class QuickFilterItem;
+namespace Ui {
+class ViewOptionsPopoverViewController;
+}
+
+// Edits one view's options in place inside the panel: style, icon size, folder
+// style, icon style and the date filter. Save writes them into the view's
+// working copy and applies them; Cancel leaves the working copy as it is (a
+// date mode chosen in the list has already gone into it).
+class ViewOptionsPopoverViewController : public QFrame
+{
+    Q_OBJECT
+public:
+    ViewOptionsPopoverViewController(QuickFilterItem &quickFilterItem, QWidget *parent = nullptr);
+    ~ViewOptionsPopoverViewController() override;
+
+    QuickFilterItem &quickFilterItem() const { return m_item; }
+    void updateButtons();
+    void pressedSave();
+    void pressedCancel();
+
+signals:
+    void applyViewOptionsChange(QuickFilterItem *item);
+    void cancelViewOptionsChange();
+
+private:
+    std::unique_ptr<Ui::ViewOptionsPopoverViewController> m_ui;
+    QuickFilterItem &m_item;
+};
