@@ -199,6 +199,7 @@ public:
     const CandidateSelector &candidates() const { return m_candidates; }
     // Safe to use from a worker too.
     const ItemInfo &itemInfo() const { return m_services.itemInfo; }
+    NotificationCenter &notifications() const { return m_services.notifications; }
     OverwriteMover &mover() { return m_mover; }
 
 signals:

@@ -7,6 +7,8 @@
 #include "FileViewer.h"
 #include "MenubarController.h"
 #include "NoTrayWindow.h"
+#include "NotificationCenter.h"
+#include "PanelController.h"
 #include "ProductLinks.h"
 #include "RestoreFilesWindow.h"
 #include "StatusMenu.h"
@@ -45,12 +47,11 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
             &KVBrevanoAppDelegate::restoreFiles);
     connect(m_statusMenu.get(), &StatusMenu::revealShadowDesktopRequested, this,
             &KVBrevanoAppDelegate::revealShadowDesktop);
-    connect(m_statusMenu.get(), &StatusMenu::helpRequested, this,
-            [] { QDesktopServices::openUrl(QUrl(ProductLinks::UserGuide)); });
+    connect(m_statusMenu.get(), &StatusMenu::helpRequested, this, &KVBrevanoAppDelegate::openHelp);
     connect(m_statusMenu.get(), &StatusMenu::supportRequested, this,
-            [] { QDesktopServices::openUrl(QUrl(ProductLinks::Support)); });
+            &KVBrevanoAppDelegate::openSupport);
     connect(m_statusMenu.get(), &StatusMenu::reviewRequested, this,
-            [] { QDesktopServices::openUrl(QUrl(ProductLinks::Review)); });
+            &KVBrevanoAppDelegate::reviewApp);
     connect(m_statusMenu.get(), &StatusMenu::emailSupportRequested, this,
             &KVBrevanoAppDelegate::emailSupport);
     connect(m_statusMenu.get(), &StatusMenu::quitRequested, qApp, &QCoreApplication::quit);
@@ -80,6 +81,9 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
 
 void KVBrevanoAppDelegate::applicationWillTerminate()
 {
+    if (m_panelController)
+        m_panelController->setHasActivePanel(false); // keeps its size and view
+    m_panelController.reset();
     m_menubarController.reset();
     m_data.saveDataFile();
 }
@@ -100,10 +104,91 @@ void KVBrevanoAppDelegate::showStatusMenu()
     m_statusMenu->menu()->popup(QCursor::pos());
 }
 
-// Until the panel exists, a left click opens the status menu as well.
+PanelController &KVBrevanoAppDelegate::getPanelController()
+{
+    if (!m_panelController) {
+        m_panelController = std::make_unique<PanelController>(
+            PanelController::Services{m_data, m_engine, m_fileViewer, m_scheduler,
+                                      m_engine.notifications()},
+            *this);
+        // hasActivePanel drives the active icon, whoever changes it.
+        connect(m_panelController.get(), &PanelController::hasActivePanelChanged, this,
+                [this](bool active) {
+                    if (m_menubarController)
+                        m_menubarController->setHasActiveIcon(active);
+                });
+    }
+    return *m_panelController;
+}
+
 void KVBrevanoAppDelegate::togglePanel()
 {
-    showStatusMenu();
+    PanelController &panel = getPanelController();
+    // A click on the icon first takes the focus from an open panel, which
+    // closes it; that same click must not open it again.
+    if (!panel.hasActivePanel() && panel.justClosedByFocusLoss())
+        return;
+    if (!m_menubarController) {
+        panel.setHasActivePanel(!panel.hasActivePanel());
+        return;
+    }
+    m_menubarController->setHasActiveIcon(!m_menubarController->hasActiveIcon());
+    panel.setHasActivePanel(m_menubarController->hasActiveIcon());
+}
+
+void KVBrevanoAppDelegate::openPanel()
+{
+    PanelController &panel = getPanelController();
+    if (panel.hasActivePanel())
+        panel.bringToFront();
+    else
+        togglePanel();
+}
+
+QRect KVBrevanoAppDelegate::statusItemRectForPanelController(PanelController &)
+{
+    return m_menubarController ? m_menubarController->globalRect()
+                               : QRect(QCursor::pos(), QSize(1, 1));
+}
+
+void KVBrevanoAppDelegate::doTidy()
+{
+    m_engine.performManualTidy();
+}
+
+void KVBrevanoAppDelegate::restoreAllFiles()
+{
+    m_statusMenu->restoreAllFiles();
+}
+
+void KVBrevanoAppDelegate::emptyShadowDesktop()
+{
+    m_statusMenu->emptyShadowDesktop();
+}
+
+void KVBrevanoAppDelegate::reviewApp()
+{
+    QDesktopServices::openUrl(QUrl(ProductLinks::Review));
+}
+
+void KVBrevanoAppDelegate::openSupport()
+{
+    QDesktopServices::openUrl(QUrl(ProductLinks::Support));
+}
+
+void KVBrevanoAppDelegate::openHelp()
+{
+    QDesktopServices::openUrl(QUrl(ProductLinks::UserGuide));
+}
+
+void KVBrevanoAppDelegate::checkForUpdates()
+{
+    QDesktopServices::openUrl(QUrl(ProductLinks::Releases));
+}
+
+void KVBrevanoAppDelegate::terminate()
+{
+    QCoreApplication::quit();
 }
 
 void KVBrevanoAppDelegate::toggleEnabled()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "PanelControllerDelegate.h"
+
 #include <QObject>
 #include <QPointer>
 
@@ -13,12 +15,13 @@ class BrevanoData;
 class FileViewer;
 class MenubarController;
 class NoTrayWindow;
+class PanelController;
 class Scheduler;
 class StatusMenu;
 
 // The tray application: starts the store, the engine, the status menu and the
 // status item in their order, opens the windows, and saves on the way out.
-class KVBrevanoAppDelegate : public QObject
+class KVBrevanoAppDelegate : public QObject, public PanelControllerDelegate
 {
     Q_OBJECT
 public:
@@ -31,13 +34,33 @@ public:
     void applicationWillTerminate();
     void applicationShouldHandleReopen() { openAlreadyRunningWindow(); }
 
+    // The status item's click: the panel opens or closes, its icon with it.
     void togglePanel();
+    // Opens the panel if it is not open (a keyboard shortcut's way in).
+    void openPanel();
+    PanelController &getPanelController();
+    PanelController *panelController() const { return m_panelController.get(); }
+    void showStatusMenu();
     void toggleEnabled();
-    void openAboutWindow();
     void openAlreadyRunningWindow();
-    void restoreFiles();
     void revealShadowDesktop();
-    void emailSupport();
+
+    // What the panel asks of the application.
+    QRect statusItemRectForPanelController(PanelController &panel) override;
+    void doTidy() override;
+    void restoreFiles() override;
+    void restoreAllFiles() override;
+    void emptyShadowDesktop() override;
+    void emailSupport() override;
+    void reviewApp() override;
+    void openSupport() override;
+    void openHelp() override;
+    void openAboutWindow() override;
+    void checkForUpdates() override;
+    void terminate() override;
+    bool canOpenTutorial() const override { return false; }
+    void openTutorial() override {}
+    bool canOpenPreferences() const override { return false; }
 
     StatusMenu *statusMenu() const { return m_statusMenu.get(); }
     // Set when Brevano should start again once it has quit (a tray host came late).
@@ -46,7 +69,6 @@ public:
     static QString supportMailUrl();
 
 private:
-    void showStatusMenu();
     void updateTrayHostWindow(bool available);
 
     BrevanoData &m_data;
@@ -56,6 +78,7 @@ private:
     AlertPresenter &m_alerts;
     std::unique_ptr<StatusMenu> m_statusMenu;
     std::unique_ptr<MenubarController> m_menubarController;
+    std::unique_ptr<PanelController> m_panelController;
     QPointer<AboutWindow> m_about;
     QPointer<AlreadyRunningWindow> m_alreadyRunning;
     QPointer<NoTrayWindow> m_noTray;

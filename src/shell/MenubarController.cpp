@@ -2,6 +2,7 @@
 
 #include "StatusIcons.h"
 
+#include <QCursor>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QDBusServiceWatcher>
@@ -68,6 +69,8 @@ void MenubarController::createStatusItem()
     m_statusItem->setToolTip(QStringLiteral("Brevano"));
     connect(m_statusItem.get(), &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
+                m_lastClick = QCursor::pos();
+                m_clicked = true;
                 switch (reason) {
                 case QSystemTrayIcon::Trigger:
                     m_view.mouseDown();
@@ -83,4 +86,14 @@ void MenubarController::createStatusItem()
                 }
             });
     m_statusItem->show();
+}
+
+QRect MenubarController::globalRect() const
+{
+    if (m_statusItem) {
+        const QRect geometry = m_statusItem->geometry();
+        if (geometry.isValid() && !geometry.isEmpty())
+            return geometry;
+    }
+    return QRect(m_clicked ? m_lastClick : QCursor::pos(), QSize(1, 1));
 }

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QRect>
 
 #include <memory>
 
@@ -30,6 +31,10 @@ public:
     void setHasActiveIcon(bool active) { m_view.setHighlighted(active); }
     void setEnabled(bool enabled) { m_view.setEnabled(enabled); }
     static bool trayHostAvailable();
+    // globalRect: the icon in global coordinates where the tray host tells
+    // (XEmbed); elsewhere (StatusNotifierItem) a 1x1 rectangle at the point of
+    // the last click on it, or at the pointer when it has not been clicked.
+    QRect globalRect() const;
 
 signals:
     void statusMenuRequested();
@@ -46,4 +51,6 @@ private:
     QDBusServiceWatcher *m_watcher = nullptr;
     bool m_createdWithWatcher = false;
     bool m_available = false;
+    QPoint m_lastClick;
+    bool m_clicked = false;
 };

@@ -8,5 +8,6 @@ struct ProductLinks
     static inline const QString UserGuide = QStringLiteral("https://brevano.org/guide");
     static inline const QString Support = QStringLiteral("https://brevano.org/support");
     static inline const QString Review = QStringLiteral("https://brevano.org/review");
+    static inline const QString Releases = QStringLiteral("https://brevano.org/releases");
     static inline const QString SupportMail = QStringLiteral("support@brevano.org");
 };

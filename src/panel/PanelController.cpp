@@ -1,0 +1,822 @@
+#include "PanelController.h"
+
+#include "BackgroundFileListBuilder.h"
+#include "Brevano.h"
+#include "BrevanoData.h"
+#include "FileListModel.h"
+#include "FileRowDelegate.h"
+#include "FileTypeIcons.h"
+#include "FileViewer.h"
+#include "ItemInfo.h"
+#include "NotificationCenter.h"
+#include "PanelControllerDelegate.h"
+#include "PanelPlacement.h"
+#include "PanelWindow.h"
+#include "PathBar.h"
+#include "ViewOptionsPopoverViewController.h"
+#include "ui_Panel.h"
+
+#include <QContextMenuEvent>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QPropertyAnimation>
+#include <QScreen>
+#include <QSettings>
+
+namespace {
+
+const QString kPanelWidth = QStringLiteral("PanelWidth");
+const QString kPanelHeight = QStringLiteral("PanelHeight");
+const QString kSelectedView = QStringLiteral("SelectedView");
+
+bool shiftHeldNow()
+{
+    // Shift, with or without Alt (Option), and nothing else.
+    const Qt::KeyboardModifiers held =
+        QGuiApplication::queryKeyboardModifiers() & ~Qt::KeypadModifier;
+    return held == Qt::ShiftModifier || held == (Qt::ShiftModifier | Qt::AltModifier);
+}
+
+QIcon toolbarIcon(const QString &name)
+{
+    return QIcon(QStringLiteral(":/panel/") + name + QStringLiteral(".svg"));
+}
+
+} // namespace
+
+// Keys on the table that act like the mouse: Return opens, Backspace goes up,
+// Delete trashes, the menu key shows the row's menu.
+class PanelController::TableKeys : public QObject
+{
+public:
+    explicit TableKeys(PanelController &panel) : QObject(&panel), m_panel(panel) {}
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        QListView *table = m_panel.m_window->ui().tableView;
+        if (event->type() == QEvent::ContextMenu) {
+            auto *menuEvent = static_cast<QContextMenuEvent *>(event);
+            QModelIndex index;
+            QPoint at;
+            if (menuEvent->reason() == QContextMenuEvent::Keyboard) {
+                index = table->currentIndex();
+                at = table->viewport()->mapToGlobal(table->visualRect(index).center());
+            } else {
+                const QPoint local = table->viewport()->mapFromGlobal(menuEvent->globalPos());
+                index = table->indexAt(local);
+                at = menuEvent->globalPos();
+            }
+            if (index.isValid()) {
+                if (!table->selectionModel()->isSelected(index))
+                    table->setCurrentIndex(index);
+                m_panel.showFileMenu(index.row(), at);
+            }
+            return true;
+        }
+        if (event->type() != QEvent::KeyPress || watched != table)
+            return false;
+        const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->modifiers() & ~Qt::KeypadModifier)
+            return false;
+        const int row = table->currentIndex().isValid() ? table->currentIndex().row() : -1;
+        switch (key->key()) {
+        case Qt::Key_Return:
+        case Qt::Key_Enter:
+            m_panel.doubleClickedRow(row);
+            return true;
+        case Qt::Key_Backspace:
+            if (m_panel.m_window->ui().buttonBack->isEnabled())
+                m_panel.pressedUpDirectory();
+            return true;
+        case Qt::Key_Delete:
+            if (row >= 0) {
+                m_panel.m_clickedRow = row;
+                m_panel.pressedFileTrash();
+            }
+            return true;
+        default:
+            return false;
+        }
+    }
+
+private:
+    PanelController &m_panel;
+};
+
+PanelController::PanelController(const Services &services, PanelControllerDelegate &delegate,
+                                 QObject *parent)
+    : QObject(parent), m_data(services.data), m_engine(services.engine),
+      m_fileViewer(services.fileViewer), m_scheduler(services.scheduler),
+      m_notifications(services.notifications), m_delegate(delegate), m_shiftHeld(shiftHeldNow)
+{
+    for (const auto &filter : m_data.filterItems())
+        m_desktopViews.append(filter->getName());
+    setUpWindow();
+}
+
+PanelController::~PanelController()
+{
+    m_scheduler.cancel(m_focusTask);
+    m_scheduler.cancel(m_initialUpdateTask);
+    if (m_hasActivePanel)
+        m_data.stopUpdatingTimeRemaining();
+    m_backgroundBuilder.reset(); // stops the listing; nothing it finds arrives after this
+    delete m_window;
+}
+
+void PanelController::setUpWindow()
+{
+    Q_INIT_RESOURCE(panel);
+    m_window = new PanelWindow;
+    Ui::Panel &ui = m_window->ui();
+
+    ui.buttonAction->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_action")));
+    ui.buttonReveal->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_reveal")));
+    ui.buttonViewOptions->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_viewoptions")));
+    ui.buttonBack->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_up")));
+    ui.viewPopup->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_views")));
+    ui.buttonIconSize->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_iconsize")));
+    ui.buttonIconStyle->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_iconstyle")));
+    ui.buttonFolderStyle->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_folderstyle")));
+    ui.buttonShadowDesktop->setIcon(toolbarIcon(QStringLiteral("ui_toolbar_home")));
+    const bool pinned = m_data.getPin();
+    ui.buttonPin->setChecked(pinned);
+    ui.buttonPin->setIcon(toolbarIcon(pinned ? QStringLiteral("ui_toolbar_pin_h")
+                                             : QStringLiteral("ui_toolbar_pin")));
+    ui.versionNumber->setText(QStringLiteral("v%1").arg(BrevanoData::getAppVersion()));
+
+    m_model = new FileListModel(FileTypeIcons::shared(), this);
+    m_rowDelegate = new FileRowDelegate(this);
+    ui.tableView->setModel(m_model);
+    ui.tableView->setItemDelegate(m_rowDelegate);
+    ui.tableView->setSpacing(0);
+    ui.tableView->setContextMenuPolicy(Qt::DefaultContextMenu);
+    auto *keys = new TableKeys(*this);
+    ui.tableView->installEventFilter(keys);
+    ui.tableView->viewport()->installEventFilter(keys);
+    connect(ui.tableView, &QListView::doubleClicked, this,
+            [this](const QModelIndex &index) { doubleClickedRow(index.row()); });
+    m_pathBar = new PathBar(ui.pathControl);
+    connect(m_pathBar, &PathBar::componentClicked, this, &PanelController::pathControlClicked);
+
+    connect(ui.searchField, &QLineEdit::textChanged, this, &PanelController::runSearch);
+    ui.searchField->installEventFilter(this);
+    connect(ui.buttonAction, &QToolButton::clicked, this, &PanelController::pressedAction);
+    connect(ui.buttonReveal, &QToolButton::clicked, this,
+            &PanelController::pressedActionRevealShadowDesktop);
+    connect(ui.buttonViewOptions, &QToolButton::clicked, this,
+            &PanelController::pressedViewOptions);
+    connect(ui.buttonBack, &QToolButton::clicked, this, &PanelController::pressedUpDirectory);
+    connect(ui.buttonShadowDesktop, &QToolButton::clicked, this,
+            &PanelController::pressedShadowDesktop);
+    connect(ui.buttonPin, &QToolButton::toggled, this, &PanelController::pressedPin);
+    connect(ui.tidyAutomaticallyCheck, &QCheckBox::clicked, this, &PanelController::toggleEnabled);
+    connect(ui.comboView, &QComboBox::activated, this,
+            &PanelController::comboBoxSelectionDidChange);
+
+    connect(m_window, &PanelWindow::resignedKey, this, [this] {
+        if (m_hasActivePanel && m_window->isVisible() && !m_data.getPin()) {
+            m_resignedAt = m_scheduler.now();
+            setHasActivePanel(false);
+        }
+    });
+    connect(m_window, &PanelWindow::cancelOperation, this, [this] { setHasActivePanel(false); });
+    connect(m_window, &PanelWindow::closing, this, [this] { setHasActivePanel(false); });
+    connect(m_window, &PanelWindow::resized, this, &PanelController::setArrowPosition);
+
+    m_notifications.observe(NotificationCenter::UpdateNextTidyText, this,
+                            [this](const QVariant &text) { updateNextTidyText(text.toString()); });
+    m_notifications.observe(NotificationCenter::UpdateQuickLayouts, this,
+                            [this](const QVariant &) { updateQuickLayouts(); });
+    // Every opening lists afresh, so a closed panel need not follow a tidy.
+    m_notifications.observe(NotificationCenter::TidyComplete, this, [this](const QVariant &) {
+        if (m_hasActivePanel)
+            buildFileList();
+    });
+
+    setUpActionMenu();
+    setUpFileMenu();
+    setUpViewMenus();
+
+    ui.nextTidyText->setText(QStringLiteral("Tidy Periodically Disabled"));
+    ui.tidyAutomaticallyCheck->setText(QStringLiteral("Automatic tidy disabled"));
+    ui.progressIndicator->hide();
+    ui.scanningLabel->hide();
+    updateQuickLayouts();
+    ui.comboView->setCurrentIndex(0);
+    applySavedView();
+}
+
+// Down from the search field goes to the rows.
+bool PanelController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (m_window && watched == m_window->ui().searchField && event->type() == QEvent::KeyPress &&
+        static_cast<QKeyEvent *>(event)->key() == Qt::Key_Down && m_model->rowCount() > 0) {
+        QListView *table = m_window->ui().tableView;
+        table->setFocus(Qt::TabFocusReason);
+        if (!table->currentIndex().isValid())
+            table->setCurrentIndex(m_model->index(0));
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void PanelController::applySavedView()
+{
+    const QSettings settings;
+    const int selected = settings.value(kSelectedView, 0).toInt();
+    const auto &filters = m_data.filterItems();
+    if (selected < 0)
+        return; // plain browsing, as the panel was left
+    // A stored view that no longer exists falls back to the first.
+    const int index = selected < filters.size() ? selected : 0;
+    if (index < filters.size())
+        applyView(filters.at(index));
+}
+
+void PanelController::setHasActivePanel(bool active)
+{
+    if (active == m_hasActivePanel)
+        return;
+    m_hasActivePanel = active;
+    if (active)
+        openPanel();
+    else
+        closePanel();
+    emit hasActivePanelChanged(active);
+}
+
+QScreen *PanelController::screenFor(const QRect &statusRect)
+{
+    if (QScreen *screen = QGuiApplication::screenAt(statusRect.center()))
+        return screen;
+    return QGuiApplication::primaryScreen();
+}
+
+void PanelController::openPanel()
+{
+    Ui::Panel &ui = m_window->ui();
+    if (m_fade)
+        m_fade->stop();
+    ui.scanningLabel->show();
+    m_data.startUpdatingTimeRemaining();
+    m_model->storeFilteredArray({});
+
+    m_statusRect = m_delegate.statusItemRectForPanelController(*this);
+    const QSettings settings;
+    QSize size = m_window->size();
+    if (settings.contains(kPanelWidth) && settings.contains(kPanelHeight))
+        size = QSize(qRound(settings.value(kPanelWidth).toDouble()),
+                     qRound(settings.value(kPanelHeight).toDouble()))
+                   .expandedTo(m_window->minimumSize())
+                   .boundedTo(m_window->maximumSize());
+    QRect screen(QPoint(0, 0), size), available = screen;
+    if (QScreen *on = screenFor(m_statusRect)) {
+        screen = on->geometry();
+        available = on->availableGeometry();
+    }
+    const PanelPlacement::Result placed =
+        PanelPlacement::place(m_statusRect, size, screen, available);
+    m_arrowEdge = placed.arrowEdge;
+
+    m_window->setWindowOpacity(0);
+    m_window->setGeometry(placed.frame);
+    m_window->show();
+    m_window->setWindowOpacity(1);
+    m_window->raise();
+    m_window->activateWindow();
+    setArrowPosition();
+
+    m_scheduler.cancel(m_focusTask);
+    m_focusTask = m_scheduler.schedule(
+        m_shiftHeld() ? kSearchFocusDelayWithShift : kSearchFocusDelay, [this] {
+            m_focusTask = 0;
+            if (m_hasActivePanel)
+                m_window->ui().searchField->setFocus(Qt::OtherFocusReason);
+        });
+    m_scheduler.cancel(m_initialUpdateTask);
+    m_initialUpdateTask = m_scheduler.schedule(std::chrono::milliseconds(0), [this] {
+        m_initialUpdateTask = 0;
+        if (m_hasActivePanel)
+            initialUpdate();
+    });
+}
+
+void PanelController::bringToFront()
+{
+    m_window->raise();
+    m_window->activateWindow();
+}
+
+bool PanelController::justClosedByFocusLoss() const
+{
+    return m_resignedAt.isValid() && m_resignedAt.msecsTo(m_scheduler.now()) < 400;
+}
+
+void PanelController::initialUpdate()
+{
+    m_currentPath = shadowDesktopPath();
+    buildFileList();
+    configureControls();
+    m_pathBar->setPath(shadowDesktopPath(), m_currentPath);
+    m_window->ui().scanningLabel->hide();
+}
+
+void PanelController::closePanel()
+{
+    saveDefaults();
+    m_data.stopUpdatingTimeRemaining();
+    closePopovers();
+    m_scheduler.cancel(m_focusTask);
+    m_scheduler.cancel(m_initialUpdateTask);
+    m_focusTask = m_initialUpdateTask = 0;
+    // Nobody sees the rest of a listing of a closed panel.
+    m_backgroundBuilder.reset();
+    m_window->ui().progressIndicator->hide();
+    if (!m_fade) {
+        m_fade = new QPropertyAnimation(m_window, "windowOpacity", this);
+        m_fade->setDuration(150);
+        m_fade->setEndValue(0.0);
+        connect(m_fade, &QPropertyAnimation::finished, this, [this] {
+            if (!m_hasActivePanel)
+                m_window->hide();
+        });
+    }
+    m_fade->setStartValue(m_window->windowOpacity());
+    m_fade->start();
+}
+
+void PanelController::saveDefaults()
+{
+    QSettings settings;
+    settings.setValue(kPanelWidth, double(m_window->width()));
+    settings.setValue(kPanelHeight, double(m_window->height()));
+    settings.setValue(kSelectedView, int(m_data.filterItems().indexOf(m_currentFilter)));
+    settings.sync();
+}
+
+void PanelController::setArrowPosition()
+{
+    if (!m_statusRect.isValid())
+        return;
+    const QRect frame = m_window->geometry();
+    const QPoint centre(qRound(m_statusRect.x() + m_statusRect.width() / 2.0),
+                        qRound(m_statusRect.y() + m_statusRect.height() / 2.0));
+    const bool alongX = m_arrowEdge == Qt::TopEdge || m_arrowEdge == Qt::BottomEdge;
+    m_window->setArrow(m_arrowEdge, alongX ? centre.x() - frame.x() : centre.y() - frame.y());
+}
+
+void PanelController::configureControls()
+{
+    Ui::Panel &ui = m_window->ui();
+    ui.tidyAutomaticallyCheck->setChecked(m_engine.getEnabled());
+    const QString root = shadowDesktopPath();
+    const bool browsesFolders = !m_currentFilter || m_currentFilter->getFolderStyle() == 0;
+    ui.buttonBack->setEnabled(browsesFolders && !root.isEmpty() && m_currentPath != root);
+    ui.buttonViewOptions->setEnabled(m_currentFilter != nullptr);
+}
+
+QString PanelController::shadowDesktopPath() const
+{
+    return m_engine.getTargetFilename();
+}
+
+// ---- listing ----
+
+void PanelController::buildFileList()
+{
+    m_backgroundBuilder.reset(); // stops it; a superseded listing shows nothing more
+    std::shared_ptr<const QuickFilterItem> view;
+    if (m_currentFilter)
+        view =
+            std::make_shared<const QuickFilterItem>(m_currentFilter->tempDictionary().deepCopy());
+    m_backgroundBuilder = std::make_unique<BackgroundFileListBuilder>(
+        m_currentPath, std::move(view), m_window->ui().searchField->text(), shadowDesktopPath(),
+        m_engine.itemInfo());
+    connect(m_backgroundBuilder.get(), &BackgroundFileListBuilder::fileListUpdated, this,
+            &PanelController::fileListUpdated);
+    connect(m_backgroundBuilder.get(), &BackgroundFileListBuilder::fileListCompleted, this,
+            &PanelController::fileListCompletedForTask);
+    m_backgroundBuilder->startBackgroundTask();
+    m_window->ui().progressIndicator->show();
+}
+
+void PanelController::fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *)
+{
+    m_model->storeFilteredArray(paths);
+}
+
+void PanelController::fileListCompletedForTask(const QStringList &paths,
+                                               BackgroundFileListBuilder *task)
+{
+    m_model->storeFilteredArray(paths);
+    m_window->ui().progressIndicator->hide();
+    if (task == m_backgroundBuilder.get())
+        m_backgroundBuilder.release()->deleteLater();
+    emit fileListCompleted();
+}
+
+void PanelController::runSearch(const QString &phrase)
+{
+    m_window->ui().textField->setText(
+        phrase.isEmpty() ? QString() : QStringLiteral("Search for ‘%1’…").arg(phrase));
+    m_model->setSearchPhrase(phrase);
+}
+
+// ---- navigation ----
+
+void PanelController::navigateTo(const QString &path)
+{
+    m_currentPath = path;
+    buildFileList();
+    configureControls();
+    m_pathBar->setPath(shadowDesktopPath(), m_currentPath);
+}
+
+void PanelController::pathControlClicked(const QString &path)
+{
+    navigateTo(path);
+}
+
+void PanelController::pressedShadowDesktop()
+{
+    navigateTo(shadowDesktopPath());
+}
+
+void PanelController::pressedUpDirectory()
+{
+    const qsizetype slash = m_currentPath.lastIndexOf(u'/');
+    navigateTo(slash > 0 ? m_currentPath.left(slash) : QStringLiteral("/"));
+}
+
+void PanelController::doubleClickedRow(int row)
+{
+    const QString path = m_model->pathAt(row);
+    if (path.isEmpty())
+        return;
+    if (m_engine.getFileFlags(path) & (ItemInfo::Container | ItemInfo::Package))
+        navigateTo(path);
+    else
+        m_fileViewer.open(path);
+}
+
+// ---- the rows' context menu ----
+
+void PanelController::setUpFileMenu()
+{
+    m_fileMenu = new QMenu(m_window);
+    m_fileMenu->setAccessibleName(QStringLiteral("Item"));
+    connect(m_fileMenu->addAction(QStringLiteral("Open")), &QAction::triggered, this,
+            &PanelController::pressedFileOpen);
+    connect(m_fileMenu->addAction(QStringLiteral("Show in File Manager")), &QAction::triggered,
+            this, &PanelController::pressedFileReveal);
+    m_fileMenu->addSeparator();
+    m_fileMenuItemRestore = m_fileMenu->addAction(QStringLiteral("Restore to Desktop"));
+    connect(m_fileMenuItemRestore, &QAction::triggered, this, &PanelController::pressedFileRestore);
+    m_fileMenuItemRestoreAndIgnore =
+        m_fileMenu->addAction(QStringLiteral("Restore to Desktop and Ignore"));
+    m_fileMenuItemRestoreAndIgnore->setToolTip(
+        QStringLiteral("Put it back on the Desktop and leave it there at every tidy"));
+    connect(m_fileMenuItemRestoreAndIgnore, &QAction::triggered, this,
+            &PanelController::pressedFileRestoreAndIgnore);
+    m_fileMenuCannotRestore =
+        m_fileMenu->addAction(QStringLiteral("Items in Folders Cannot Be Restored"));
+    m_fileMenuCannotRestore->setEnabled(false);
+    m_fileMenu->addSeparator();
+    connect(m_fileMenu->addAction(QStringLiteral("Move to Trash")), &QAction::triggered, this,
+            &PanelController::pressedFileTrash);
+}
+
+void PanelController::showFileMenu(int row, const QPoint &globalPos)
+{
+    m_clickedRow = row;
+    menuNeedsUpdate(row);
+    m_fileMenu->popup(globalPos);
+}
+
+void PanelController::menuNeedsUpdate(int clickedRow)
+{
+    m_clickedRow = clickedRow;
+    const bool restorable = m_engine.fileResidesInShadowDesktopRoot(m_model->pathAt(clickedRow));
+    m_fileMenuItemRestore->setVisible(restorable);
+    m_fileMenuItemRestoreAndIgnore->setVisible(restorable);
+    m_fileMenuCannotRestore->setVisible(!restorable);
+}
+
+QString PanelController::clickedPath() const
+{
+    return m_model->pathAt(m_clickedRow);
+}
+
+void PanelController::pressedFileOpen()
+{
+    if (const QString path = clickedPath(); !path.isEmpty())
+        m_fileViewer.open(path);
+}
+
+void PanelController::pressedFileReveal()
+{
+    if (const QString path = clickedPath(); !path.isEmpty())
+        m_fileViewer.reveal(path);
+}
+
+void PanelController::pressedFileRestore()
+{
+    restoreClicked(false);
+}
+
+void PanelController::pressedFileRestoreAndIgnore()
+{
+    restoreClicked(true);
+}
+
+void PanelController::restoreClicked(bool addToIgnore)
+{
+    const QString path = clickedPath();
+    if (path.isEmpty())
+        return;
+    const FileMover::Result result = m_engine.restoreItem(path, addToIgnore);
+    fileRestoredAtRow(m_clickedRow);
+    if (!result.moved())
+        m_window->ui().textField->setText(result.message);
+}
+
+void PanelController::pressedFileTrash()
+{
+    const QString path = clickedPath();
+    if (path.isEmpty())
+        return;
+    const Trash::Result result = m_engine.trashItem(path);
+    fileDeletedAtRow(m_clickedRow);
+    if (!result.ok)
+        m_window->ui().textField->setText(result.message);
+}
+
+void PanelController::fileRestoredAtRow(int row)
+{
+    closePopovers();
+    m_model->removeRowAt(row);
+}
+
+void PanelController::fileDeletedAtRow(int row)
+{
+    closePopovers();
+    m_model->removeRowAt(row);
+}
+
+// ---- the action menu ----
+
+void PanelController::setUpActionMenu()
+{
+    m_actionMenu = new QMenu(m_window);
+    m_actionMenu->setAccessibleName(QStringLiteral("Actions"));
+    const auto add = [this](const QString &title, auto slot) {
+        QAction *action = m_actionMenu->addAction(title);
+        connect(action, &QAction::triggered, this, slot);
+        return action;
+    };
+    add(QStringLiteral("Tidy Now"), [this] { m_delegate.doTidy(); });
+    add(QStringLiteral("Restore Files..."), [this] { m_delegate.restoreFiles(); });
+    add(QStringLiteral("Restore All Files..."), [this] { m_delegate.restoreAllFiles(); });
+    add(QStringLiteral("Empty Shadow Desktop..."), [this] { m_delegate.emptyShadowDesktop(); });
+    add(QStringLiteral("Show Shadow Desktop in File Manager"),
+        &PanelController::pressedActionRevealShadowDesktop);
+    m_actionMenu->addSeparator();
+    add(QStringLiteral("Brevano User Guide"), [this] { m_delegate.openHelp(); });
+    m_tutorialItem = add(QStringLiteral("Brevano Tutorial"), [this] { m_delegate.openTutorial(); });
+    add(QStringLiteral("Brevano Support Site"), [this] { m_delegate.openSupport(); });
+    add(QStringLiteral("E-mail Support"), [this] { m_delegate.emailSupport(); });
+    add(QStringLiteral("Review Brevano"), [this] { m_delegate.reviewApp(); });
+    m_actionMenu->addSeparator();
+    add(QStringLiteral("About Brevano"), [this] { m_delegate.openAboutWindow(); });
+    add(QStringLiteral("Check for Updates"), &PanelController::pressedCheckForUpdates);
+    m_preferencesItem = add(QStringLiteral("Preferences..."),
+                            [this] { m_notifications.post(NotificationCenter::OpenPreferences); });
+    m_actionMenu->addSeparator();
+    add(QStringLiteral("Quit Brevano"), [this] { m_delegate.terminate(); });
+    connect(m_actionMenu, &QMenu::aboutToShow, this, [this] {
+        m_tutorialItem->setVisible(m_delegate.canOpenTutorial());
+        m_preferencesItem->setVisible(m_delegate.canOpenPreferences());
+    });
+}
+
+void PanelController::pressedAction()
+{
+    qInfo("Presed action");
+    showMenuAtButton(m_actionMenu, m_window->ui().buttonAction);
+}
+
+void PanelController::pressedActionRevealShadowDesktop()
+{
+    m_fileViewer.openFolder(shadowDesktopPath());
+}
+
+void PanelController::pressedCheckForUpdates()
+{
+    setHasActivePanel(false);
+    m_delegate.checkForUpdates();
+}
+
+void PanelController::showMenuAtButton(QMenu *menu, QWidget *button)
+{
+    menu->popup(button->mapToGlobal(QPoint(0, button->height())));
+}
+
+// ---- views ----
+
+void PanelController::setUpViewMenus()
+{
+    Ui::Panel &ui = m_window->ui();
+    m_viewMenu = new QMenu(m_window);
+    m_viewMenu->setAccessibleName(QStringLiteral("Views"));
+    ui.viewPopup->setMenu(m_viewMenu);
+    connect(m_viewMenu, &QMenu::aboutToShow, this, &PanelController::updateQuickLayouts);
+
+    const auto makeChoiceMenu = [this](const QString &name, const QStringList &titles,
+                                       void (PanelController::*chosen)(int)) {
+        auto *menu = new QMenu(m_window);
+        menu->setAccessibleName(name);
+        for (int i = 0; i < titles.size(); ++i) {
+            QAction *action = menu->addAction(titles.at(i));
+            action->setCheckable(true);
+            connect(action, &QAction::triggered, this, [this, chosen, i] { (this->*chosen)(i); });
+        }
+        return menu;
+    };
+    m_iconSizeMenu = makeChoiceMenu(QStringLiteral("Icon Size"),
+                                    {QStringLiteral("Small"), QStringLiteral("Medium"),
+                                     QStringLiteral("Large"), QStringLiteral("Extra Large")},
+                                    &PanelController::pressedMenuItemIconSize);
+    m_iconStyleMenu = makeChoiceMenu(QStringLiteral("Icon Style"),
+                                     {QStringLiteral("Icons"), QStringLiteral("Previews")},
+                                     &PanelController::pressedMenuItemIconStyle);
+    m_folderStyleMenu =
+        makeChoiceMenu(QStringLiteral("Folder Style"),
+                       {QStringLiteral("Browse Folders"), QStringLiteral("All Files")},
+                       &PanelController::pressedMenuItemFolderStyle);
+    const auto popUp = [this](QMenu *menu, QToolButton *button,
+                              quint32 (QuickFilterItem::*value)() const) {
+        connect(button, &QToolButton::clicked, this, [this, menu, button, value] {
+            checkViewMenu(menu, m_currentFilter ? int(((*m_currentFilter).*value)()) : -1);
+            showMenuAtButton(menu, button);
+        });
+    };
+    popUp(m_iconSizeMenu, ui.buttonIconSize, &QuickFilterItem::getIconSize);
+    popUp(m_iconStyleMenu, ui.buttonIconStyle, &QuickFilterItem::getIconStyle);
+    popUp(m_folderStyleMenu, ui.buttonFolderStyle, &QuickFilterItem::getFolderStyle);
+}
+
+void PanelController::checkViewMenu(QMenu *menu, int checkedIndex)
+{
+    const QList<QAction *> actions = menu->actions();
+    for (int i = 0; i < actions.size(); ++i)
+        actions.at(i)->setChecked(i == checkedIndex);
+}
+
+void PanelController::updateQuickLayouts()
+{
+    m_desktopViews.clear();
+    for (const auto &filter : m_data.filterItems())
+        m_desktopViews.append(filter->getName());
+    Ui::Panel &ui = m_window->ui();
+    const int comboIndex = ui.comboView->currentIndex();
+    ui.comboView->clear();
+    ui.comboView->addItems(m_desktopViews);
+    ui.comboView->setCurrentIndex(qMin(comboIndex, int(m_desktopViews.size()) - 1));
+
+    const QString checkedName =
+        m_currentFilter ? m_currentFilter->getName() : QStringLiteral("All Contents");
+    m_viewMenu->clear();
+    for (int i = 0; i < m_desktopViews.size(); ++i) {
+        QAction *item = m_viewMenu->addAction(m_desktopViews.at(i));
+        item->setCheckable(true);
+        item->setChecked(m_desktopViews.at(i) == checkedName);
+        connect(item, &QAction::triggered, this, [this, i] { pressedMenuItem(i); });
+    }
+}
+
+void PanelController::applyView(const QuickFilterList::ItemPointer &view)
+{
+    m_currentFilter = view;
+    Ui::Panel &ui = m_window->ui();
+    ui.activeViewText->setText(view ? view->getName() : QStringLiteral("All Contents"));
+    m_rowDelegate->setRowHeight(FileRowDelegate::rowHeight(view.get()));
+    ui.tableView->doItemsLayout();
+    if (m_hasActivePanel)
+        buildFileList();
+    configureControls();
+}
+
+void PanelController::pressedMenuItem(int index)
+{
+    const auto &filters = m_data.filterItems();
+    if (index >= 0 && index < filters.size())
+        applyView(filters.at(index));
+}
+
+// The combo's entries are the views' names, and entry k chooses view k - 1:
+// the first entry chooses nothing.
+void PanelController::comboBoxSelectionDidChange(int index)
+{
+    pressedMenuItem(index - 1);
+}
+
+void PanelController::pressedMenuItemIconSize(int index)
+{
+    if (!m_currentFilter)
+        return;
+    m_currentFilter->setIconSize(quint32(index));
+    applyView(m_currentFilter);
+}
+
+void PanelController::pressedMenuItemIconStyle(int index)
+{
+    if (!m_currentFilter)
+        return;
+    m_currentFilter->setIconStyle(quint32(index));
+    applyView(m_currentFilter);
+}
+
+void PanelController::pressedMenuItemFolderStyle(int index)
+{
+    if (!m_currentFilter)
+        return;
+    m_currentFilter->setFolderStyle(quint32(index));
+    applyView(m_currentFilter);
+}
+
+void PanelController::pressedViewOptions()
+{
+    Ui::Panel &ui = m_window->ui();
+    if (m_viewOptionsPopover) {
+        cancelViewOptionsChange();
+        return;
+    }
+    closePopovers();
+    if (!m_currentFilter) {
+        ui.buttonViewOptions->setChecked(false);
+        return;
+    }
+    m_viewOptionsPopover = new ViewOptionsPopoverViewController(*m_currentFilter, m_window);
+    connect(m_viewOptionsPopover, &ViewOptionsPopoverViewController::applyViewOptionsChange, this,
+            &PanelController::applyViewOptionsChange);
+    connect(m_viewOptionsPopover, &ViewOptionsPopoverViewController::cancelViewOptionsChange, this,
+            &PanelController::cancelViewOptionsChange);
+    m_viewOptionsPopover->adjustSize();
+    const QPoint below =
+        ui.buttonViewOptions->mapTo(m_window, QPoint(0, ui.buttonViewOptions->height() + 2));
+    const int x =
+        qBound(4, below.x(), qMax(4, m_window->width() - m_viewOptionsPopover->width() - 4));
+    m_viewOptionsPopover->move(x, below.y());
+    m_viewOptionsPopover->show();
+    m_viewOptionsPopover->raise();
+    m_viewOptionsPopover->setFocus(Qt::PopupFocusReason);
+    ui.buttonViewOptions->setChecked(true);
+}
+
+void PanelController::applyViewOptionsChange(QuickFilterItem *)
+{
+    m_data.saveDataFile();
+    closePopovers();
+    applyView(m_currentFilter);
+}
+
+void PanelController::cancelViewOptionsChange()
+{
+    closePopovers();
+}
+
+void PanelController::closePopovers()
+{
+    if (m_viewOptionsPopover)
+        m_viewOptionsPopover->deleteLater();
+    m_viewOptionsPopover = nullptr;
+    if (m_window)
+        m_window->ui().buttonViewOptions->setChecked(false);
+}
+
+// ---- the automatic tidy switch and the pin ----
+
+void PanelController::pressedPin(bool on)
+{
+    m_window->ui().buttonPin->setIcon(
+        toolbarIcon(on ? QStringLiteral("ui_toolbar_pin_h") : QStringLiteral("ui_toolbar_pin")));
+    m_data.setPin(on);
+}
+
+void PanelController::toggleEnabled(bool on)
+{
+    m_engine.setEnabled(on);
+    m_data.saveDataFile();
+    m_data.updateStatusIcon();
+}
+
+void PanelController::updateNextTidyText(const QString &text)
+{
+    Ui::Panel &ui = m_window->ui();
+    const bool enabled = m_engine.getEnabled();
+    ui.nextTidyText->setText(enabled ? text : QStringLiteral("Tidy Periodically Disabled"));
+    ui.tidyAutomaticallyCheck->setText(enabled ? text : QStringLiteral("Automatic tidy disabled"));
+    ui.tidyAutomaticallyCheck->setChecked(enabled);
+}

@@ -1,0 +1,180 @@
+#pragma once
+
+#include "QuickFilterList.h"
+#include "Scheduler.h"
+
+#include <QDateTime>
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+
+class BackgroundFileListBuilder;
+class Brevano;
+class BrevanoData;
+class FileListModel;
+class FileRowDelegate;
+class FileViewer;
+class NotificationCenter;
+class PanelControllerDelegate;
+class PanelWindow;
+class QAction;
+class QMenu;
+class QModelIndex;
+class QuickFilterItem;
+class ViewOptionsPopoverViewController;
+
+// The drop-down panel under the status item: lists the Shadow Desktop by view,
+// searches the listing, navigates its folders and opens, reveals, restores or
+// trashes what it shows. Opening and closing go through hasActivePanel, which
+// the application watches for the status item's active icon.
+class PanelController : public QObject
+{
+    Q_OBJECT
+public:
+    struct Services
+    {
+        BrevanoData &data;
+        Brevano &engine;
+        FileViewer &fileViewer;
+        Scheduler &scheduler;
+        NotificationCenter &notifications;
+    };
+    static constexpr std::chrono::milliseconds kSearchFocusDelay{300};
+    static constexpr std::chrono::milliseconds kSearchFocusDelayWithShift{3000};
+
+    PanelController(const Services &services, PanelControllerDelegate &delegate,
+                    QObject *parent = nullptr);
+    ~PanelController() override;
+
+    bool hasActivePanel() const { return m_hasActivePanel; }
+    void setHasActivePanel(bool active);
+    // Whether Shift is held as the panel opens (the search field then waits longer).
+    void setShiftHeldQuery(std::function<bool()> query) { m_shiftHeld = std::move(query); }
+
+    PanelWindow *window() const { return m_window; }
+    FileListModel &model() const { return *m_model; }
+    QString currentPath() const { return m_currentPath; }
+    QuickFilterList::ItemPointer currentFilter() const { return m_currentFilter; }
+    const QStringList &desktopViews() const { return m_desktopViews; }
+    bool isListing() const { return m_backgroundBuilder != nullptr; }
+    ViewOptionsPopoverViewController *viewOptionsPopover() const { return m_viewOptionsPopover; }
+    QMenu *fileMenu() const { return m_fileMenu; }
+    QMenu *actionMenu() const { return m_actionMenu; }
+
+    void bringToFront();
+    // The panel closed because it lost the focus a moment ago (to a click on
+    // the status item, say).
+    bool justClosedByFocusLoss() const;
+    void openPanel();
+    void closePanel();
+    void initialUpdate();
+    void configureControls();
+    void buildFileList();
+
+    // Navigation.
+    void pathControlClicked(const QString &path);
+    void pressedShadowDesktop();
+    void pressedUpDirectory();
+    void doubleClickedRow(int row);
+
+    // The context menu's actions, on the clicked row.
+    void menuNeedsUpdate(int clickedRow);
+    void pressedFileOpen();
+    void pressedFileReveal();
+    void pressedFileRestore();
+    void pressedFileRestoreAndIgnore();
+    void pressedFileTrash();
+    void fileRestoredAtRow(int row);
+    void fileDeletedAtRow(int row);
+
+    // Views.
+    void applyView(const QuickFilterList::ItemPointer &view);
+    void comboBoxSelectionDidChange(int index);
+    void pressedMenuItem(int index);
+    void pressedMenuItemIconSize(int index);
+    void pressedMenuItemIconStyle(int index);
+    void pressedMenuItemFolderStyle(int index);
+    void pressedViewOptions();
+    void applyViewOptionsChange(QuickFilterItem *item);
+    void cancelViewOptionsChange();
+    void updateQuickLayouts();
+
+    void pressedAction();
+    void pressedActionRevealShadowDesktop();
+    void pressedCheckForUpdates();
+    void pressedPin(bool on);
+    void toggleEnabled(bool on);
+    void updateNextTidyText(const QString &text);
+
+signals:
+    void hasActivePanelChanged(bool active);
+    // A listing has been shown whole (tests and benchmarks wait for it).
+    void fileListCompleted();
+
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    class TableKeys;
+    void setUpWindow();
+    void setUpActionMenu();
+    void setUpFileMenu();
+    void setUpViewMenus();
+    void fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *task);
+    void fileListCompletedForTask(const QStringList &paths, BackgroundFileListBuilder *task);
+    void showFileMenu(int row, const QPoint &globalPos);
+    static class QScreen *screenFor(const QRect &statusRect);
+    void runSearch(const QString &phrase);
+    void navigateTo(const QString &path);
+    void closePopovers();
+    QString shadowDesktopPath() const;
+    QString clickedPath() const;
+    void restoreClicked(bool addToIgnore);
+    void checkViewMenu(QMenu *menu, int checkedIndex);
+    void showMenuAtButton(QMenu *menu, class QWidget *button);
+    void saveDefaults();
+    void applySavedView();
+    void windowResized();
+    void setArrowPosition();
+
+    BrevanoData &m_data;
+    Brevano &m_engine;
+    FileViewer &m_fileViewer;
+    Scheduler &m_scheduler;
+    NotificationCenter &m_notifications;
+    PanelControllerDelegate &m_delegate;
+    std::function<bool()> m_shiftHeld;
+
+    bool m_hasActivePanel = false;
+    QPointer<PanelWindow> m_window;
+    FileListModel *m_model = nullptr;
+    FileRowDelegate *m_rowDelegate = nullptr;
+    QString m_currentPath;
+    QuickFilterList::ItemPointer m_currentFilter;
+    QStringList m_desktopViews;
+    std::unique_ptr<BackgroundFileListBuilder> m_backgroundBuilder;
+    QPointer<ViewOptionsPopoverViewController> m_viewOptionsPopover;
+    class PathBar *m_pathBar = nullptr;
+    QPointer<class QPropertyAnimation> m_fade;
+    QRect m_statusRect;
+    Qt::Edge m_arrowEdge = Qt::TopEdge;
+    QDateTime m_resignedAt;
+    int m_clickedRow = -1;
+    Scheduler::TaskId m_focusTask = 0;
+    Scheduler::TaskId m_initialUpdateTask = 0;
+
+    QMenu *m_actionMenu = nullptr;
+    QMenu *m_fileMenu = nullptr;
+    QAction *m_fileMenuItemRestore = nullptr;
+    QAction *m_fileMenuItemRestoreAndIgnore = nullptr;
+    QAction *m_fileMenuCannotRestore = nullptr;
+    QMenu *m_viewMenu = nullptr;
+    QMenu *m_iconSizeMenu = nullptr;
+    QMenu *m_iconStyleMenu = nullptr;
+    QMenu *m_folderStyleMenu = nullptr;
+    QAction *m_tutorialItem = nullptr;
+    QAction *m_preferencesItem = nullptr;
+};

@@ -1,0 +1,51 @@
+#include "PanelWindow.h"
+
+#include "ui_Panel.h"
+
+#include <QKeyEvent>
+#include <QSizeGrip>
+
+PanelWindow::PanelWindow(QWidget *parent)
+    : PanelBackgroundView(parent), m_ui(std::make_unique<Ui::Panel>())
+{
+    // A tool window, not a popup: a popup grabs the pointer and could neither
+    // stay open while pinned nor let a drag leave it.
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                   Qt::NoDropShadowWindowHint);
+    if (compositorRunning())
+        setAttribute(Qt::WA_TranslucentBackground);
+    m_ui->setupUi(this);
+    m_sizeGrip = new QSizeGrip(this);
+    m_sizeGrip->setAccessibleName(QStringLiteral("Resize"));
+    m_ui->footerLayout->addWidget(m_sizeGrip, 0, Qt::AlignBottom | Qt::AlignRight);
+}
+
+PanelWindow::~PanelWindow() = default;
+
+bool PanelWindow::event(QEvent *event)
+{
+    if (event->type() == QEvent::WindowDeactivate)
+        emit resignedKey();
+    return PanelBackgroundView::event(event);
+}
+
+void PanelWindow::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        emit cancelOperation();
+        return;
+    }
+    PanelBackgroundView::keyPressEvent(event);
+}
+
+void PanelWindow::resizeEvent(QResizeEvent *event)
+{
+    PanelBackgroundView::resizeEvent(event);
+    emit resized();
+}
+
+void PanelWindow::closeEvent(QCloseEvent *event)
+{
+    emit closing();
+    PanelBackgroundView::closeEvent(event);
+}
