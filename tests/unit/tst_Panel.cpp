@@ -1,0 +1,332 @@
+#include "EngineFixture.h"
+#include "FileListModel.h"
+#include "FileRowDelegate.h"
+#include "PanelController.h"
+#include "PanelControllerDelegate.h"
+#include "PanelWindow.h"
+#include "ViewOptionsPopoverViewController.h"
+#include "ui_Panel.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QMenu>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QtTest>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+class RecordingPanelDelegate : public PanelControllerDelegate
+{
+public:
+    QRect statusItemRectForPanelController(PanelController &) override { return m_statusRect; }
+    void doTidy() override { m_calls << "doTidy"; }
+    void restoreFiles() override { m_calls << "restoreFiles"; }
+    void restoreAllFiles() override { m_calls << "restoreAllFiles"; }
+    void emptyShadowDesktop() override { m_calls << "emptyShadowDesktop"; }
+    void emailSupport() override { m_calls << "emailSupport"; }
+    void reviewApp() override { m_calls << "reviewApp"; }
+    void openSupport() override { m_calls << "openSupport"; }
+    void openHelp() override { m_calls << "openHelp"; }
+    void openAboutWindow() override { m_calls << "openAboutWindow"; }
+    void checkForUpdates() override { m_calls << "checkForUpdates"; }
+    void terminate() override { m_calls << "terminate"; }
+    bool canOpenTutorial() const override { return false; }
+    void openTutorial() override { m_calls << "openTutorial"; }
+    bool canOpenPreferences() const override { return false; }
+
+    QRect m_statusRect{1400, 0, 24, 24};
+    QStringList m_calls;
+};
+
+// A panel over a sandbox whose Shadow Desktop holds a few items.
+struct PanelFixture
+{
+    EngineFixture f;
+    RecordingPanelDelegate delegate;
+    std::unique_ptr<PanelController> panel;
+
+    PanelFixture()
+    {
+        f.load();
+        const QString shadow = f.sandbox.shadowDesktop();
+        QDir().mkpath(shadow + "/Reports/2024");
+        QDir().mkpath(shadow + "/Tool.app/Contents");
+        f.sandbox.write(".local/share/Brevano/Shadow Desktop/Q1 Report.pdf", "r");
+        f.sandbox.write(".local/share/Brevano/Shadow Desktop/q1 report.pdf", "r");
+        f.sandbox.write(".local/share/Brevano/Shadow Desktop/photo.png", "p");
+        f.sandbox.write(".local/share/Brevano/Shadow Desktop/Reports/Summary.txt", "s");
+        f.sandbox.write(".local/share/Brevano/Shadow Desktop/Reports/2024/Old.txt", "o");
+        makePanel();
+    }
+    void makePanel()
+    {
+        panel.reset(); // the settings of the last one are written first
+        panel = std::make_unique<PanelController>(
+            PanelController::Services{f.data, f.engine, f.fileViewer, f.scheduler, f.notifications},
+            delegate);
+        panel->setShiftHeldQuery([this] { return m_shift; });
+    }
+    Ui::Panel &ui() const { return panel->window()->ui(); }
+    QStringList names() const
+    {
+        QStringList names;
+        for (const QString &path : panel->model().dirContentsFiltered())
+            names << path.mid(path.lastIndexOf('/') + 1);
+        return names;
+    }
+    // Runs what the panel scheduled for now and waits for the listing.
+    void waitForListing()
+    {
+        QSignalSpy completed(panel.get(), &PanelController::fileListCompleted);
+        f.scheduler.advance(0ms);
+        QVERIFY(completed.count() > 0 || completed.wait(5000));
+    }
+    void open()
+    {
+        panel->setHasActivePanel(true);
+        waitForListing();
+    }
+    int rowOf(const QString &name) const { return int(names().indexOf(name)); }
+    bool m_shift = false;
+};
+
+} // namespace
+
+class TestPanel : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void opensAtTheStatusItemAndClosesAsAsked()
+    {
+        PanelFixture p;
+        QSignalSpy changes(p.panel.get(), &PanelController::hasActivePanelChanged);
+        p.open();
+        QVERIFY(p.panel->window()->isVisible());
+        QCOMPARE(changes.count(), 1);
+        QCOMPARE(p.names().mid(0, 2), QStringList({"Reports", "Tool.app"}));
+        QVERIFY(p.names().contains("Q1 Report.pdf"));
+        QVERIFY(!p.ui().progressIndicator->isVisible());
+        QVERIFY(!p.ui().scanningLabel->isVisible());
+
+        // Losing the focus closes an unpinned panel...
+        QEvent deactivate(QEvent::WindowDeactivate);
+        QApplication::sendEvent(p.panel->window(), &deactivate);
+        QVERIFY(!p.panel->hasActivePanel());
+        QTRY_VERIFY(!p.panel->window()->isVisible());
+        QCOMPARE(changes.count(), 2);
+
+        // ...but not a pinned one, which Escape still closes.
+        p.ui().buttonPin->click();
+        QVERIFY(p.f.data.getPin());
+        p.open();
+        QApplication::sendEvent(p.panel->window(), &deactivate);
+        QVERIFY(p.panel->hasActivePanel());
+        QTest::keyClick(p.panel->window(), Qt::Key_Escape);
+        QVERIFY(!p.panel->hasActivePanel());
+        QCOMPARE(changes.count(), 4);
+    }
+
+    void remembersItsSizeAndWaitsBeforeFocusingTheSearch()
+    {
+        PanelFixture p;
+        p.open();
+        p.panel->window()->resize(500, 640);
+        p.panel->setHasActivePanel(false);
+        p.makePanel();
+        p.open();
+        QCOMPARE(p.panel->window()->size(), QSize(500, 640));
+
+        p.panel->setHasActivePanel(false);
+        p.m_shift = true;
+        p.panel->setHasActivePanel(true);
+        p.panel->window()->activateWindow();
+        QTRY_VERIFY(QApplication::activeWindow() == p.panel->window());
+        p.f.scheduler.advance(2999ms);
+        QVERIFY(!p.ui().searchField->hasFocus());
+        p.f.scheduler.advance(1ms);
+        QVERIFY(p.ui().searchField->hasFocus());
+    }
+
+    void searchNarrowsTheListingByName()
+    {
+        PanelFixture p;
+        p.open();
+        const int all = int(p.names().size());
+        QTest::keyClicks(p.ui().searchField, "Report");
+        QCOMPARE(p.names(), QStringList({"Reports", "Q1 Report.pdf"}));
+        QCOMPARE(p.ui().textField->text(), QString("Search for ‘Report’…"));
+        QVERIFY(!p.panel->isListing()); // typing lists nothing anew
+        p.ui().searchField->clear();
+        QCOMPARE(p.names().size(), all);
+        QCOMPARE(p.ui().textField->text(), QString());
+    }
+
+    void navigatesFoldersAndPackages()
+    {
+        PanelFixture p;
+        p.open();
+        const QString root = p.f.sandbox.shadowDesktop();
+        QVERIFY(!p.ui().buttonBack->isEnabled());
+
+        p.panel->doubleClickedRow(p.rowOf("Reports"));
+        p.waitForListing();
+        QCOMPARE(p.panel->currentPath(), root + "/Reports");
+        QCOMPARE(p.names(), QStringList({"2024", "Summary.txt"}));
+        QVERIFY(p.ui().buttonBack->isEnabled());
+
+        // Keys: Return enters, Backspace goes up.
+        p.ui().tableView->setCurrentIndex(p.panel->model().index(0));
+        QTest::keyClick(p.ui().tableView, Qt::Key_Return);
+        p.waitForListing();
+        QCOMPARE(p.panel->currentPath(), root + "/Reports/2024");
+        QTest::keyClick(p.ui().tableView, Qt::Key_Backspace);
+        p.waitForListing();
+        QCOMPARE(p.panel->currentPath(), root + "/Reports");
+
+        p.panel->pressedShadowDesktop();
+        p.waitForListing();
+        QVERIFY(!p.ui().buttonBack->isEnabled());
+        p.panel->doubleClickedRow(p.rowOf("Tool.app")); // a package is entered too
+        p.waitForListing();
+        QCOMPARE(p.panel->currentPath(), root + "/Tool.app");
+
+        p.panel->pathControlClicked(root);
+        p.waitForListing();
+        p.panel->doubleClickedRow(p.rowOf("photo.png"));
+        QCOMPARE(p.f.fileViewer.m_calls, QStringList("open " + root + "/photo.png"));
+        p.panel->doubleClickedRow(-1); // no row: nothing
+        QCOMPARE(p.f.fileViewer.m_calls.size(), 1);
+    }
+
+    void restoresAndTrashesTheClickedRow()
+    {
+        PanelFixture p;
+        p.open();
+        const auto visible = [&p] {
+            QStringList shown;
+            for (QAction *action : p.panel->fileMenu()->actions())
+                if (action->isVisible() && !action->isSeparator())
+                    shown << action->text();
+            return shown;
+        };
+        p.panel->menuNeedsUpdate(p.rowOf("Q1 Report.pdf"));
+        QVERIFY(visible().contains("Restore to Desktop"));
+        QVERIFY(!visible().contains("Items in Folders Cannot Be Restored"));
+        p.panel->pressedFileRestoreAndIgnore();
+        QVERIFY(QFile::exists(p.f.sandbox.desktop() + "/Q1 Report.pdf"));
+        QVERIFY(p.f.data.shouldIgnoreFile(p.f.sandbox.desktop() + "/Q1 Report.pdf"));
+        QVERIFY(!p.names().contains("Q1 Report.pdf"));
+
+        const int photo = p.rowOf("photo.png");
+        p.ui().tableView->setCurrentIndex(p.panel->model().index(photo));
+        QTest::keyClick(p.ui().tableView, Qt::Key_Delete);
+        QVERIFY(!QFile::exists(p.f.sandbox.shadowDesktop() + "/photo.png"));
+        QVERIFY(QFile::exists(p.f.sandbox.home() + "/.local/share/Trash/files/photo.png"));
+        QVERIFY(!p.names().contains("photo.png"));
+
+        // Inside a folder nothing can be restored from here.
+        p.panel->doubleClickedRow(p.rowOf("Reports"));
+        p.waitForListing();
+        p.panel->menuNeedsUpdate(p.rowOf("Summary.txt"));
+        QVERIFY(visible().contains("Items in Folders Cannot Be Restored"));
+        QVERIFY(!visible().contains("Restore to Desktop"));
+        QVERIFY(!visible().contains("Restore to Desktop and Ignore"));
+    }
+
+    void viewsChangeTheListingAndTheRows()
+    {
+        PanelFixture p;
+        p.open();
+        const auto &filters = p.f.data.filterItems();
+        // The combo's entry k chooses view k - 1; the first entry changes nothing.
+        p.panel->comboBoxSelectionDidChange(2);
+        QCOMPARE(p.panel->currentFilter(), filters.at(1)); // Images
+        p.waitForListing();
+        QCOMPARE(p.names(), QStringList("photo.png"));
+        p.panel->comboBoxSelectionDidChange(0);
+        QCOMPARE(p.panel->currentFilter(), filters.at(1));
+
+        // Flattened: every file at any depth, no folder rows, no way up.
+        p.panel->pressedMenuItem(0);
+        p.panel->pressedMenuItemFolderStyle(1);
+        p.waitForListing();
+        QVERIFY(p.names().contains("Old.txt"));
+        QVERIFY(!p.names().contains("Reports"));
+        QVERIFY(!p.ui().buttonBack->isEnabled());
+
+        p.panel->pressedMenuItemIconSize(2);
+        p.waitForListing();
+        QCOMPARE(p.ui().tableView->visualRect(p.panel->model().index(0)).height(), 66);
+
+        // The view is remembered at closing; one that no longer exists falls back to the first.
+        p.panel->pressedMenuItem(3);
+        p.panel->setHasActivePanel(false);
+        QCOMPARE(QSettings().value("SelectedView").toInt(), 3);
+        QSettings().setValue("SelectedView", 99);
+        p.makePanel();
+        QCOMPARE(p.panel->currentFilter(), filters.at(0));
+        QSettings().setValue("SelectedView", -1);
+        p.makePanel();
+        QVERIFY(!p.panel->currentFilter());
+        QVERIFY(!p.ui().buttonViewOptions->isEnabled());
+    }
+
+    void viewOptionsSaveOrCancel()
+    {
+        PanelFixture p;
+        p.open();
+        p.panel->pressedMenuItem(1);
+        const auto images = p.f.data.filterItems().at(1);
+        p.panel->pressedViewOptions();
+        ViewOptionsPopoverViewController *options = p.panel->viewOptionsPopover();
+        QVERIFY(options);
+        auto *iconSize = options->findChild<QComboBox *>("iconSizeComboBox");
+        auto *dateMode = options->findChild<QComboBox *>("dateModeCombo");
+        // Cancel keeps a date mode chosen in the list, in the working copy only.
+        dateMode->setCurrentIndex(1);
+        options->pressedCancel();
+        QVERIFY(!p.panel->viewOptionsPopover());
+        QCOMPARE(images->getDateMode(), 1u);
+        QVERIFY(!QFile::exists(p.f.sandbox.dataFile()));
+
+        p.panel->pressedViewOptions();
+        options = p.panel->viewOptionsPopover();
+        options->findChild<QComboBox *>("dateModeCombo")->setCurrentIndex(0);
+        options->findChild<QComboBox *>("iconSizeComboBox")->setCurrentIndex(3);
+        Q_UNUSED(iconSize);
+        options->pressedSave();
+        QVERIFY(!p.panel->viewOptionsPopover());
+        p.waitForListing();
+        QCOMPARE(p.ui().tableView->visualRect(p.panel->model().index(0)).height(), 128);
+        EngineFixture reread;
+        reread.adoptDataFileOf(p.f);
+        reread.load();
+        QCOMPARE(reread.data.filterItems().at(1)->getIconSize(), 3u);
+    }
+
+    void actionMenuReachesTheApplication()
+    {
+        PanelFixture p;
+        p.open();
+        const auto trigger = [&p](const QString &title) {
+            for (QAction *action : p.panel->actionMenu()->actions())
+                if (action->text() == title)
+                    return action->trigger();
+            QFAIL(qPrintable("no entry " + title));
+        };
+        trigger("Tidy Now");
+        trigger("Check for Updates");
+        QCOMPARE(p.delegate.m_calls, QStringList({"doTidy", "checkForUpdates"}));
+        QVERIFY(!p.panel->hasActivePanel()); // checking for updates closes the panel
+        QSignalSpy preferences(&p.f.notifications, &NotificationCenter::posted);
+        trigger("Preferences...");
+        QCOMPARE(preferences.value(0).value(0).toString(), QString("OpenPreferences"));
+    }
+};
+
+QTEST_MAIN(TestPanel)
+#include "tst_Panel.moc"
