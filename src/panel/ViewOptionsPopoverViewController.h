@@ -4,6 +4,7 @@
 
 #include <memory>
 
+class QKeyEvent;
 class QuickFilterItem;
 namespace Ui {
 class ViewOptionsPopoverViewController;
@@ -26,8 +27,14 @@ public:
     void pressedCancel();
 
 signals:
+    // Emitted from inside this frame's handlers: close it with deleteLater().
     void applyViewOptionsChange(QuickFilterItem *item);
     void cancelViewOptionsChange();
+
+protected:
+    // Return saves and Escape cancels; neither reaches the panel.
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     std::unique_ptr<Ui::ViewOptionsPopoverViewController> m_ui;
