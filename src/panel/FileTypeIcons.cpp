@@ -20,6 +20,7 @@ namespace {
 const QString kFolder = QStringLiteral(":folder");
 const QString kApplication = QStringLiteral(":application");
 const QString kLinkPrefix = QStringLiteral(":link:");
+const QString kExtensionPrefix = QStringLiteral(":extension:");
 // Enough for the largest listings; beyond it the kinds are read again.
 constexpr qsizetype kRememberedPaths = 250000;
 
@@ -107,7 +108,13 @@ QString typeKeyOf(const QString &path)
 
 QIcon FileTypeIcons::forExtension(const QString &extension)
 {
-    return iconForKey(typeByName(QStringLiteral("x.") + extension).name());
+    // Menus ask once per row: remember the extension's type too.
+    const QString key = kExtensionPrefix + extension;
+    if (const auto found = m_byType.constFind(key); found != m_byType.constEnd())
+        return *found;
+    const QIcon icon = iconForKey(typeByName(QStringLiteral("x.") + extension).name());
+    m_byType.insert(key, icon);
+    return icon;
 }
 
 QIcon FileTypeIcons::forPath(const QString &path)

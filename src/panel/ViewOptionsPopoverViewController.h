@@ -1,11 +1,12 @@
 #pragma once
 
+#include "QuickFilterItem.h" // complete, so that the signal's argument has a meta type
+
 #include <QFrame>
 
 #include <memory>
 
 class QKeyEvent;
-class QuickFilterItem;
 namespace Ui {
 class ViewOptionsPopoverViewController;
 }
