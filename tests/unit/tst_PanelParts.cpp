@@ -84,6 +84,9 @@ void tst_PanelParts::placement_data()
     // No struts (an autohiding bar): the nearest edge, just below the pointer.
     QTest::newRow("pointer, no struts") << QRect(700, 5, 1, 1) << panel << screen << screen
                                         << QRect(501, 6, 400, 300) << int(Qt::TopEdge) << 200;
+    QTest::newRow("pointer on the left, no struts")
+        << QRect(3, 450, 1, 1) << panel << screen << screen << QRect(4, 301, 400, 300)
+        << int(Qt::LeftEdge) << 150;
     QTest::newRow("taller than the screen")
         << QRect(1380, 2, 20, 20) << QSize(400, 2000) << screen << QRect(0, 24, 1440, 876)
         << QRect(1028, 24, 400, 876) << int(Qt::TopEdge) << 1390 - 1028;
@@ -208,6 +211,10 @@ void tst_PanelParts::rowDrawing()
     QCOMPARE(countPixels(image, name, white), 0);
     QVERIFY(countPixels(image, name, dark) > 10);
     QVERIFY(countPixels(image, name.translated(0, 88), white) > 10);
+    int firstInk = 56; // right of the icon: where the name begins
+    while (firstInk < 120 && countPixels(image, QRect(firstInk, 2, 1, 20), dark) == 0)
+        ++firstInk;
+    QVERIFY2(firstInk >= 58 && firstInk <= 61, qPrintable(QString::number(firstInk)));
     const auto black = [](QColor c) {
         return c == Qt::black;
     };
@@ -231,6 +238,7 @@ void tst_PanelParts::viewOptionsSave()
     dateMode->setCurrentIndex(2);
     QVERIFY(units->isEnabled() && value->isEnabled());
     units->setCurrentIndex(3);
+    popover.findChild<QComboBox *>("styleComboBox")->setCurrentIndex(1);
     popover.findChild<QComboBox *>("iconSizeComboBox")->setCurrentIndex(2);
     popover.findChild<QComboBox *>("folderComboBox")->setCurrentIndex(1);
     popover.findChild<QComboBox *>("iconStyleComboBox")->setCurrentIndex(1);
@@ -242,6 +250,7 @@ void tst_PanelParts::viewOptionsSave()
     QTest::keyClick(value, Qt::Key_Return);
     QCOMPARE(applied.count(), 1);
     QCOMPARE(applied.at(0).at(0).value<QuickFilterItem *>(), &item);
+    QCOMPARE(record.value("Style").toInt64(), 1);
     QCOMPARE(record.value("IconSize").toInt64(), 2);
     QCOMPARE(record.value("FolderStyle").toInt64(), 1);
     QCOMPARE(record.value("IconStyle").toInt64(), 1);
