@@ -27,7 +27,8 @@ public:
     const QStringList &dirContents() const { return m_dirContents; }
     const QStringList &dirContentsFiltered() const { return m_filtered; }
     QString pathAt(int row) const; // empty outside the rows
-    // Removes one row (after a restore or trash) without a new listing.
+    // Removes one row (after a restore or trash) without a new listing; the
+    // path leaves dirContents too, so a later search does not bring it back.
     void removeRowAt(int row);
 
     // Keeps the paths whose last component contains phrase (literal,

@@ -18,6 +18,9 @@ public:
     static FileTypeIcons &shared();
 
 private:
+    // The icon for a MIME type's name or one of the kinds without a type.
+    QIcon iconForKey(const QString &key);
+
     QHash<QString, QIcon> m_byType;
     QHash<QString, QString> m_typeOfPath;
 };

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "QuickFilterItem.h" // complete, so that the signal's argument has a meta type
+
 #include <QFrame>
 
 #include <memory>
 
-class QuickFilterItem;
+class QKeyEvent;
 namespace Ui {
 class ViewOptionsPopoverViewController;
 }
@@ -26,8 +28,14 @@ public:
     void pressedCancel();
 
 signals:
+    // Emitted from inside this frame's handlers: close it with deleteLater().
     void applyViewOptionsChange(QuickFilterItem *item);
     void cancelViewOptionsChange();
+
+protected:
+    // Return saves and Escape cancels; neither reaches the panel.
+    bool event(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     std::unique_ptr<Ui::ViewOptionsPopoverViewController> m_ui;

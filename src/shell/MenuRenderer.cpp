@@ -1,6 +1,7 @@
 #include "MenuRenderer.h"
 
 #include "AlternateItemWidget.h"
+#include "FileTypeIcons.h"
 
 #include <QActionEvent>
 #include <QFileIconProvider>
@@ -10,7 +11,6 @@
 #include <QImage>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QMimeDatabase>
 #include <QPainter>
 #include <QPixmap>
 #include <QSet>
@@ -45,18 +45,9 @@ Qt::KeyboardModifiers modifierKeys(MenuEntry::Modifier modifier)
     return Qt::NoModifier;
 }
 
-// Looked up once per extension: the theme lookup is slow, and a menu holds
-// thousands of rows. Main thread only.
 QIcon typeIcon(const QString &extension)
 {
-    static QHash<QString, QIcon> icons;
-    if (const auto found = icons.constFind(extension); found != icons.constEnd())
-        return *found;
-    static QMimeDatabase database;
-    const QMimeType type =
-        database.mimeTypeForFile(QStringLiteral("x.") + extension, QMimeDatabase::MatchExtension);
-    return icons[extension] =
-               QIcon::fromTheme(type.iconName(), QIcon::fromTheme(type.genericIconName()));
+    return FileTypeIcons::shared().forExtension(extension);
 }
 
 QString extensionOf(const QString &path)
