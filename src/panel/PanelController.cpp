@@ -206,6 +206,7 @@ void PanelController::setUpWindow()
     updateQuickLayouts();
     ui.comboView->setCurrentIndex(0);
     applySavedView();
+    configureControls();
 }
 
 // Down from the search field goes to the rows.
@@ -280,6 +281,8 @@ void PanelController::openPanel()
         PanelPlacement::place(m_statusRect, size, screen, available);
     m_arrowEdge = placed.arrowEdge;
 
+    // The rows take the keys at once; the search field only after the delay.
+    ui.tableView->setFocus(Qt::OtherFocusReason);
     m_window->setWindowOpacity(0);
     m_window->setGeometry(placed.frame);
     m_window->show();
