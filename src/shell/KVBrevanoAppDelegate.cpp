@@ -37,6 +37,8 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
     m_statusMenu->updateDateFilterSelection();
     m_statusMenu->updateQuickFiltersSelection();
     m_data.updateStatusIcon();
+    connect(m_statusMenu.get(), &StatusMenu::openPanelRequested, this,
+            &KVBrevanoAppDelegate::openPanel);
     connect(m_statusMenu.get(), &StatusMenu::toggleEnabledRequested, this,
             &KVBrevanoAppDelegate::toggleEnabled);
     connect(m_statusMenu.get(), &StatusMenu::aboutRequested, this,
@@ -104,6 +106,12 @@ void KVBrevanoAppDelegate::showStatusMenu()
 void KVBrevanoAppDelegate::togglePanel()
 {
     showStatusMenu();
+}
+
+void KVBrevanoAppDelegate::openPanel()
+{
+    if (m_menubarController && !m_menubarController->hasActiveIcon())
+        togglePanel();
 }
 
 void KVBrevanoAppDelegate::toggleEnabled()

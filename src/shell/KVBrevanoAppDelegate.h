@@ -32,6 +32,10 @@ public:
     void applicationShouldHandleReopen() { openAlreadyRunningWindow(); }
 
     void togglePanel();
+    // Opens the panel unless it is open.
+    void openPanel();
+    // The status menu at the pointer.
+    void showStatusMenu();
     void toggleEnabled();
     void openAboutWindow();
     void openAlreadyRunningWindow();
@@ -46,7 +50,6 @@ public:
     static QString supportMailUrl();
 
 private:
-    void showStatusMenu();
     void updateTrayHostWindow(bool available);
 
     BrevanoData &m_data;
