@@ -114,12 +114,14 @@ InstanceChannel::Reply carryOut(const InstanceChannel::Request &request, AppServ
 
 // A Wayland client cannot place its own windows, and the panel must open at the
 // tray icon: where XWayland runs too, Brevano is an X11 client, unless the user
-// chose a platform.
-void preferXWayland()
+// chose a platform. True when it chose one for the application about to be made.
+bool preferXWayland()
 {
-    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-        !qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || qEnvironmentVariableIsEmpty("DISPLAY") ||
+        !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        return false;
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    return true;
 }
 
 enum : int
@@ -148,8 +150,10 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
                    stderr);
         return 1;
     }
-    preferXWayland();
+    const bool onXWayland = preferXWayland();
     QApplication app(argc, argv);
+    if (onXWayland)
+        qunsetenv("QT_QPA_PLATFORM"); // programs Brevano opens choose their own
     QApplication::setApplicationName(QStringLiteral("Brevano"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(StatusIcons::icon(QStringLiteral("brevano.svg")));
