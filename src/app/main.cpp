@@ -13,9 +13,11 @@
 #include <QApplication>
 #include <QDir>
 #include <QTextStream>
+#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
+#include <optional>
 #include <unistd.h>
 
 namespace {
@@ -30,7 +32,36 @@ QStringList arguments(int argc, char *argv[])
     return args;
 }
 
-int runCommand(int argc, char *argv[], QStringList args)
+using Window = OpenCommand::Window;
+
+bool hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+void show(KVBrevanoAppDelegate &delegate, Window window)
+{
+    switch (window) {
+    case Window::Panel:
+        delegate.openPanel();
+        break;
+    case Window::Menu:
+        delegate.showStatusMenu();
+        break;
+    case Window::Restore:
+        delegate.restoreFiles();
+        break;
+    case Window::About:
+        delegate.openAboutWindow();
+        break;
+    }
+}
+
+// With no Brevano running, "open" sets startWith: this process then starts the
+// tray application and shows that window.
+int runCommand(int argc, char *argv[], QStringList args, std::optional<Window> &startWith)
 {
     QCoreApplication app(argc, argv);
     QTextStream out(stdout);
@@ -52,6 +83,8 @@ int runCommand(int argc, char *argv[], QStringList args)
     }
     AppServices services(alerts);
     CommandLine commandLine(services.data(), services.engine(), out, err);
+    if (hasDisplay())
+        commandLine.setWindowOpener([&startWith](Window window) { startWith = window; });
     const int status = commandLine.run(args);
     out.flush();
     err.flush();
@@ -70,6 +103,7 @@ InstanceChannel::Reply carryOut(const InstanceChannel::Request &request, AppServ
     CommandLine commandLine(services.data(), services.engine(), out, err);
     commandLine.setStoreIsLive(true);
     commandLine.setWorkingDirectory(request.workingDirectory);
+    commandLine.setWindowOpener([&delegate](Window window) { show(delegate, window); });
     const int status = commandLine.run(request.args);
     // A command may have switched the periodic tidy or its interval.
     services.data().updateStatusIcon();
@@ -78,11 +112,16 @@ InstanceChannel::Reply carryOut(const InstanceChannel::Request &request, AppServ
     return {status, outBytes, errBytes};
 }
 
-bool hasDisplay()
+// A Wayland client cannot place its own windows, and the panel must open at the
+// tray icon: where XWayland runs too, Brevano is an X11 client, unless the user
+// chose a platform. True when it chose one for the application about to be made.
+bool preferXWayland()
 {
-    return !qEnvironmentVariableIsEmpty("DISPLAY") ||
-           !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
-           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || qEnvironmentVariableIsEmpty("DISPLAY") ||
+        !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        return false;
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    return true;
 }
 
 enum : int
@@ -90,12 +129,19 @@ enum : int
     RestartStatus = -1
 };
 
-int runTrayApplication(int argc, char *argv[])
+// Started by "brevano open", window is what to show once start-up is done;
+// another Brevano that runs by then is asked to show it instead.
+int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
 {
+    // Empty: a reopen, and the running Brevano shows that it is running.
+    const InstanceChannel::Request handOver{
+        window ? QStringList{QStringLiteral("open"), OpenCommand::argument(*window)}
+               : QStringList(),
+        QDir::currentPath()};
     {
         QCoreApplication probe(argc, argv);
-        if (InstanceChannel::send({{}, QDir::currentPath()}, 10000))
-            return 0; // the running Brevano shows that it is running
+        if (InstanceChannel::send(handOver, 10000))
+            return 0;
     }
     if (!hasDisplay()) {
         std::fputs("brevano: there is no display to show the tray icon on (DISPLAY and "
@@ -104,7 +150,10 @@ int runTrayApplication(int argc, char *argv[])
                    stderr);
         return 1;
     }
+    const bool onXWayland = preferXWayland();
     QApplication app(argc, argv);
+    if (onXWayland)
+        qunsetenv("QT_QPA_PLATFORM"); // programs Brevano opens choose their own
     QApplication::setApplicationName(QStringLiteral("Brevano"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(StatusIcons::icon(QStringLiteral("brevano.svg")));
@@ -117,12 +166,14 @@ int runTrayApplication(int argc, char *argv[])
     });
     if (!server.listen()) {
         // Another Brevano started at the same moment and won.
-        InstanceChannel::send({{}, QDir::currentPath()}, 10000);
+        InstanceChannel::send(handOver, 10000);
         return 0;
     }
     UnixSignalWatcher quitSignals({SIGTERM, SIGINT});
     QObject::connect(&quitSignals, &UnixSignalWatcher::received, &app, &QCoreApplication::quit);
     delegate.applicationDidFinishLaunching();
+    if (window)
+        QTimer::singleShot(0, &delegate, [&delegate, window] { show(delegate, *window); });
     const int status = app.exec();
     delegate.applicationWillTerminate();
     return delegate.wantsRestart() ? RestartStatus : status;
@@ -134,12 +185,18 @@ int main(int argc, char *argv[])
 {
     Q_INIT_RESOURCE(shell); // the shell library's icons and help page
     const QStringList args = arguments(argc, argv);
-    if (!args.isEmpty())
-        return runCommand(argc, argv, args);
-    const int status = runTrayApplication(argc, argv);
+    std::optional<Window> startWith;
+    if (!args.isEmpty()) {
+        const int status = runCommand(argc, argv, args, startWith);
+        if (!startWith)
+            return status;
+    }
+    const int status = runTrayApplication(argc, argv, startWith);
     if (status == RestartStatus) {
-        // Everything is saved and every Qt object gone; start afresh in this process.
-        ::execv("/proc/self/exe", argv);
+        // Everything is saved and every Qt object gone; start afresh in this
+        // process, as the tray application alone (not "open" again).
+        char *trayApplication[] = {argv[0], nullptr};
+        ::execv("/proc/self/exe", trayApplication);
         std::perror("brevano: could not start again");
         return 1;
     }

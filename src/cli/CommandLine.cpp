@@ -33,6 +33,9 @@ CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, Q
     m_commands.push_back(std::make_unique<EmptyCommand>());
     m_commands.push_back(std::make_unique<SizeCommand>());
     m_commands.push_back(std::make_unique<StatusCommand>());
+    auto open = std::make_unique<OpenCommand>();
+    m_open = open.get();
+    m_commands.push_back(std::move(open));
 }
 
 CommandLine::~CommandLine() = default;

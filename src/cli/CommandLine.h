@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Command.h"
+#include "OpenCommand.h"
 
 #include <QTextStream>
 
@@ -23,6 +24,8 @@ public:
     // In the running application: the store is live; paths are the caller's.
     void setStoreIsLive(bool live) { m_storeIsLive = live; }
     void setWorkingDirectory(const QString &folder) { m_workingDirectory = folder; }
+    // What shows the tray application's windows for "open"; none where nothing can.
+    void setWindowOpener(OpenCommand::Opener opener) { m_open->setOpener(std::move(opener)); }
     static bool runsWithoutStore(const QStringList &args);
     QString usage() const;
 
@@ -34,6 +37,7 @@ private:
     QTextStream &m_out;
     QTextStream &m_err;
     std::vector<std::unique_ptr<Command>> m_commands;
+    OpenCommand *m_open = nullptr;
     bool m_storeIsLive = false;
     QString m_workingDirectory;
 };

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "PanelWindow.h"
 #include "QuickFilterList.h"
 #include "Scheduler.h"
+#include "ViewOptionsPopoverViewController.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -20,12 +22,10 @@ class FileRowDelegate;
 class FileViewer;
 class NotificationCenter;
 class PanelControllerDelegate;
-class PanelWindow;
 class QAction;
 class QMenu;
 class QModelIndex;
 class QuickFilterItem;
-class ViewOptionsPopoverViewController;
 
 // The drop-down panel under the status item: lists the Shadow Desktop by view,
 // searches the listing, navigates its folders and opens, reveals, restores or

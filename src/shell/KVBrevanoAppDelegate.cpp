@@ -39,6 +39,8 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
     m_statusMenu->updateDateFilterSelection();
     m_statusMenu->updateQuickFiltersSelection();
     m_data.updateStatusIcon();
+    connect(m_statusMenu.get(), &StatusMenu::openPanelRequested, this,
+            &KVBrevanoAppDelegate::openPanel);
     connect(m_statusMenu.get(), &StatusMenu::toggleEnabledRequested, this,
             &KVBrevanoAppDelegate::toggleEnabled);
     connect(m_statusMenu.get(), &StatusMenu::aboutRequested, this,

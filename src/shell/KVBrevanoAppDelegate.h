@@ -40,6 +40,7 @@ public:
     void openPanel();
     PanelController &getPanelController();
     PanelController *panelController() const { return m_panelController.get(); }
+    // The status menu at the pointer.
     void showStatusMenu();
     void toggleEnabled();
     void openAlreadyRunningWindow();

@@ -88,6 +88,12 @@ QAction *StatusMenu::addCheckable(QMenu *menu, const QString &title, int tag,
 void StatusMenu::build()
 {
     QMenu *menu = m_menu.get();
+    // Some tray hosts deliver every click as a menu request: the panel is here too.
+    QAction *openPanel = menu->addAction(QStringLiteral("Open Panel"));
+    openPanel->setObjectName(QStringLiteral("openPanelItem"));
+    openPanel->setToolTip(QStringLiteral("The panel listing the Shadow Desktop"));
+    connect(openPanel, &QAction::triggered, this, &StatusMenu::openPanelRequested);
+    menu->addSeparator();
     connect(menu->addAction(QStringLiteral("Tidy Now")), &QAction::triggered, this,
             [this] { m_engine.performManualTidy(); });
     m_enabledMenuItem = menu->addAction(QStringLiteral("Tidy Periodically"));

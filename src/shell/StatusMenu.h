@@ -22,12 +22,13 @@ class BrevanoData;
 class QAction;
 class QMenu;
 
-// The status menu: tidy now, the periodic switch, the next tidy, the Shadow
-// Desktop with its size and its browsable submenu, one submenu per quick filter,
-// how they are organised, the date filter, restore and empty, and the window
-// and web openers. The Shadow Desktop submenus are built on a worker each time
-// the menu opens and filled in while it is open; previews of images follow as
-// the worker decodes them.
+// The status menu: the panel (for tray hosts that never pass on a left click),
+// tidy now, the periodic switch, the next tidy, the Shadow Desktop with its size
+// and its browsable submenu, one submenu per quick filter, how they are
+// organised, the date filter, restore and empty, and the window and web
+// openers. The Shadow Desktop submenus are built on a worker each time the menu
+// opens and filled in while it is open; previews of images follow as the worker
+// decodes them.
 class StatusMenu : public QObject
 {
     Q_OBJECT
@@ -55,6 +56,7 @@ public:
     void emptyShadowDesktop();
 
 signals:
+    void openPanelRequested();
     void toggleEnabledRequested();
     void restoreFilesRequested();
     void aboutRequested();

@@ -20,6 +20,8 @@ private slots:
     void filtersAndHelp();
     void malformedDataFileIsKept();
     void anotherWritersFileKeepsEveryValue();
+    void openWithoutTheTrayApplication();
+    void openStartsOrAsksTheTrayApplication();
 
 private:
     static Result run(const QStringList &args, const QString &workingDirectory = QString())
@@ -172,9 +174,10 @@ void tst_Cli::filtersAndHelp()
     QVERIFY(r.out.contains(u"\nTorrents\ttorrent,part\n")); // name, tab, extensions
     QVERIFY(!QFile::exists(m_sandbox->dataFile()));
 
-    for (const QStringList &args : {QStringList{"--help"}, QStringList{"help", "set"},
-                                    QStringList{"get", "--help"}, QStringList{"ignore", "--help"},
-                                    QStringList{"paths", "-h"}, QStringList{"filters", "--help"}}) {
+    for (const QStringList &args :
+         {QStringList{"--help"}, QStringList{"help", "set"}, QStringList{"get", "--help"},
+          QStringList{"ignore", "--help"}, QStringList{"paths", "-h"},
+          QStringList{"filters", "--help"}, QStringList{"open", "--help"}}) {
         const Result help = run(args);
         QCOMPARE(help.status, 0);
         QVERIFY(help.out.contains(u"Usage: brevano"));
@@ -226,6 +229,61 @@ void tst_Cli::anotherWritersFileKeepsEveryValue()
                          fixture, m_sandbox->dataFile()});
     QVERIFY(check.waitForFinished());
     QVERIFY2(check.exitCode() == 0, check.readAllStandardOutput().constData());
+}
+
+void tst_Cli::openWithoutTheTrayApplication()
+{
+    const Result bogus = run({"open", "bogus"});
+    QCOMPARE(bogus.status, 2);
+    QVERIFY2(bogus.err.contains(u"\"bogus\"") && bogus.err.contains(u"panel, menu, restore, about"),
+             qPrintable(bogus.err));
+    QCOMPARE(run({"open"}).status, 2);
+
+    // Nothing runs and nothing can start: one sentence says so.
+    QProcessEnvironment headless = QProcessEnvironment::systemEnvironment();
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
+        headless.remove(name);
+    const Result r = runCli({"open", "panel"}, headless);
+    QCOMPARE(r.status, 1);
+    QCOMPARE(r.out, QString());
+    QVERIFY2(r.err.startsWith(u"brevano: \"open panel\" needs the tray application") &&
+                 r.err.count(u'\n') == 1,
+             qPrintable(r.err));
+}
+
+// With none running, "open" starts the tray application and shows what it was
+// asked for once started; then the running one shows what later commands ask.
+// A menu that opens writes its outline.
+void tst_Cli::openStartsOrAsksTheTrayApplication()
+{
+    const QString outline = m_sandbox->home() + "/outline.txt";
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.remove("DBUS_SESSION_BUS_ADDRESS"); // no tray host or notification service here
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    env.insert("BREVANO_MENU_OUTLINE", outline);
+    QProcess app;
+    app.setProcessEnvironment(env);
+    app.start(QStringLiteral(BREVANO_BINARY), {"open", "menu"});
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(outline) || app.state() == QProcess::NotRunning,
+                             30000);
+    QVERIFY2(app.state() == QProcess::Running, app.readAllStandardError().constData());
+    QFile shown(outline);
+    QVERIFY(shown.open(QIODevice::ReadOnly));
+    QVERIFY(shown.readAll().startsWith("Open Panel\n--\nTidy Now\n"));
+    QVERIFY(QFile::remove(outline));
+
+    Result r = runCli({"open", "about"}, env);
+    QCOMPARE(r.status, 0);
+    QCOMPARE(r.out + r.err, QString());
+    r = runCli({"open", "menu"}, env);
+    QCOMPARE(r.status, 0);
+    QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(outline), 30000);
+    r = runCli({"open", "bogus"}, env);
+    QCOMPARE(r.status, 2);
+    QVERIFY(r.err.contains(u"\"bogus\""));
+    app.terminate();
+    QVERIFY(app.waitForFinished(30000));
+    QCOMPARE(app.exitCode(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)
