@@ -157,6 +157,9 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
     QApplication::setApplicationName(QStringLiteral("Brevano"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(StatusIcons::icon(QStringLiteral("brevano.svg")));
+    // Type icons where the desktop sets no icon theme (bare X sessions, tests).
+    if (QIcon::themeName().isEmpty() || QIcon::themeName() == u"hicolor")
+        QIcon::setThemeName(QStringLiteral("Adwaita"));
     MessageBoxAlertPresenter alerts;
     AppServices services(alerts);
     KVBrevanoAppDelegate delegate(services.data(), services.engine(), QtScheduler::instance(),

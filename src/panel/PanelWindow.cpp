@@ -3,6 +3,7 @@
 #include "ui_Panel.h"
 
 #include <QKeyEvent>
+#include <QLayout>
 #include <QSizeGrip>
 
 PanelWindow::PanelWindow(QWidget *parent)
@@ -15,6 +16,8 @@ PanelWindow::PanelWindow(QWidget *parent)
     if (compositorRunning())
         setAttribute(Qt::WA_TranslucentBackground);
     m_ui->setupUi(this);
+    setStyleSheet(QStringLiteral(
+        "#activeViewText, #pathControl QToolButton, #pathControl QLabel { color: #f2f2f2; }"));
     m_sizeGrip = new QSizeGrip(this);
     m_sizeGrip->setAccessibleName(QStringLiteral("Resize"));
     m_ui->footerLayout->addWidget(m_sizeGrip, 0, Qt::AlignBottom | Qt::AlignRight);
@@ -41,7 +44,23 @@ void PanelWindow::keyPressEvent(QKeyEvent *event)
 void PanelWindow::resizeEvent(QResizeEvent *event)
 {
     PanelBackgroundView::resizeEvent(event);
+    updateBand();
     emit resized();
+}
+
+void PanelWindow::showEvent(QShowEvent *event)
+{
+    PanelBackgroundView::showEvent(event);
+    updateBand();
+}
+
+// The toolbar, the search field and the path sit on the dark band; the rows
+// below it on the light sheet.
+void PanelWindow::updateBand()
+{
+    if (QLayout *root = layout())
+        root->activate();
+    setBandHeight(m_ui->tableView->geometry().top() - contentsRect().top() - 4);
 }
 
 void PanelWindow::closeEvent(QCloseEvent *event)

@@ -31,8 +31,10 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
+    void showEvent(QShowEvent *event) override;
 
 private:
+    void updateBand();
     std::unique_ptr<Ui::Panel> m_ui;
     QSizeGrip *m_sizeGrip;
 };
