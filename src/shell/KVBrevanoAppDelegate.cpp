@@ -28,7 +28,13 @@ KVBrevanoAppDelegate::KVBrevanoAppDelegate(BrevanoData &data, Brevano &engine, S
 {
 }
 
-KVBrevanoAppDelegate::~KVBrevanoAppDelegate() = default;
+// The windows it opened go with it.
+KVBrevanoAppDelegate::~KVBrevanoAppDelegate()
+{
+    delete m_noTray;
+    delete m_about;
+    delete m_alreadyRunning;
+}
 
 void KVBrevanoAppDelegate::applicationDidFinishLaunching()
 {

@@ -4,7 +4,9 @@
 #include "KVBrevanoAppDelegate.h"
 #include "LaunchAtLoginController.h"
 #include "MenuRenderer.h"
+#include "MenubarController.h"
 #include "MessageBoxAlertPresenter.h"
+#include "PanelController.h"
 #include "PreviewCache.h"
 #include "RecordingAlertPresenter.h"
 #include "RestoreFilesModel.h"
@@ -119,6 +121,7 @@ private slots:
     void sizeTextKeepsItsPointInAnyLocale();
     void alternatesFollowTheModifiers();
     void supportMail();
+    void thePanelAndTheActiveIcon();
     void aStaleCompletionIsDropped();
     void sizeIsEstimatedOnTheWorker();
     void closingBeforeTheWorkerStartsStopsIt();
@@ -356,6 +359,48 @@ void tst_Shell::supportMail()
     const QUrlQuery query{QUrl(KVBrevanoAppDelegate::supportMailUrl())};
     QVERIFY(query.queryItemValue("subject", QUrl::FullyDecoded).startsWith("Support request "));
     QVERIFY(query.queryItemValue("body", QUrl::FullyDecoded).startsWith("\n\nSent from "));
+}
+
+void tst_Shell::thePanelAndTheActiveIcon()
+{
+    EngineFixture f;
+    RecordingAlertPresenter alerts;
+    KVBrevanoAppDelegate delegate(f.data, f.engine, f.scheduler, f.fileViewer, alerts);
+    delegate.applicationDidFinishLaunching();
+    f.engine.setEnabled(true);
+    f.data.updateStatusIcon();
+    const StatusItemView &view = delegate.menubarController()->statusItemView();
+    QVERIFY(!delegate.panelController()); // made on first use
+
+    delegate.togglePanel();
+    PanelController &panel = delegate.getPanelController();
+    QVERIFY(panel.hasActivePanel());
+    QCOMPARE(view.imageName(), QString("statusIconMenu.png"));
+    // The panel closing itself takes the active icon with it.
+    QTest::keyClick(panel.window(), Qt::Key_Escape);
+    QCOMPARE(view.imageName(), QString("statusIcon.png"));
+    delegate.togglePanel();
+    delegate.togglePanel();
+    QVERIFY(!panel.hasActivePanel());
+    QCOMPARE(view.imageName(), QString("statusIcon.png"));
+
+    // A click on the icon that took the focus from the panel only closes it.
+    delegate.openPanel();
+    QEvent deactivate(QEvent::WindowDeactivate);
+    QApplication::sendEvent(panel.window(), &deactivate);
+    delegate.togglePanel();
+    QVERIFY(!panel.hasActivePanel());
+    f.scheduler.advance(1s);
+    delegate.togglePanel();
+    QVERIFY(panel.hasActivePanel());
+
+    // The disabled icon wins; opening an open panel keeps it open.
+    f.engine.setEnabled(false);
+    f.data.updateStatusIcon();
+    QCOMPARE(view.imageName(), QString("statusIconUserDisabled.png"));
+    delegate.openPanel();
+    QVERIFY(panel.hasActivePanel());
+    delegate.applicationWillTerminate();
 }
 
 void tst_Shell::aStaleCompletionIsDropped()
