@@ -12,7 +12,8 @@
 // laid out again and repainted). Prints one "NAME VALUE" line
 // each (seconds unless the name says otherwise): show, complete (medians of the
 // openings), stall (the longest of all), keystroke-median, keystroke-worst,
-// keystroke-clear-worst, rss-mb (VmRSS with the panel open on the listing), rows.
+// keystroke-clear-worst, rss-mb (VmRSS with the panel open on the listing),
+// rss-base-mb (VmRSS of this process before the panel was made), rows.
 #include "AlertPresenter.h"
 #include "AppServices.h"
 #include "Brevano.h"
@@ -280,6 +281,7 @@ int main(int argc, char *argv[])
         return 2;
     views.first()->setFolderStyle(1);
 
+    const double rssBase = residentMegabytes();
     BenchDelegate delegate;
     PanelController panel(PanelController::Services{data, engine, services.fileViewer(),
                                                     QtScheduler::instance(),
@@ -327,6 +329,7 @@ int main(int argc, char *argv[])
     std::printf("keystroke-clear-worst %.6f\n",
                 *std::max_element(keys.clears.begin(), keys.clears.end()));
     std::printf("rss-mb %.1f\n", rss);
+    std::printf("rss-base-mb %.1f\n", rssBase);
     std::printf("rows %d\n", rows);
     close(panel);
     return 0;
