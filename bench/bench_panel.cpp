@@ -16,12 +16,14 @@
 // rss-base-mb (VmRSS of this process before the panel was made), rows.
 #include "AlertPresenter.h"
 #include "AppServices.h"
+#include "BenchHome.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "FileListModel.h"
 #include "PanelController.h"
 #include "PanelControllerDelegate.h"
 #include "QtScheduler.h"
+#include "StallProbe.h"
 #include "ui_Panel.h"
 
 #include <QAbstractEventDispatcher>
@@ -29,7 +31,6 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QKeyEvent>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <algorithm>
@@ -134,36 +135,25 @@ struct Opening
 Opening openOnce(PanelController &panel, PaintCounter &windowPaints)
 {
     Opening result;
-    QElapsedTimer clock;
-    qint64 last = 0;
-    qint64 longest = 0;
-    QTimer tick;
-    tick.setTimerType(Qt::PreciseTimer);
-    tick.setInterval(1);
-    QObject::connect(&tick, &QTimer::timeout, [&] {
-        const qint64 now = clock.nsecsElapsed();
-        longest = std::max(longest, now - last);
-        last = now;
-    });
+    StallProbe probe;
     bool completed = false;
     const QMetaObject::Connection connection =
         QObject::connect(&panel, &PanelController::fileListCompleted, [&] {
-            result.complete = seconds(clock.nsecsElapsed());
+            result.complete = probe.elapsedSeconds();
             result.rows = panel.model().rowCount();
             completed = true;
         });
     windowPaints.paints = 0;
-    clock.start();
-    tick.start();
+    probe.start();
     panel.setHasActivePanel(true);
     // processEvents returns once the paint it delivered is drawn and flushed.
     waitUntil([&] { return windowPaints.paints > 0 && panel.window()->isVisible(); });
-    result.show = seconds(clock.nsecsElapsed());
+    result.show = probe.elapsedSeconds();
     waitUntil([&] { return completed; });
     // A little longer, for whatever the last arrival set off (the rows' relayout).
     waitUntil([] { return false; }, 100);
     QObject::disconnect(connection);
-    result.stall = seconds(longest);
+    result.stall = probe.longestSeconds();
     return result;
 }
 
@@ -250,15 +240,9 @@ int main(int argc, char *argv[])
             if (!message.startsWith(u"This plugin does not support"))
                 previous(type, context, message);
         });
-    QTemporaryDir home;
+    const BenchHome home;
     if (!home.isValid())
         return 1;
-    for (const char *name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
-        qunsetenv(name);
-    qputenv("HOME", QFile::encodeName(home.path()));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.path()));
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     const QStringList args = app.arguments().mid(1);
     if (args.isEmpty())
