@@ -95,7 +95,8 @@ report menu-open-stall-1920-files "$ours" 0.05 1
 # The panel on that tree in "All Contents" with every file flattened (offscreen):
 # opening to the first paint, opening to the whole list in the table (against
 # the flattened listing above), the longest main-thread stall meanwhile, and a
-# search keystroke until the rows are repainted (phrases typed and cleared).
+# search keystroke until the event loop is idle again, the rows filtered, laid
+# out and repainted (phrases typed a character at a time, then cleared).
 QT_QPA_PLATFORM=offscreen "$build/bench/bench_panel" "$work/tree" 3 100000 > "$work/panel.txt" 2>/dev/null \
   || echo "  THE PANEL BENCHMARK FAILED"
 panel() { awk -v name="$1" '$1 == name {print $2}' "$work/panel.txt"; }
