@@ -5,9 +5,11 @@
 //   bench_menu files N OPENINGS    N plain text files
 // Runs in a private HOME; prints "SECONDS" (the longest stall of all openings).
 #include "AppServices.h"
+#include "BenchHome.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "MessageBoxAlertPresenter.h"
+#include "StallProbe.h"
 #include "StatusMenu.h"
 
 #include <QApplication>
@@ -17,7 +19,6 @@
 #include <QMenu>
 #include <QPainter>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <cstdio>
@@ -67,17 +68,7 @@ void makeFiles(const QString &folder, int count)
 // The longest gap between ticks of a 1 ms timer while one opening runs.
 double openOnce(StatusMenu &statusMenu)
 {
-    QElapsedTimer clock;
-    qint64 last = 0;
-    qint64 longest = 0;
-    QTimer tick;
-    tick.setTimerType(Qt::PreciseTimer);
-    tick.setInterval(1);
-    QObject::connect(&tick, &QTimer::timeout, [&] {
-        const qint64 now = clock.nsecsElapsed();
-        longest = std::max(longest, now - last);
-        last = now;
-    });
+    StallProbe probe;
     bool done = false;
     QMetaObject::Connection finished =
         QObject::connect(&statusMenu, &StatusMenu::previewsLoaded, [&] { done = true; });
@@ -92,8 +83,7 @@ double openOnce(StatusMenu &statusMenu)
                         action->menu()->popup(QPoint(300, 10));
             });
         });
-    clock.start();
-    tick.start();
+    probe.start();
     QTimer::singleShot(5, [&] { statusMenu.menu()->popup(QPoint(10, 10)); });
     while (!done)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
@@ -106,22 +96,16 @@ double openOnce(StatusMenu &statusMenu)
     QObject::disconnect(completed);
     statusMenu.menu()->hide();
     QCoreApplication::processEvents();
-    return double(longest) / 1e9;
+    return probe.longestSeconds();
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    QTemporaryDir home;
+    const BenchHome home;
     if (!home.isValid())
         return 1;
-    for (const char *name : {"HOME", "XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
-        qunsetenv(name);
-    qputenv("HOME", QFile::encodeName(home.path()));
-    qputenv("XDG_RUNTIME_DIR", QFile::encodeName(home.path()));
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     const QStringList args = app.arguments().mid(1);
     if (args.size() < 2)

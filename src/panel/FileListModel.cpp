@@ -5,11 +5,37 @@
 
 #include <QIcon>
 
+#include <algorithm>
+
 namespace {
 
 QStringView lastComponent(QStringView path)
 {
-    return path.sliced(path.lastIndexOf(u'/') + 1);
+    qsizetype start = path.size();
+    while (start > 0 && path[start - 1] != u'/')
+        --start;
+    return path.sliced(start);
+}
+
+// Whether name holds phrase, unit for unit as a case-sensitive contains, without
+// its set-up for every call: the names are short and there are many.
+bool holds(QStringView name, QStringView phrase)
+{
+    return std::search(name.begin(), name.end(), phrase.begin(), phrase.end()) != name.end();
+}
+
+// Whether list begins with all of head, in order. A grown partial listing
+// shares its entries with the last one, so most compare by address alone.
+bool beginsWith(const QStringList &list, const QStringList &head)
+{
+    if (list.size() < head.size())
+        return false;
+    for (qsizetype i = 0; i < head.size(); ++i) {
+        const QString &entry = list.at(i);
+        if (entry.constData() != head.at(i).constData() && entry != head.at(i))
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -24,26 +50,65 @@ QStringList FileListModel::filterDirContents(const QStringList &paths, const QSt
     if (phrase.isEmpty())
         return paths;
     QStringList kept;
-    kept.reserve(paths.size());
-    for (const QString &path : paths)
-        if (lastComponent(path).contains(phrase, Qt::CaseSensitive))
-            kept.append(path);
+    appendMatches(kept, paths, 0, phrase);
     return kept;
+}
+
+void FileListModel::appendMatches(QStringList &kept, const QStringList &paths, qsizetype from,
+                                  const QString &phrase)
+{
+    const qsizetype before = kept.size();
+    kept.reserve(before + paths.size() - from);
+    for (qsizetype i = from; i < paths.size(); ++i)
+        if (holds(lastComponent(paths.at(i)), phrase))
+            kept.append(paths.at(i));
+    // A few rows of a long listing do not keep its length in memory.
+    if (kept.size() - before < (paths.size() - from) / 2)
+        kept.squeeze();
 }
 
 void FileListModel::storeFilteredArray(const QStringList &paths)
 {
-    beginResetModel();
+    if (!beginsWith(paths, m_dirContents)) {
+        beginResetModel();
+        m_dirContents = paths;
+        m_filtered = filterDirContents(m_dirContents, m_phrase);
+        endResetModel();
+        return;
+    }
+    const qsizetype known = m_dirContents.size();
     m_dirContents = paths;
-    m_filtered = filterDirContents(m_dirContents, m_phrase);
-    endResetModel();
+    QStringList added;
+    if (!m_phrase.isEmpty())
+        appendMatches(added, m_dirContents, known, m_phrase);
+    const qsizetype count = m_phrase.isEmpty() ? m_dirContents.size() - known : added.size();
+    if (count == 0)
+        return;
+    const int first = int(m_filtered.size());
+    beginInsertRows(QModelIndex(), first, first + int(count) - 1);
+    // Without a phrase the rows are the listing itself, shared rather than copied.
+    if (m_phrase.isEmpty())
+        m_filtered = m_dirContents;
+    else
+        m_filtered.append(added);
+    endInsertRows();
 }
 
 void FileListModel::setSearchPhrase(const QString &phrase)
 {
-    beginResetModel();
+    if (phrase == m_phrase)
+        return;
+    // A name holding the new phrase holds the old one too when the new one
+    // holds it: only the rows shown can stay. Either way one list of rows is
+    // then part of the other, in order, and the same count means the same rows.
+    const bool narrows = phrase.contains(m_phrase);
+    const bool widens = m_phrase.contains(phrase);
+    QStringList filtered = filterDirContents(narrows ? m_filtered : m_dirContents, phrase);
     m_phrase = phrase;
-    m_filtered = filterDirContents(m_dirContents, m_phrase);
+    if ((narrows || widens) && filtered.size() == m_filtered.size())
+        return;
+    beginResetModel();
+    m_filtered = std::move(filtered);
     endResetModel();
 }
 
@@ -60,6 +125,13 @@ void FileListModel::removeRowAt(int row)
     // Out of the listing too, so that a new search phrase does not bring it back.
     m_dirContents.removeOne(m_filtered.takeAt(row));
     endRemoveRows();
+}
+
+QModelIndex FileListModel::index(int row, int column, const QModelIndex &parent) const
+{
+    return row >= 0 && row < m_filtered.size() && column == 0 && !parent.isValid()
+               ? createIndex(row, column)
+               : QModelIndex();
 }
 
 int FileListModel::rowCount(const QModelIndex &parent) const

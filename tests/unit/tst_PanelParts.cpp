@@ -43,6 +43,8 @@ private slots:
     void placement_data();
     void placement();
     void searchMatchesNamesOnly();
+    void growingListingKeepsTheSelection();
+    void phraseKeepingTheRowsKeepsTheSelection();
     void rowsShowNamesAndGoOneAtATime();
     void everyKindOfItemHasAnIcon();
     void rowHeightsFollowTheIconSize();
@@ -120,6 +122,62 @@ void tst_PanelParts::searchMatchesNamesOnly()
     QCOMPARE(model.pathAt(0), "/s/q1 report.pdf");
     model.storeFilteredArray(paths.mid(0, 1)); // a new listing keeps the phrase
     QCOMPARE(model.rowCount(), 0);
+}
+
+void tst_PanelParts::growingListingKeepsTheSelection()
+{
+    FileListModel model(FileTypeIcons::shared());
+    QItemSelectionModel selection(&model);
+    QSignalSpy reset(&model, &QAbstractItemModel::modelReset);
+    QStringList listing{"/s/a.txt", "/s/b.txt"};
+    model.storeFilteredArray(listing);
+    selection.select(model.index(1), QItemSelectionModel::Select);
+
+    // Partial lists as a listing grows: rows come at the end, the selection stays.
+    listing << "/s/c.txt"
+            << "/s/d.pdf";
+    model.storeFilteredArray(listing);
+    model.storeFilteredArray(listing); // the same again changes nothing
+    QCOMPARE(model.dirContentsFiltered(), listing);
+    QCOMPARE(reset.count(), 0);
+    QCOMPARE(selection.selectedRows(), QModelIndexList{model.index(1)});
+
+    // With a phrase, only what matches is added.
+    model.setSearchPhrase(".txt");
+    selection.select(model.index(0), QItemSelectionModel::Select);
+    model.storeFilteredArray(listing + QStringList{"/s/e.pdf", "/s/f.txt"});
+    QCOMPARE(model.dirContentsFiltered(),
+             (QStringList{"/s/a.txt", "/s/b.txt", "/s/c.txt", "/s/f.txt"}));
+    QCOMPARE(selection.selectedRows().size(), 1);
+
+    // A listing that does not begin with the last one replaces it.
+    model.storeFilteredArray({"/s/b.txt"});
+    QCOMPARE(model.dirContentsFiltered(), QStringList{"/s/b.txt"});
+    QVERIFY(!selection.hasSelection());
+}
+
+void tst_PanelParts::phraseKeepingTheRowsKeepsTheSelection()
+{
+    const QStringList listing{"/s/Report 1.txt", "/s/Report 2.pdf", "/s/Rep/notes.txt",
+                              "/s/Summary.txt"};
+    FileListModel model(FileTypeIcons::shared());
+    QItemSelectionModel selection(&model);
+    model.storeFilteredArray(listing);
+    model.setSearchPhrase("Rep");
+    selection.select(model.index(0), QItemSelectionModel::Select);
+
+    // Longer and shorter phrases that leave the same rows leave the selection.
+    model.setSearchPhrase("Repo");
+    model.setSearchPhrase("po");
+    QCOMPARE(model.dirContentsFiltered(), (QStringList{"/s/Report 1.txt", "/s/Report 2.pdf"}));
+    QCOMPARE(selection.selectedRows(), QModelIndexList{model.index(0)});
+
+    // Narrowing, then widening past the rows shown: every phrase searches the
+    // whole listing's names.
+    model.setSearchPhrase("port 2");
+    QCOMPARE(model.dirContentsFiltered(), QStringList{"/s/Report 2.pdf"});
+    model.setSearchPhrase("t");
+    QCOMPARE(model.dirContentsFiltered(), listing);
 }
 
 void tst_PanelParts::rowsShowNamesAndGoOneAtATime()
