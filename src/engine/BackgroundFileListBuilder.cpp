@@ -2,17 +2,23 @@
 
 #include "DirectoryListing.h"
 #include "ItemInfo.h"
+#include "OrderedFolderWalk.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 #include <QPointer>
+#include <QThread>
 
 #include <chrono>
+#include <ctime>
 #include <dirent.h>
 #include <mutex>
 #include <thread>
 #include <vector>
+
+// Listing threads alive, helpers included, of every builder.
+static std::atomic<int> g_runningWorkers{0};
 
 // What the worker thread owns together with the builder, so that it can finish
 // its listing safely after the builder is gone.
@@ -36,8 +42,10 @@ struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
     bool filterPassesAll = true;
 
     void run();
-    void listFolder(const QString &folder, bool recursive);
-    void add(QString &&path, bool isFolder);
+    bool isBrowsableFolder(const QString &path, unsigned char type) const;
+    void listFolder(const QString &folder);
+    void listTree(const QString &root);
+    void append(QString &&path, bool isFolder);
     bool passesFilter(const QString &path) const;
     void update();
     // Lists on their way to the builder's thread, under our own lock; only a
@@ -53,6 +61,21 @@ struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
     void takeDeliveries();
 };
 
+// The clock is read at every entry. A coarse one (a few milliseconds' grain) is
+// plenty for a half-second rule and costs a fraction of the precise one.
+static qint64 coarseMonotonicMilliseconds()
+{
+#ifdef CLOCK_MONOTONIC_COARSE
+    timespec now{};
+    ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+    return qint64(now.tv_sec) * 1000 + now.tv_nsec / 1000000;
+#else
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+#endif
+}
+
 BackgroundFileListBuilder::BackgroundFileListBuilder(const QString &path,
                                                      std::shared_ptr<const QuickFilterItem> filter,
                                                      const QString &searchPhrase,
@@ -64,11 +87,7 @@ BackgroundFileListBuilder::BackgroundFileListBuilder(const QString &path,
     m_shared->filter = std::move(filter);
     m_shared->shadowDesktopRoot = shadowDesktopRoot;
     m_shared->itemInfo = &itemInfo;
-    m_shared->clock = [] {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(
-                   std::chrono::steady_clock::now().time_since_epoch())
-            .count();
-    };
+    m_shared->clock = &coarseMonotonicMilliseconds;
     m_shared->builder = this;
 }
 
@@ -86,8 +105,6 @@ void BackgroundFileListBuilder::setEntryHookForTesting(std::function<void()> hoo
 {
     m_shared->entryHook = std::move(hook);
 }
-
-static std::atomic<int> g_runningWorkers{0};
 
 int BackgroundFileListBuilder::runningWorkers()
 {
@@ -132,9 +149,9 @@ void BackgroundFileListBuilder::Shared::run()
     update();
     const quint32 folderStyle = filter ? filter->getFolderStyle() : 0;
     if (folderStyle == 0)
-        listFolder(rootPath, false);
+        listFolder(rootPath);
     else if (folderStyle == 1)
-        listFolder(shadowDesktopRoot, true);
+        listTree(shadowDesktopRoot);
     taskRunning = false;
     requestTermination = false; // a cancelled listing still reports its completion
     deliver(folders.isEmpty() ? std::move(files) : folders + files, true);
@@ -145,25 +162,54 @@ void BackgroundFileListBuilder::Shared::run()
 // The entry type the file system reports decides what is a folder; only
 // folders (or entries of unknown type) are asked about further, for the
 // package test.
-void BackgroundFileListBuilder::Shared::listFolder(const QString &folder, bool recursive)
+bool BackgroundFileListBuilder::Shared::isBrowsableFolder(const QString &path,
+                                                          unsigned char type) const
 {
-    DirectoryListing::forEach(folder, [this, recursive](QString &&path, unsigned char type) {
+    if (type == DT_DIR)
+        return !itemInfo->isPackageFolder(path);
+    return type == DT_UNKNOWN &&
+           isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package));
+}
+
+// One folder, its folders and files in the file system's order.
+void BackgroundFileListBuilder::Shared::listFolder(const QString &folder)
+{
+    DirectoryListing::forEach(folder, [this](QString &&path, unsigned char type) {
         if (entryHook)
             entryHook();
         if (requestTermination)
             return false;
-        // A reported folder needs only the package test; an unknown type is looked up.
-        const bool folderEntry =
-            type == DT_DIR ? !itemInfo->isPackageFolder(path)
-            : type == DT_UNKNOWN
-                ? isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package))
-                : false;
-        if (folderEntry && recursive)
-            listFolder(path, true);
-        else
-            add(std::move(path), folderEntry);
+        const bool folderEntry = isBrowsableFolder(path, type);
+        if (passesFilter(path))
+            append(std::move(path), folderEntry);
         return true;
     });
+}
+
+// Every file under root, depth first. The folders are read on several threads
+// (each entry looked at, and put to the filter, by the thread reading it); the
+// files are added here one by one in the order of a plain recursive walk.
+void BackgroundFileListBuilder::Shared::listTree(const QString &root)
+{
+    OrderedFolderWalk walk(
+        [this](const QString &path, unsigned char type) {
+            if (entryHook)
+                entryHook();
+            if (requestTermination)
+                return OrderedFolderWalk::Entry::Stop;
+            if (isBrowsableFolder(path, type))
+                return OrderedFolderWalk::Entry::Folder;
+            return passesFilter(path) ? OrderedFolderWalk::Entry::File
+                                      : OrderedFolderWalk::Entry::Skip;
+        },
+        requestTermination, g_runningWorkers);
+    walk.run(
+        root,
+        [this](QString &&path) {
+            append(std::move(path), false);
+            return true;
+        },
+        OrderedFolderWalk::helperThreadsFor(QThread::idealThreadCount()));
 }
 
 bool BackgroundFileListBuilder::Shared::passesFilter(const QString &path) const
@@ -173,9 +219,10 @@ bool BackgroundFileListBuilder::Shared::passesFilter(const QString &path) const
     return filterPassesAll || filter->filePassesFilter(path, QDateTime::currentDateTimeUtc());
 }
 
-void BackgroundFileListBuilder::Shared::add(QString &&path, bool isFolder)
+// For an entry that passed the filter.
+void BackgroundFileListBuilder::Shared::append(QString &&path, bool isFolder)
 {
-    if (requestTermination || !passesFilter(path))
+    if (requestTermination)
         return;
     (isFolder ? folders : files).append(std::move(path));
     update();
