@@ -29,7 +29,7 @@ struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
     QString shadowDesktopRoot;
     const ItemInfo *itemInfo = nullptr;
     MonotonicClock clock;
-    std::function<void()> entryHook;
+    std::function<void(const QString &path)> entryHook;
     QPointer<BackgroundFileListBuilder> builder; // read on the builder's thread only
     std::atomic<bool> requestTermination{false};
     std::atomic<bool> taskRunning{false};
@@ -101,7 +101,7 @@ void BackgroundFileListBuilder::setClockForTesting(MonotonicClock clock)
     m_shared->clock = std::move(clock);
 }
 
-void BackgroundFileListBuilder::setEntryHookForTesting(std::function<void()> hook)
+void BackgroundFileListBuilder::setEntryHookForTesting(std::function<void(const QString &)> hook)
 {
     m_shared->entryHook = std::move(hook);
 }
@@ -176,7 +176,7 @@ void BackgroundFileListBuilder::Shared::listFolder(const QString &folder)
 {
     DirectoryListing::forEach(folder, [this](QString &&path, unsigned char type) {
         if (entryHook)
-            entryHook();
+            entryHook(path);
         if (requestTermination)
             return false;
         const bool folderEntry = isBrowsableFolder(path, type);
@@ -194,7 +194,7 @@ void BackgroundFileListBuilder::Shared::listTree(const QString &root)
     OrderedFolderWalk walk(
         [this](const QString &path, unsigned char type) {
             if (entryHook)
-                entryHook();
+                entryHook(path);
             if (requestTermination)
                 return OrderedFolderWalk::Entry::Stop;
             if (isBrowsableFolder(path, type))

@@ -15,6 +15,23 @@ std::shared_ptr<QuickFilterItem> view(quint32 folderStyle, const QStringList &ex
     return item;
 }
 
+// The files under folder in the order a plain recursive walk meets them: links
+// and packages are files, everything else that is a folder is walked into.
+QStringList walkedFiles(const QString &folder)
+{
+    QStringList files;
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        const QFileInfo info(it.next());
+        if (info.isDir() && !info.isSymLink() && info.suffix() != "app" &&
+            info.suffix() != "bundle")
+            files += walkedFiles(info.filePath());
+        else
+            files.append(info.filePath());
+    }
+    return files;
+}
+
 QStringList names(const QStringList &paths, const QString &root)
 {
     QStringList relative;
@@ -34,12 +51,18 @@ private slots:
     void filterAppliesToFoldersToo();
     void partialListsAreThrottled();
     void cancelledListingStillCompletes();
+    void flattenedListingKeepsTheWalkOrder();
+    void cancelledFlattenedListingEndsEveryThread();
     void nothingReachesADeletedBuilder();
 
 private:
     // Runs a listing to its end; returns the final list and counts the partial ones.
     QStringList list(const QString &path, std::shared_ptr<const QuickFilterItem> filter,
                      int *partials = nullptr);
+
+    // Folders nested three deep, empty ones, packages with contents, links to
+    // folders, files at every depth; the folder d<i> holds 3 + 4i files.
+    QString makeUnevenTree();
 
     std::unique_ptr<SandboxHome> m_sandbox;
     LocalItemInfo m_itemInfo;
@@ -57,6 +80,24 @@ void tst_FileListBuilder::init()
         m_sandbox->write(QStringLiteral("Shadow/") + file, "x");
     QDir().mkpath(m_root + "/Tool.app/Contents"); // a package
     QFile::link("one.jpg", m_root + "/link.jpg");
+}
+
+QString tst_FileListBuilder::makeUnevenTree()
+{
+    const QString tree = m_root + "/Tree";
+    for (int i = 0; i < 8; ++i) {
+        const QString folder = QStringLiteral("Shadow/Tree/d%1/").arg(i);
+        for (int f = 0; f < 3 + 4 * i; ++f)
+            m_sandbox->write(folder + QStringLiteral("f%1.txt").arg(f), "x");
+        for (int s = 0; s < i % 3; ++s)
+            m_sandbox->write(folder + QStringLiteral("s%1/deep/g.txt").arg(s), "x");
+        m_sandbox->write(folder + "Kit.bundle/Contents/inner.txt", "x");
+        QDir().mkpath(m_sandbox->home() + '/' + folder + "empty");
+        QFile::link("..", m_sandbox->home() + '/' + folder + "up");
+    }
+    m_sandbox->write("Shadow/Tree/top.txt", "x");
+    QFile::link("d1", tree + "/toD1");
+    return tree;
 }
 
 QStringList tst_FileListBuilder::list(const QString &path,
@@ -149,9 +190,9 @@ struct WorkerGate
     QSemaphore reached;
     QSemaphore released;
     std::atomic<bool> first{true};
-    std::function<void()> hook()
+    std::function<void(const QString &)> hook()
     {
-        return [this] {
+        return [this](const QString &) {
             if (first.exchange(false)) {
                 reached.release();
                 released.acquire();
@@ -176,6 +217,73 @@ void tst_FileListBuilder::cancelledListingStillCompletes()
     QVERIFY(completed.wait(10000));
     QCOMPARE(completed.first().first().toStringList(), QStringList{}); // stopped at its first entry
     QVERIFY(!builder.isRunning());
+}
+
+void tst_FileListBuilder::flattenedListingKeepsTheWalkOrder()
+{
+    const QString tree = makeUnevenTree();
+    BackgroundFileListBuilder builder(tree, view(1), QString(), tree, m_itemInfo);
+    // The walking thread reads the root alone (the first entry looked at is
+    // its own); held at its first entry below the root, it lets the helpers
+    // read folders it has not come to, so they are finished out of order.
+    std::atomic<std::thread::id> walker{};
+    std::atomic<bool> hold{QThread::idealThreadCount() > 1};
+    QSemaphore walkerHeld, walkerReleased, helperEntries;
+    builder.setEntryHookForTesting([&](const QString &path) {
+        std::thread::id none;
+        walker.compare_exchange_strong(none, std::this_thread::get_id());
+        if (walker != std::this_thread::get_id()) {
+            helperEntries.release();
+        } else if (QFileInfo(path).path() != tree && hold.exchange(false)) {
+            walkerHeld.release();
+            walkerReleased.acquire();
+        }
+    });
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    if (hold) {
+        QVERIFY(walkerHeld.tryAcquire(1, 10000));
+        QVERIFY(helperEntries.tryAcquire(25, 10000));
+        walkerReleased.release();
+    }
+    QVERIFY(completed.wait(10000));
+    const QStringList expected = walkedFiles(tree);
+    QCOMPARE(completed.first().first().toStringList(), expected);
+}
+
+void tst_FileListBuilder::cancelledFlattenedListingEndsEveryThread()
+{
+    const QString tree = makeUnevenTree();
+    const QStringList everything = walkedFiles(tree);
+    BackgroundFileListBuilder builder(tree, view(1), QString(), tree, m_itemInfo);
+    // Whichever thread reads d6 (27 files) is held at its first entry while
+    // the listing is stopped; from then on each thread may look at one more
+    // entry at most.
+    std::atomic<bool> stopped{false};
+    std::atomic<bool> first{true};
+    std::atomic<int> lookedAtAfterStop{0};
+    QSemaphore reached, released;
+    builder.setEntryHookForTesting([&](const QString &path) {
+        if (stopped)
+            ++lookedAtAfterStop;
+        else if (QFileInfo(path).path() == tree + "/d6" && first.exchange(false)) {
+            reached.release();
+            released.acquire();
+        }
+    });
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    QVERIFY(reached.tryAcquire(1, 10000));
+    builder.stopBackgroundTask();
+    stopped = true;
+    released.release();
+    QVERIFY(completed.wait(10000));
+    const QStringList got = completed.first().first().toStringList();
+    QVERIFY(got.size() < everything.size());
+    QCOMPARE(got, everything.first(got.size())); // what it had, in order
+    QVERIFY2(lookedAtAfterStop <= QThread::idealThreadCount(),
+             qPrintable(QString::number(lookedAtAfterStop)));
+    QTRY_COMPARE(BackgroundFileListBuilder::runningWorkers(), 0);
 }
 
 void tst_FileListBuilder::nothingReachesADeletedBuilder()
