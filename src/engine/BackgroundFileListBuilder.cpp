@@ -22,7 +22,7 @@ static std::atomic<int> g_runningWorkers{0};
 
 // What the worker thread owns together with the builder, so that it can finish
 // its listing safely after the builder is gone.
-struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
+struct BackgroundFileListBuilder::Shared
 {
     QString rootPath;
     std::shared_ptr<const QuickFilterItem> filter;
@@ -30,7 +30,6 @@ struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
     const ItemInfo *itemInfo = nullptr;
     MonotonicClock clock;
     std::function<void(const QString &path)> entryHook;
-    QPointer<BackgroundFileListBuilder> builder; // read on the builder's thread only
     std::atomic<bool> requestTermination{false};
     std::atomic<bool> taskRunning{false};
 
@@ -49,7 +48,7 @@ struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
     bool passesFilter(const QString &path) const;
     void update();
     // Lists on their way to the builder's thread, under our own lock; only a
-    // notice to collect them goes through the event queue.
+    // notice to collect them, carrying nothing, goes through the event queue.
     struct Delivery
     {
         QStringList paths;
@@ -57,8 +56,8 @@ struct BackgroundFileListBuilder::Shared : std::enable_shared_from_this<Shared>
     };
     std::mutex deliveriesLock;
     std::vector<Delivery> deliveries;
+    BackgroundFileListBuilder *builder = nullptr; // under deliveriesLock; none once it is gone
     void deliver(QStringList paths, bool completed);
-    void takeDeliveries();
 };
 
 // The clock is read at every entry. A coarse one (a few milliseconds' grain) is
@@ -94,6 +93,9 @@ BackgroundFileListBuilder::BackgroundFileListBuilder(const QString &path,
 BackgroundFileListBuilder::~BackgroundFileListBuilder()
 {
     stopBackgroundTask();
+    // From here on the worker posts nothing; what it posted goes with the object.
+    const std::lock_guard lock(m_shared->deliveriesLock);
+    m_shared->builder = nullptr;
 }
 
 void BackgroundFileListBuilder::setClockForTesting(MonotonicClock clock)
@@ -242,34 +244,30 @@ void BackgroundFileListBuilder::Shared::update()
 
 void BackgroundFileListBuilder::Shared::deliver(QStringList paths, bool completed)
 {
-    QCoreApplication *app = QCoreApplication::instance();
-    if (!app)
+    const std::lock_guard lock(deliveriesLock);
+    if (!builder || !QCoreApplication::instance())
         return;
-    bool noticePending = false;
-    {
-        const std::lock_guard lock(deliveriesLock);
-        noticePending = !deliveries.empty();
-        deliveries.push_back({std::move(paths), completed});
-    }
+    const bool noticePending = !deliveries.empty();
+    deliveries.push_back({std::move(paths), completed});
     if (!noticePending)
-        QMetaObject::invokeMethod(
-            app, [self = shared_from_this()] { self->takeDeliveries(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(builder, "takeDeliveries", Qt::QueuedConnection);
 }
 
-// On the builder's thread; a builder deleted meanwhile gets nothing.
-void BackgroundFileListBuilder::Shared::takeDeliveries()
+// On the builder's thread. A receiver may delete the builder on the way.
+void BackgroundFileListBuilder::takeDeliveries()
 {
-    std::vector<Delivery> taken;
+    std::vector<Shared::Delivery> taken;
     {
-        const std::lock_guard lock(deliveriesLock);
-        taken.swap(deliveries);
+        const std::lock_guard lock(m_shared->deliveriesLock);
+        taken.swap(m_shared->deliveries);
     }
-    for (Delivery &delivery : taken) {
-        if (!builder)
+    const QPointer<BackgroundFileListBuilder> alive(this);
+    for (const Shared::Delivery &delivery : taken) {
+        if (!alive)
             return;
         if (delivery.completed)
-            emit builder->fileListCompleted(delivery.paths, builder.data());
+            emit fileListCompleted(delivery.paths, this);
         else
-            emit builder->fileListUpdated(delivery.paths, builder.data());
+            emit fileListUpdated(delivery.paths, this);
     }
 }

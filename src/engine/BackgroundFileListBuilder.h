@@ -53,6 +53,8 @@ signals:
     void fileListCompleted(const QStringList &paths, BackgroundFileListBuilder *task);
 
 private:
+    Q_INVOKABLE void takeDeliveries();
+
     struct Shared;
     QString m_searchPhrase;
     std::shared_ptr<Shared> m_shared;

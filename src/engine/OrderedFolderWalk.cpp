@@ -36,20 +36,11 @@ void OrderedFolderWalk::run(const QString &root, const Visit &visit, int helperT
     endHelpers();
 }
 
-// In the order of a recursive walk: a folder that no helper has begun is read
-// here and now; one a helper is reading is waited for.
+// In the order of a recursive walk.
 bool OrderedFolderWalk::walk(Folder &folder, const Visit &visit)
 {
-    {
-        std::unique_lock lock(m_lock);
-        if (folder.state == Folder::State::Unread) {
-            folder.state = Folder::State::Reading;
-            lock.unlock();
-            read(folder, false);
-        } else {
-            m_folderRead.wait(lock, [&folder] { return folder.state == Folder::State::Read; });
-        }
-    }
+    if (!obtain(folder))
+        return false;
     for (Item &item : folder.items) {
         if (m_stop)
             return false;
@@ -63,6 +54,46 @@ bool OrderedFolderWalk::walk(Folder &folder, const Visit &visit)
     }
     folder.items = {};
     return true;
+}
+
+// Sees to it that folder is read: here and now if nobody has begun it. While a
+// helper reads it, the walking thread reads other folders rather than idle (a
+// helper may lose its processor for a while). False once the walk is stopped.
+bool OrderedFolderWalk::obtain(Folder &folder)
+{
+    std::unique_lock lock(m_lock);
+    while (folder.state != Folder::State::Read) {
+        if (m_stop)
+            return false;
+        std::shared_ptr<Folder> other;
+        Folder *next = &folder;
+        if (folder.state == Folder::State::Unread) {
+            folder.state = Folder::State::Reading;
+        } else if ((other = claimNext())) {
+            next = other.get();
+        } else {
+            m_folderRead.wait(lock);
+            continue;
+        }
+        lock.unlock();
+        read(*next, false);
+        lock.lock();
+    }
+    return true;
+}
+
+// With m_lock held: the next queued folder nobody reads yet, now the caller's.
+std::shared_ptr<OrderedFolderWalk::Folder> OrderedFolderWalk::claimNext()
+{
+    while (!m_unread.empty()) {
+        std::shared_ptr<Folder> folder = std::move(m_unread.front());
+        m_unread.pop_front();
+        if (folder->state == Folder::State::Unread) {
+            folder->state = Folder::State::Reading;
+            return folder;
+        }
+    }
+    return nullptr;
 }
 
 // On any thread, for a folder whose state it has set to Reading.
@@ -96,6 +127,7 @@ void OrderedFolderWalk::read(Folder &folder, bool followLink)
         if (m_readAhead)
             m_unread.insert(m_unread.begin(), subfolders.begin(), subfolders.end());
     }
+    // The walking thread waits for one folder, or for one to read meanwhile.
     m_folderRead.notify_all();
     if (m_readAhead && !subfolders.empty())
         m_workChanged.notify_all();
@@ -104,20 +136,15 @@ void OrderedFolderWalk::read(Folder &folder, bool followLink)
 // A helper thread: reads queued folders until the walk ends or is stopped.
 void OrderedFolderWalk::help()
 {
-    for (;;) {
-        std::shared_ptr<Folder> folder;
-        {
-            std::unique_lock lock(m_lock);
-            m_workChanged.wait(lock, [this] { return m_finished || m_stop || !m_unread.empty(); });
-            if (m_finished || m_stop)
-                return;
-            folder = std::move(m_unread.front());
-            m_unread.pop_front();
-            if (folder->state != Folder::State::Unread)
-                continue; // the walking thread got there first
-            folder->state = Folder::State::Reading;
+    std::unique_lock lock(m_lock);
+    while (!m_finished && !m_stop) {
+        if (const std::shared_ptr<Folder> folder = claimNext()) {
+            lock.unlock();
+            read(*folder, false);
+            lock.lock();
+        } else {
+            m_workChanged.wait(lock);
         }
-        read(*folder, false);
     }
 }
 

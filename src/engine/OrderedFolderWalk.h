@@ -72,6 +72,8 @@ private:
     };
 
     bool walk(Folder &folder, const Visit &visit);
+    bool obtain(Folder &folder);
+    std::shared_ptr<Folder> claimNext();
     void read(Folder &folder, bool followLink);
     void help();
     void startHelpers(int count);

@@ -223,28 +223,29 @@ void tst_FileListBuilder::flattenedListingKeepsTheWalkOrder()
 {
     const QString tree = makeUnevenTree();
     BackgroundFileListBuilder builder(tree, view(1), QString(), tree, m_itemInfo);
-    // The walking thread reads the root alone (the first entry looked at is
-    // its own); held at its first entry below the root, it lets the helpers
-    // read folders it has not come to, so they are finished out of order.
-    std::atomic<std::thread::id> walker{};
-    std::atomic<bool> hold{QThread::idealThreadCount() > 1};
-    QSemaphore walkerHeld, walkerReleased, helperEntries;
+    // The first thread to look at an entry below the root is held there until
+    // the others have looked at 25 entries: folders are then read by several
+    // threads and finished out of the walk's turn, whichever thread is held.
+    const bool helpers = QThread::idealThreadCount() > 1;
+    std::atomic<bool> hold{helpers};
+    std::atomic<std::thread::id> held{};
+    QSemaphore reached, released, othersLookedAt;
+    const auto releaseAnyway = qScopeGuard([&] { released.release(); });
     builder.setEntryHookForTesting([&](const QString &path) {
-        std::thread::id none;
-        walker.compare_exchange_strong(none, std::this_thread::get_id());
-        if (walker != std::this_thread::get_id()) {
-            helperEntries.release();
+        if (held != std::thread::id() && held != std::this_thread::get_id()) {
+            othersLookedAt.release();
         } else if (QFileInfo(path).path() != tree && hold.exchange(false)) {
-            walkerHeld.release();
-            walkerReleased.acquire();
+            held = std::this_thread::get_id();
+            reached.release();
+            released.acquire();
         }
     });
     QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
     builder.startBackgroundTask();
-    if (hold) {
-        QVERIFY(walkerHeld.tryAcquire(1, 10000));
-        QVERIFY(helperEntries.tryAcquire(25, 10000));
-        walkerReleased.release();
+    if (helpers) {
+        QVERIFY(reached.tryAcquire(1, 10000));
+        QVERIFY(othersLookedAt.tryAcquire(25, 10000));
+        released.release();
     }
     QVERIFY(completed.wait(10000));
     const QStringList expected = walkedFiles(tree);
@@ -263,6 +264,7 @@ void tst_FileListBuilder::cancelledFlattenedListingEndsEveryThread()
     std::atomic<bool> first{true};
     std::atomic<int> lookedAtAfterStop{0};
     QSemaphore reached, released;
+    const auto releaseAnyway = qScopeGuard([&] { released.release(); });
     builder.setEntryHookForTesting([&](const QString &path) {
         if (stopped)
             ++lookedAtAfterStop;
