@@ -17,15 +17,18 @@ std::shared_ptr<QuickFilterItem> view(quint32 folderStyle, const QStringList &ex
 
 // The files under folder in the order a plain recursive walk meets them: links
 // and packages are files, everything else that is a folder is walked into.
-QStringList walkedFiles(const QString &folder)
+// Counts the entries the walk looks at into entries.
+QStringList walkedFiles(const QString &folder, int *entries = nullptr)
 {
     QStringList files;
     QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     while (it.hasNext()) {
         const QFileInfo info(it.next());
+        if (entries)
+            ++*entries;
         if (info.isDir() && !info.isSymLink() && info.suffix() != "app" &&
             info.suffix() != "bundle")
-            files += walkedFiles(info.filePath());
+            files += walkedFiles(info.filePath(), entries);
         else
             files.append(info.filePath());
     }
@@ -223,32 +226,45 @@ void tst_FileListBuilder::flattenedListingKeepsTheWalkOrder()
 {
     const QString tree = makeUnevenTree();
     BackgroundFileListBuilder builder(tree, view(1), QString(), tree, m_itemInfo);
-    // The first thread to look at an entry below the root is held there until
-    // the others have looked at 25 entries: folders are then read by several
-    // threads and finished out of the walk's turn, whichever thread is held.
+    // The walking thread reads the root alone: the first thread to look at an
+    // entry is the walker. A helper is held at its first entry, in some folder,
+    // until the walker has looked at every entry outside that folder's tree:
+    // however far it read ahead, the walk must wait there for the helper.
     const bool helpers = QThread::idealThreadCount() > 1;
-    std::atomic<bool> hold{helpers};
-    std::atomic<std::thread::id> held{};
-    QSemaphore reached, released, othersLookedAt;
-    const auto releaseAnyway = qScopeGuard([&] { released.release(); });
+    std::atomic<std::thread::id> walker{};
+    std::atomic<bool> helperHeld{false}, walkerWaited{!helpers};
+    QString heldFolder; // written before `reached` is released
+    QSemaphore reached, released, walkerLooked, walkerMayGoOn;
+    const auto releaseAnyway = qScopeGuard([&] {
+        released.release();
+        walkerMayGoOn.release();
+    });
     builder.setEntryHookForTesting([&](const QString &path) {
-        if (held != std::thread::id() && held != std::this_thread::get_id()) {
-            othersLookedAt.release();
-        } else if (QFileInfo(path).path() != tree && hold.exchange(false)) {
-            held = std::this_thread::get_id();
+        std::thread::id none;
+        const std::thread::id self = std::this_thread::get_id();
+        if (walker.compare_exchange_strong(none, self) || walker == self) {
+            walkerLooked.release();
+            // Below the root only once a helper is held, so that one surely is.
+            if (QFileInfo(path).path() != tree && !walkerWaited.exchange(true))
+                walkerMayGoOn.acquire();
+        } else if (!helperHeld.exchange(true)) {
+            heldFolder = QFileInfo(path).path();
             reached.release();
+            walkerMayGoOn.release();
             released.acquire();
         }
     });
     QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
     builder.startBackgroundTask();
+    int everyEntry = 0, heldEntries = 0;
+    const QStringList expected = walkedFiles(tree, &everyEntry);
     if (helpers) {
         QVERIFY(reached.tryAcquire(1, 10000));
-        QVERIFY(othersLookedAt.tryAcquire(25, 10000));
+        walkedFiles(heldFolder, &heldEntries);
+        QVERIFY(walkerLooked.tryAcquire(everyEntry - heldEntries, 10000));
         released.release();
     }
     QVERIFY(completed.wait(10000));
-    const QStringList expected = walkedFiles(tree);
     QCOMPARE(completed.first().first().toStringList(), expected);
 }
 
