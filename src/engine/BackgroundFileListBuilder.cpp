@@ -42,6 +42,7 @@ struct BackgroundFileListBuilder::Shared
 
     void run();
     bool isBrowsableFolder(const QString &path, unsigned char type) const;
+    OrderedFolderWalk::Entry lookAt(const QString &path, unsigned char type) const;
     void listFolder(const QString &folder);
     void listTree(const QString &root);
     void append(QString &&path, bool isFolder);
@@ -184,17 +185,32 @@ bool BackgroundFileListBuilder::Shared::isBrowsableFolder(const QString &path,
            isDirButNotPackage(itemInfo->flags(path, ItemInfo::Container | ItemInfo::Package));
 }
 
-// One folder, its folders and files in the file system's order.
+// Looks at one entry, on whichever listing thread reads its folder: Folder for
+// a browsable one, File for anything else that passes the filter.
+OrderedFolderWalk::Entry BackgroundFileListBuilder::Shared::lookAt(const QString &path,
+                                                                   unsigned char type) const
+{
+    if (entryHook)
+        entryHook(path);
+    if (requestTermination)
+        return OrderedFolderWalk::Entry::Stop;
+    if (isBrowsableFolder(path, type))
+        return OrderedFolderWalk::Entry::Folder;
+    return passesFilter(path) ? OrderedFolderWalk::Entry::File : OrderedFolderWalk::Entry::Skip;
+}
+
+// One folder, its folders (put to the filter too) and files in the file
+// system's order.
 void BackgroundFileListBuilder::Shared::listFolder(const QString &folder)
 {
     DirectoryListing::forEach(folder, [this](QString &&path, unsigned char type) {
-        if (entryHook)
-            entryHook(path);
-        if (requestTermination)
+        const OrderedFolderWalk::Entry entry = lookAt(path, type);
+        if (entry == OrderedFolderWalk::Entry::Stop)
             return false;
-        const bool folderEntry = isBrowsableFolder(path, type);
-        if (passesFilter(path))
-            append(std::move(path), folderEntry);
+        if (entry == OrderedFolderWalk::Entry::File)
+            append(std::move(path), false);
+        else if (entry == OrderedFolderWalk::Entry::Folder && passesFilter(path))
+            append(std::move(path), true);
         return true;
     });
 }
@@ -205,16 +221,7 @@ void BackgroundFileListBuilder::Shared::listFolder(const QString &folder)
 void BackgroundFileListBuilder::Shared::listTree(const QString &root)
 {
     OrderedFolderWalk walk(
-        [this](const QString &path, unsigned char type) {
-            if (entryHook)
-                entryHook(path);
-            if (requestTermination)
-                return OrderedFolderWalk::Entry::Stop;
-            if (isBrowsableFolder(path, type))
-                return OrderedFolderWalk::Entry::Folder;
-            return passesFilter(path) ? OrderedFolderWalk::Entry::File
-                                      : OrderedFolderWalk::Entry::Skip;
-        },
+        [this](const QString &path, unsigned char type) { return lookAt(path, type); },
         requestTermination, g_runningWorkers);
     walk.run(
         root,
