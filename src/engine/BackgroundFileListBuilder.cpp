@@ -167,7 +167,10 @@ void BackgroundFileListBuilder::Shared::run()
     requestTermination = false; // a cancelled listing still reports its completion
     // Handed over whole: the worker keeps no reference to a path it delivered.
     QStringList all = std::move(folders);
-    all.append(std::move(files));
+    if (all.isEmpty())
+        all = std::move(files);
+    else
+        all.append(std::move(files));
     folders = {};
     files = {};
     deliver(std::move(all), true);
