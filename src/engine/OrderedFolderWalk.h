@@ -85,8 +85,8 @@ private:
     bool m_readAhead = false; // whether read folders queue their subfolders
 
     std::mutex m_lock;
-    std::condition_variable m_folderRead;         // the walking thread waits for a helper's folder
-    std::condition_variable m_workChanged;        // helpers wait for folders to read
+    std::condition_variable m_folderRead;  // the walking thread waits for a folder, or one to read
+    std::condition_variable m_workChanged; // helpers wait for folders to read
     std::deque<std::shared_ptr<Folder>> m_unread; // next needed first, most of the time
     bool m_finished = false;
     std::vector<std::thread> m_helpers;
