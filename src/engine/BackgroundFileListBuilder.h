@@ -15,7 +15,9 @@ class ItemInfo;
 // browsable folders first, then everything else, each in the file system's
 // order. Partial lists arrive at most every half second, the final list once;
 // both are delivered on the thread that made the builder, and never after the
-// builder is gone. Packages and links are files; nothing is sorted.
+// builder is gone. Packages and links are files; nothing is sorted. A
+// flattened listing reads its folders on every core, yet gives the order of a
+// single depth-first walk.
 class BackgroundFileListBuilder : public QObject
 {
     Q_OBJECT
@@ -31,9 +33,10 @@ public:
     ~BackgroundFileListBuilder() override;
 
     void setClockForTesting(MonotonicClock clock);
-    // Test hook: called on the worker before each entry is looked at; set it
-    // before starting.
-    void setEntryHookForTesting(std::function<void()> hook);
+    // Test hook: called with an entry's path before it is looked at, on
+    // whichever listing thread looks at it (several at once in a flattened
+    // listing); set it before starting.
+    void setEntryHookForTesting(std::function<void(const QString &path)> hook);
     void startBackgroundTask();
     // Asks the worker to stop at its next entry; returns at once.
     void stopBackgroundTask();
@@ -41,8 +44,8 @@ public:
     QString searchPhrase() const { return m_searchPhrase; }
 
     static bool isDirButNotPackage(quint32 flags);
-    // Worker threads still listing, of every builder (a builder's thread may
-    // outlive it).
+    // Listing threads still running, of every builder, the helpers of a
+    // flattened listing included (a builder's threads may outlive it).
     static int runningWorkers();
 
 signals:
@@ -50,6 +53,8 @@ signals:
     void fileListCompleted(const QStringList &paths, BackgroundFileListBuilder *task);
 
 private:
+    Q_INVOKABLE void takeDeliveries();
+
     struct Shared;
     QString m_searchPhrase;
     std::shared_ptr<Shared> m_shared;

@@ -15,6 +15,26 @@ std::shared_ptr<QuickFilterItem> view(quint32 folderStyle, const QStringList &ex
     return item;
 }
 
+// The files under folder in the order a plain recursive walk meets them: links
+// and packages are files, everything else that is a folder is walked into.
+// Counts the entries the walk looks at into entries.
+QStringList walkedFiles(const QString &folder, int *entries = nullptr)
+{
+    QStringList files;
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    while (it.hasNext()) {
+        const QFileInfo info(it.next());
+        if (entries)
+            ++*entries;
+        if (info.isDir() && !info.isSymLink() && info.suffix() != "app" &&
+            info.suffix() != "bundle")
+            files += walkedFiles(info.filePath(), entries);
+        else
+            files.append(info.filePath());
+    }
+    return files;
+}
+
 QStringList names(const QStringList &paths, const QString &root)
 {
     QStringList relative;
@@ -34,12 +54,18 @@ private slots:
     void filterAppliesToFoldersToo();
     void partialListsAreThrottled();
     void cancelledListingStillCompletes();
+    void flattenedListingKeepsTheWalkOrder();
+    void cancelledFlattenedListingEndsEveryThread();
     void nothingReachesADeletedBuilder();
 
 private:
     // Runs a listing to its end; returns the final list and counts the partial ones.
     QStringList list(const QString &path, std::shared_ptr<const QuickFilterItem> filter,
                      int *partials = nullptr);
+
+    // Folders nested three deep, empty ones, packages with contents, links to
+    // folders, files at every depth; the folder d<i> holds 3 + 4i files.
+    QString makeUnevenTree();
 
     std::unique_ptr<SandboxHome> m_sandbox;
     LocalItemInfo m_itemInfo;
@@ -57,6 +83,24 @@ void tst_FileListBuilder::init()
         m_sandbox->write(QStringLiteral("Shadow/") + file, "x");
     QDir().mkpath(m_root + "/Tool.app/Contents"); // a package
     QFile::link("one.jpg", m_root + "/link.jpg");
+}
+
+QString tst_FileListBuilder::makeUnevenTree()
+{
+    const QString tree = m_root + "/Tree";
+    for (int i = 0; i < 8; ++i) {
+        const QString folder = QStringLiteral("Shadow/Tree/d%1/").arg(i);
+        for (int f = 0; f < 3 + 4 * i; ++f)
+            m_sandbox->write(folder + QStringLiteral("f%1.txt").arg(f), "x");
+        for (int s = 0; s < i % 3; ++s)
+            m_sandbox->write(folder + QStringLiteral("s%1/deep/g.txt").arg(s), "x");
+        m_sandbox->write(folder + "Kit.bundle/Contents/inner.txt", "x");
+        QDir().mkpath(m_sandbox->home() + '/' + folder + "empty");
+        QFile::link("..", m_sandbox->home() + '/' + folder + "up");
+    }
+    m_sandbox->write("Shadow/Tree/top.txt", "x");
+    QFile::link("d1", tree + "/toD1");
+    return tree;
 }
 
 QStringList tst_FileListBuilder::list(const QString &path,
@@ -149,9 +193,9 @@ struct WorkerGate
     QSemaphore reached;
     QSemaphore released;
     std::atomic<bool> first{true};
-    std::function<void()> hook()
+    std::function<void(const QString &)> hook()
     {
-        return [this] {
+        return [this](const QString &) {
             if (first.exchange(false)) {
                 reached.release();
                 released.acquire();
@@ -176,6 +220,88 @@ void tst_FileListBuilder::cancelledListingStillCompletes()
     QVERIFY(completed.wait(10000));
     QCOMPARE(completed.first().first().toStringList(), QStringList{}); // stopped at its first entry
     QVERIFY(!builder.isRunning());
+}
+
+void tst_FileListBuilder::flattenedListingKeepsTheWalkOrder()
+{
+    const QString tree = makeUnevenTree();
+    BackgroundFileListBuilder builder(tree, view(1), QString(), tree, m_itemInfo);
+    // The walking thread reads the root alone: the first thread to look at an
+    // entry is the walker. A helper is held at its first entry, in some folder,
+    // until the walker has looked at every entry outside that folder's tree:
+    // however far it read ahead, the walk must wait there for the helper.
+    const bool helpers = QThread::idealThreadCount() > 1;
+    std::atomic<std::thread::id> walker{};
+    std::atomic<bool> helperHeld{false}, walkerWaited{!helpers};
+    QString heldFolder; // written before `reached` is released
+    QSemaphore reached, released, walkerLooked, walkerMayGoOn;
+    const auto releaseAnyway = qScopeGuard([&] {
+        released.release();
+        walkerMayGoOn.release();
+    });
+    builder.setEntryHookForTesting([&](const QString &path) {
+        std::thread::id none;
+        const std::thread::id self = std::this_thread::get_id();
+        if (walker.compare_exchange_strong(none, self) || walker == self) {
+            walkerLooked.release();
+            // Below the root only once a helper is held, so that one surely is.
+            if (QFileInfo(path).path() != tree && !walkerWaited.exchange(true))
+                walkerMayGoOn.acquire();
+        } else if (!helperHeld.exchange(true)) {
+            heldFolder = QFileInfo(path).path();
+            reached.release();
+            walkerMayGoOn.release();
+            released.acquire();
+        }
+    });
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    int everyEntry = 0, heldEntries = 0;
+    const QStringList expected = walkedFiles(tree, &everyEntry);
+    if (helpers) {
+        QVERIFY(reached.tryAcquire(1, 10000));
+        walkedFiles(heldFolder, &heldEntries);
+        QVERIFY(walkerLooked.tryAcquire(everyEntry - heldEntries, 10000));
+        released.release();
+    }
+    QVERIFY(completed.wait(10000));
+    QCOMPARE(completed.first().first().toStringList(), expected);
+}
+
+void tst_FileListBuilder::cancelledFlattenedListingEndsEveryThread()
+{
+    const QString tree = makeUnevenTree();
+    const QStringList everything = walkedFiles(tree);
+    BackgroundFileListBuilder builder(tree, view(1), QString(), tree, m_itemInfo);
+    // Whichever thread reads d6 (27 files) is held at its first entry while
+    // the listing is stopped; from then on each thread may look at one more
+    // entry at most.
+    std::atomic<bool> stopped{false};
+    std::atomic<bool> first{true};
+    std::atomic<int> lookedAtAfterStop{0};
+    QSemaphore reached, released;
+    const auto releaseAnyway = qScopeGuard([&] { released.release(); });
+    builder.setEntryHookForTesting([&](const QString &path) {
+        if (stopped)
+            ++lookedAtAfterStop;
+        else if (QFileInfo(path).path() == tree + "/d6" && first.exchange(false)) {
+            reached.release();
+            released.acquire();
+        }
+    });
+    QSignalSpy completed(&builder, &BackgroundFileListBuilder::fileListCompleted);
+    builder.startBackgroundTask();
+    QVERIFY(reached.tryAcquire(1, 10000));
+    builder.stopBackgroundTask();
+    stopped = true;
+    released.release();
+    QVERIFY(completed.wait(10000));
+    const QStringList got = completed.first().first().toStringList();
+    QVERIFY(got.size() < everything.size());
+    QCOMPARE(got, everything.first(got.size())); // what it had, in order
+    QVERIFY2(lookedAtAfterStop <= QThread::idealThreadCount(),
+             qPrintable(QString::number(lookedAtAfterStop)));
+    QTRY_COMPARE(BackgroundFileListBuilder::runningWorkers(), 0);
 }
 
 void tst_FileListBuilder::nothingReachesADeletedBuilder()
