@@ -16,12 +16,14 @@
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QMenu>
 #include <QPropertyAnimation>
 #include <QScreen>
 #include <QSettings>
+#include <QSignalBlocker>
 
 namespace {
 
@@ -77,6 +79,10 @@ protected:
         if (event->type() != QEvent::KeyPress || watched != table)
             return false;
         const auto *key = static_cast<QKeyEvent *>(event);
+        if (key->key() == Qt::Key_F10 && key->modifiers() == Qt::ShiftModifier) {
+            QContextMenuEvent menu(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+            return eventFilter(table, &menu);
+        }
         if (key->modifiers() & ~Qt::KeypadModifier)
             return false;
         const int row = table->currentIndex().isValid() ? table->currentIndex().row() : -1;
@@ -165,8 +171,11 @@ void PanelController::setUpWindow()
     connect(ui.buttonAction, &QToolButton::clicked, this, &PanelController::pressedAction);
     connect(ui.buttonReveal, &QToolButton::clicked, this,
             &PanelController::pressedActionRevealShadowDesktop);
-    connect(ui.buttonViewOptions, &QToolButton::clicked, this,
-            &PanelController::pressedViewOptions);
+    // Toggled, not clicked: assistive technology toggles a check button.
+    connect(ui.buttonViewOptions, &QToolButton::toggled, this, [this](bool on) {
+        if (on != !m_viewOptionsPopover.isNull())
+            pressedViewOptions();
+    });
     connect(ui.buttonBack, &QToolButton::clicked, this, &PanelController::pressedUpDirectory);
     connect(ui.buttonShadowDesktop, &QToolButton::clicked, this,
             &PanelController::pressedShadowDesktop);
@@ -216,8 +225,11 @@ bool PanelController::eventFilter(QObject *watched, QEvent *event)
         static_cast<QKeyEvent *>(event)->key() == Qt::Key_Down && m_model->rowCount() > 0) {
         QListView *table = m_window->ui().tableView;
         table->setFocus(Qt::TabFocusReason);
-        if (!table->currentIndex().isValid())
-            table->setCurrentIndex(m_model->index(0));
+        if (!table->currentIndex().isValid() ||
+            !table->selectionModel()->isSelected(table->currentIndex()))
+            table->selectionModel()->setCurrentIndex(
+                table->currentIndex().isValid() ? table->currentIndex() : m_model->index(0),
+                QItemSelectionModel::ClearAndSelect);
         return true;
     }
     return QObject::eventFilter(watched, event);
@@ -295,8 +307,13 @@ void PanelController::openPanel()
     m_focusTask = m_scheduler.schedule(
         m_shiftHeld() ? kSearchFocusDelayWithShift : kSearchFocusDelay, [this] {
             m_focusTask = 0;
-            if (m_hasActivePanel)
-                m_window->ui().searchField->setFocus(Qt::OtherFocusReason);
+            if (!m_hasActivePanel)
+                return;
+            // Asked again: an XEmbed icon's click can leave Qt thinking no window
+            // is active although the panel has the keyboard.
+            if (QApplication::activeWindow() != m_window)
+                m_window->activateWindow();
+            m_window->ui().searchField->setFocus(Qt::OtherFocusReason);
         });
     m_scheduler.cancel(m_initialUpdateTask);
     m_initialUpdateTask = m_scheduler.schedule(std::chrono::milliseconds(0), [this] {
@@ -758,7 +775,7 @@ void PanelController::pressedViewOptions()
     }
     closePopovers();
     if (!m_currentFilter) {
-        ui.buttonViewOptions->setChecked(false);
+        setViewOptionsButtonChecked(false);
         return;
     }
     m_viewOptionsPopover = new ViewOptionsPopoverViewController(*m_currentFilter, m_window);
@@ -775,7 +792,7 @@ void PanelController::pressedViewOptions()
     m_viewOptionsPopover->show();
     m_viewOptionsPopover->raise();
     m_viewOptionsPopover->setFocus(Qt::PopupFocusReason);
-    ui.buttonViewOptions->setChecked(true);
+    setViewOptionsButtonChecked(true);
 }
 
 void PanelController::applyViewOptionsChange(QuickFilterItem *)
@@ -795,8 +812,15 @@ void PanelController::closePopovers()
     if (m_viewOptionsPopover)
         m_viewOptionsPopover->deleteLater();
     m_viewOptionsPopover = nullptr;
-    if (m_window)
-        m_window->ui().buttonViewOptions->setChecked(false);
+    setViewOptionsButtonChecked(false);
+}
+
+void PanelController::setViewOptionsButtonChecked(bool checked)
+{
+    if (!m_window)
+        return;
+    const QSignalBlocker quiet(m_window->ui().buttonViewOptions);
+    m_window->ui().buttonViewOptions->setChecked(checked);
 }
 
 // ---- the automatic tidy switch and the pin ----

@@ -131,6 +131,7 @@ private:
     void runSearch(const QString &phrase);
     void navigateTo(const QString &path);
     void closePopovers();
+    void setViewOptionsButtonChecked(bool checked);
     QString shadowDesktopPath() const;
     QString clickedPath() const;
     void restoreClicked(bool addToIgnore);

@@ -64,18 +64,11 @@ Qt::Edge PanelPlacement::barEdge(const QRect &statusRect, const QRect &screen,
     if (std::count_if(std::begin(strips), std::end(strips), inset) == 1)
         return std::find_if(std::begin(strips), std::end(strips), inset)->edge;
 
-    // No bar reserves space (it hides itself, or nothing sets struts): the item
-    // is on the screen edge nearest to it.
+    // No bar reserves space (it hides itself, or nothing sets struts). Bars
+    // nearly always run along the top or the bottom, also where a tray sits in
+    // a corner nearer a side: the panel opens on the side with more room.
     const QRectF area(screen);
-    const std::pair<qreal, Qt::Edge> distances[] = {
-        {centre.y() - area.top(), Qt::TopEdge},
-        {area.bottom() - centre.y(), Qt::BottomEdge},
-        {centre.x() - area.left(), Qt::LeftEdge},
-        {area.right() - centre.x(), Qt::RightEdge},
-    };
-    return std::min_element(std::begin(distances), std::end(distances),
-                            [](const auto &a, const auto &b) { return a.first < b.first; })
-        ->second;
+    return centre.y() - area.top() <= area.bottom() - centre.y() ? Qt::TopEdge : Qt::BottomEdge;
 }
 
 PanelPlacement::Result PanelPlacement::place(const QRect &statusRect, const QSize &panelSize,

@@ -16,8 +16,15 @@ PanelWindow::PanelWindow(QWidget *parent)
     if (compositorRunning())
         setAttribute(Qt::WA_TranslucentBackground);
     m_ui->setupUi(this);
+    // The band's buttons keep their white icons readable in every state.
     setStyleSheet(QStringLiteral(
-        "#activeViewText, #pathControl QToolButton, #pathControl QLabel { color: #f2f2f2; }"));
+        "#activeViewText, #pathControl QToolButton, #pathControl QLabel { color: #f2f2f2; }"
+        "QToolButton { border: 1px solid transparent; border-radius: 4px; padding: 2px; "
+        "background: transparent; }"
+        "QToolButton:hover { background: rgba(255, 255, 255, 40); }"
+        "QToolButton:pressed, QToolButton:checked { background: rgba(255, 255, 255, 70); }"
+        "QToolButton:focus { border-color: rgba(255, 255, 255, 160); }"
+        "QToolButton::menu-indicator { image: none; }"));
     m_sizeGrip = new QSizeGrip(this);
     m_sizeGrip->setAccessibleName(QStringLiteral("Resize"));
     m_ui->footerLayout->addWidget(m_sizeGrip, 0, Qt::AlignBottom | Qt::AlignRight);

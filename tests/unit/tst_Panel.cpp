@@ -283,7 +283,12 @@ private slots:
         p.open();
         p.panel->pressedMenuItem(1);
         const auto images = p.f.data.filterItems().at(1);
-        p.panel->pressedViewOptions();
+        p.ui().buttonViewOptions->toggle(); // as assistive technology presses it
+        QVERIFY(p.panel->viewOptionsPopover());
+        p.ui().buttonViewOptions->click();
+        QVERIFY(!p.panel->viewOptionsPopover());
+        QVERIFY(!p.ui().buttonViewOptions->isChecked());
+        p.ui().buttonViewOptions->click();
         ViewOptionsPopoverViewController *options = p.panel->viewOptionsPopover();
         QVERIFY(options);
         auto *iconSize = options->findChild<QComboBox *>("iconSizeComboBox");

@@ -83,12 +83,18 @@ void tst_PanelParts::placement_data()
     QTest::newRow("right bar") << QRect(1400, 880, 28, 16) << panel << screen
                                << QRect(0, 0, 1392, 900) << QRect(992, 588, 400, 300)
                                << int(Qt::RightEdge) << 300 - 8 - 12;
-    // No struts (an autohiding bar): the nearest edge, just below the pointer.
+    // No struts (an autohiding bar): the side with more room, just below the pointer.
     QTest::newRow("pointer, no struts") << QRect(700, 5, 1, 1) << panel << screen << screen
                                         << QRect(501, 6, 400, 300) << int(Qt::TopEdge) << 200;
-    QTest::newRow("pointer on the left, no struts")
-        << QRect(3, 450, 1, 1) << panel << screen << screen << QRect(4, 301, 400, 300)
-        << int(Qt::LeftEdge) << 150;
+    // An XEmbed tray in a corner, no struts: the bar runs along the top or the
+    // bottom, though the side edge is nearer.
+    const QRect small(0, 0, 1280, 800);
+    QTest::newRow("tray in the bottom right corner, no struts")
+        << QRect(1257, 773, 22, 26) << QSize(400, 560) << small << small
+        << QRect(868, 213, 400, 560) << int(Qt::BottomEdge) << 400 - 8 - 12;
+    QTest::newRow("tray in the top right corner, no struts")
+        << QRect(1257, 1, 22, 26) << QSize(400, 560) << small << small << QRect(868, 27, 400, 560)
+        << int(Qt::TopEdge) << 400 - 8 - 12;
     QTest::newRow("taller than the screen")
         << QRect(1380, 2, 20, 20) << QSize(400, 2000) << screen << QRect(0, 24, 1440, 876)
         << QRect(1028, 24, 400, 876) << int(Qt::TopEdge) << 1390 - 1028;
