@@ -81,6 +81,18 @@ panel_placed() { # below|above EDGE
     [ $((y + h)) -le "$screen_height" ] || return 1
   if [ "$1" = below ]; then [ "$y" -ge "$2" ]; else [ $((y + h)) -le "$2" ]; fi
 }
+# The XEmbed icon's top and bottom edges (the tray may be taller than the icon):
+# the small visible window of Brevano's class.
+icon_edges() {
+  local id
+  for id in $(xdotool search --onlyvisible --class brevano); do
+    eval "$(xdotool getwindowgeometry --shell "$id")"
+    [ "$WIDTH" -le 64 ] && [ "$HEIGHT" -le 64 ] && { echo "$Y $((Y + HEIGHT))"; return 0; }
+  done
+  return 1
+}
+icon_top() { local top _; read -r top _ < <(icon_edges) && echo "$top"; }
+icon_bottom() { local _ bottom; read -r _ bottom < <(icon_edges) && echo "$bottom"; }
 # In the open panel, searches for a row by its name, gives it the context menu
 # from the keyboard and chooses the menu's DOWN-PRESSES-th entry.
 choose_from_row_menu() { # ROW-NAME DOWN-PRESSES [SCREENSHOT]
@@ -283,7 +295,7 @@ run_host xembed \
   'xdotool search --onlyvisible --class brevano >/dev/null' \
   'xdotool mousemove $((screen_width - 12)) 14 click 3' \
   'xdotool mousemove $((screen_width - 12)) 14 click 1' \
-  'panel_placed below 28'
+  'panel_placed below "$(icon_bottom)"'
 kill "$tray" 2>/dev/null
 
 # A bar at the bottom: the panel opens above it.
@@ -293,7 +305,7 @@ app=$!
 wait_for app_listening && wait_for "xdotool search --onlyvisible --class brevano >/dev/null"
 xdotool mousemove $((screen_width - 12)) $((screen_height - 14)) click 1
 wait_for "rows_include report.pdf"
-check "bottom bar: the panel opens on the screen, above the bar" "panel_placed above $((screen_height - 28))"
+check "bottom bar: the panel opens on the screen, above the bar" 'panel_placed above "$(icon_top)"'
 import -window root "$shots/xembed-bottom-panel.png"
 xdotool key Escape
 wait_for panel_closed
