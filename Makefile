@@ -49,8 +49,9 @@ sanitize:
 	cd $(SANITIZE_DIR) && ASAN_OPTIONS=detect_leaks=0 ctest --output-on-failure -j $(JOBS)
 
 # The tests that run threads again, built with ThreadSanitizer: the listing
-# worker, the menu worker and its previews, the size estimate and the engine.
-TSAN_TESTS = tst_FileListBuilder tst_MenuBuilder tst_Shell tst_TidyEngine
+# worker (and the panel it feeds), the menu worker and its previews, the size
+# estimate and the engine.
+TSAN_TESTS = tst_FileListBuilder tst_MenuBuilder tst_Panel tst_Shell tst_TidyEngine
 tsan:
 	@scripts/install-deps.sh build test
 	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DBREVANO_TESTS=ON \
