@@ -11,8 +11,9 @@ if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
 fi
 
 echo "There is no display here, so Brevano runs on a virtual one (Xvfb) with a tray host and"
-echo "a notification server. Screenshots: $build/run-screenshot.png (the tray) and"
-echo "$build/run-menu.png (its menu opened). Stop with Ctrl+C."
+echo "a notification server. Screenshots: $build/run-screenshot.png (the tray),"
+echo "$build/run-menu.png (its menu opened) and $build/run-panel.png (its panel, opened by a"
+echo "left click). Stop with Ctrl+C."
 # A machine without a desktop session may have no runtime folder either; the
 # single-instance socket lives there.
 if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
@@ -38,9 +39,15 @@ exec dbus-run-session -- bash -c '
   item=$(gdbus call --session --dest org.kde.StatusNotifierWatcher --object-path /StatusNotifierWatcher \
     --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher \
     RegisteredStatusNotifierItems | grep -o ":[0-9.]*" | head -1)
-  [ -n "$item" ] && gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
-    --method org.kde.StatusNotifierItem.ContextMenu 1200 30 >/dev/null
-  sleep 1.5
+  click() { # Activate (a left click: the panel) or ContextMenu (a right click: the menu)
+    [ -n "$item" ] && gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
+      --method "org.kde.StatusNotifierItem.$1" 1200 30 >/dev/null
+    sleep 1.5
+  }
+  click Activate
+  import -window root "$1/run-panel.png"
+  click Activate
+  click ContextMenu
   import -window root "$1/run-menu.png"
   echo "Brevano is running (pid $app). Screenshots saved. Commands: $0 --help"
   wait $app
