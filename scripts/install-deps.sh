@@ -10,7 +10,7 @@ fuzz=(clang libclang-rt-14-dev)
 bench=(libplist-utils hyperfine time)
 # A virtual display with a tray host and a notification server, for make run
 # on a machine without a display.
-run=(xvfb xauth xfce4-panel dunst imagemagick dbus libglib2.0-bin adwaita-icon-theme)
+run=(xvfb xauth xfce4-panel dunst imagemagick dbus libglib2.0-bin adwaita-icon-theme xdotool)
 
 wanted=("${build[@]}")
 for target in "$@"; do

@@ -40,8 +40,11 @@ exec dbus-run-session -- bash -c '
     --method org.freedesktop.DBus.Properties.Get org.kde.StatusNotifierWatcher \
     RegisteredStatusNotifierItems | grep -o ":[0-9.]*" | head -1)
   click() { # Activate (a left click: the panel) or ContextMenu (a right click: the menu)
+    # A tray host tells where the click was only through the pointer: put it on the icon.
+    xdotool mousemove 1200 14
     [ -n "$item" ] && gdbus call --session --dest "$item" --object-path /StatusNotifierItem \
       --method "org.kde.StatusNotifierItem.$1" 1200 30 >/dev/null
+    xdotool mousemove 700 600 # off the bar, whose clock shows a tool tip
     sleep 1.5
   }
   click Activate
