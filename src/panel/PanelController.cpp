@@ -25,6 +25,8 @@
 #include <QSettings>
 #include <QSignalBlocker>
 
+#include <utility>
+
 namespace {
 
 const QString kPanelWidth = QStringLiteral("PanelWidth");
@@ -56,6 +58,9 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
+        if (!m_panel.m_window ||
+            (event->type() != QEvent::ContextMenu && event->type() != QEvent::KeyPress))
+            return false;
         QListView *table = m_panel.m_window->ui().tableView;
         if (event->type() == QEvent::ContextMenu) {
             auto *menuEvent = static_cast<QContextMenuEvent *>(event);
@@ -128,7 +133,8 @@ PanelController::~PanelController()
     if (m_hasActivePanel)
         m_data.stopUpdatingTimeRemaining();
     m_backgroundBuilder.reset(); // stops the listing; nothing it finds arrives after this
-    delete m_window;
+    // The key filters see no window while it goes.
+    delete std::exchange(m_window, nullptr).data();
 }
 
 void PanelController::setUpWindow()
