@@ -154,6 +154,8 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
     QApplication app(argc, argv);
     if (onXWayland)
         qunsetenv("QT_QPA_PLATFORM"); // programs Brevano opens choose their own
+    // The panel's size and view: ~/.config/Brevano/Brevano.conf.
+    QApplication::setOrganizationName(QStringLiteral("Brevano"));
     QApplication::setApplicationName(QStringLiteral("Brevano"));
     QApplication::setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(StatusIcons::icon(QStringLiteral("brevano.svg")));

@@ -122,6 +122,15 @@ int BackgroundFileListBuilder::runningWorkers()
     return g_runningWorkers;
 }
 
+bool BackgroundFileListBuilder::waitForWorkers(std::chrono::milliseconds timeout)
+{
+    // A stopped listing ends within one entry per folder level: a few milliseconds.
+    const auto until = std::chrono::steady_clock::now() + timeout;
+    while (g_runningWorkers > 0 && std::chrono::steady_clock::now() < until)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return g_runningWorkers == 0;
+}
+
 bool BackgroundFileListBuilder::isDirButNotPackage(quint32 flags)
 {
     return (flags & (ItemInfo::Container | ItemInfo::Package)) == ItemInfo::Container;

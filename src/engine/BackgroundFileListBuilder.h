@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -47,6 +48,9 @@ public:
     // Listing threads still running, of every builder, the helpers of a
     // flattened listing included (a builder's threads may outlive it).
     static int runningWorkers();
+    // At quit, after stopping them: waits up to timeout for every listing thread
+    // to end (they read through services that go next). False if some still run.
+    static bool waitForWorkers(std::chrono::milliseconds timeout);
 
 signals:
     void fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *task);

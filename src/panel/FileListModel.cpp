@@ -127,6 +127,11 @@ void FileListModel::removeRowAt(int row)
     endRemoveRows();
 }
 
+void FileListModel::removePath(const QString &path)
+{
+    removeRowAt(int(m_filtered.indexOf(path)));
+}
+
 QModelIndex FileListModel::index(int row, int column, const QModelIndex &parent) const
 {
     return row >= 0 && row < m_filtered.size() && column == 0 && !parent.isValid()

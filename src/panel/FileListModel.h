@@ -36,6 +36,8 @@ public:
     // Removes one row (after a restore or trash) without a new listing; the
     // path leaves dirContents too, so a later search does not bring it back.
     void removeRowAt(int row);
+    // The same for the row of path, wherever it is now; nothing when it is gone.
+    void removePath(const QString &path);
 
     // Keeps the paths whose last component contains phrase (literal,
     // case-sensitive); an empty phrase keeps all.

@@ -4,6 +4,7 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "FileListModel.h"
+#include "FileNames.h"
 #include "FileRowDelegate.h"
 #include "FileTypeIcons.h"
 #include "FileViewer.h"
@@ -19,6 +20,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QMenu>
 #include <QPropertyAnimation>
 #include <QScreen>
@@ -100,12 +102,15 @@ protected:
             if (m_panel.m_window->ui().buttonBack->isEnabled())
                 m_panel.pressedUpDirectory();
             return true;
-        case Qt::Key_Delete:
-            if (row >= 0) {
-                m_panel.m_clickedRow = row;
-                m_panel.pressedFileTrash();
-            }
+        case Qt::Key_Delete: {
+            QStringList selected;
+            for (const QModelIndex &index : table->selectionModel()->selectedIndexes())
+                selected.append(m_panel.m_model->pathAt(index.row()));
+            if (selected.isEmpty() && row >= 0)
+                selected.append(m_panel.m_model->pathAt(row));
+            m_panel.trashPaths(selected);
             return true;
+        }
         default:
             return false;
         }
@@ -279,6 +284,8 @@ void PanelController::openPanel()
     if (m_fade)
         m_fade->stop();
     ui.scanningLabel->show();
+    ui.textField->clear();
+    ui.textField->setToolTip(QString());
     m_data.startUpdatingTimeRemaining();
     m_model->storeFilteredArray({});
 
@@ -313,7 +320,8 @@ void PanelController::openPanel()
     m_focusTask = m_scheduler.schedule(
         m_shiftHeld() ? kSearchFocusDelayWithShift : kSearchFocusDelay, [this] {
             m_focusTask = 0;
-            if (!m_hasActivePanel)
+            // Not when the keyboard has already moved on into the rows.
+            if (!m_hasActivePanel || m_window->ui().tableView->currentIndex().isValid())
                 return;
             // Asked again: an XEmbed icon's click can leave Qt thinking no window
             // is active although the panel has the keyboard.
@@ -390,7 +398,9 @@ void PanelController::setArrowPosition()
     const QPoint centre(qRound(m_statusRect.x() + m_statusRect.width() / 2.0),
                         qRound(m_statusRect.y() + m_statusRect.height() / 2.0));
     const bool alongX = m_arrowEdge == Qt::TopEdge || m_arrowEdge == Qt::BottomEdge;
-    m_window->setArrow(m_arrowEdge, alongX ? centre.x() - frame.x() : centre.y() - frame.y());
+    m_window->setArrow(m_arrowEdge, PanelPlacement::arrowInside(
+                                        alongX ? centre.x() - frame.x() : centre.y() - frame.y(),
+                                        alongX ? frame.width() : frame.height()));
 }
 
 void PanelController::configureControls()
@@ -516,15 +526,16 @@ void PanelController::setUpFileMenu()
 
 void PanelController::showFileMenu(int row, const QPoint &globalPos)
 {
-    m_clickedRow = row;
     menuNeedsUpdate(row);
     m_fileMenu->popup(globalPos);
 }
 
+// The menu acts on the item it was opened for, by its path: a listing that
+// arrives while it is open may move the rows.
 void PanelController::menuNeedsUpdate(int clickedRow)
 {
-    m_clickedRow = clickedRow;
-    const bool restorable = m_engine.fileResidesInShadowDesktopRoot(m_model->pathAt(clickedRow));
+    m_clickedPath = m_model->pathAt(clickedRow);
+    const bool restorable = m_engine.fileResidesInShadowDesktopRoot(m_clickedPath);
     m_fileMenuItemRestore->setVisible(restorable);
     m_fileMenuItemRestoreAndIgnore->setVisible(restorable);
     m_fileMenuCannotRestore->setVisible(!restorable);
@@ -532,7 +543,7 @@ void PanelController::menuNeedsUpdate(int clickedRow)
 
 QString PanelController::clickedPath() const
 {
-    return m_model->pathAt(m_clickedRow);
+    return m_clickedPath;
 }
 
 void PanelController::pressedFileOpen()
@@ -563,32 +574,61 @@ void PanelController::restoreClicked(bool addToIgnore)
     if (path.isEmpty())
         return;
     const FileMover::Result result = m_engine.restoreItem(path, addToIgnore);
-    fileRestoredAtRow(m_clickedRow);
-    if (!result.moved())
-        m_window->ui().textField->setText(result.message);
+    if (result.moved())
+        fileRestoredAtRow(path);
+    else
+        showFailure(QStringLiteral("Could not restore “%1”: %2")
+                        .arg(FileNames::display(path.mid(path.lastIndexOf(u'/') + 1)),
+                             result.status == FileMover::Status::TargetExists
+                                 ? QStringLiteral("an item of that name is on the Desktop")
+                                 : reasonOf(result.message)));
 }
 
 void PanelController::pressedFileTrash()
 {
-    const QString path = clickedPath();
-    if (path.isEmpty())
-        return;
-    const Trash::Result result = m_engine.trashItem(path);
-    fileDeletedAtRow(m_clickedRow);
-    if (!result.ok)
-        m_window->ui().textField->setText(result.message);
+    trashPaths({clickedPath()});
 }
 
-void PanelController::fileRestoredAtRow(int row)
+// A failed restore or trash leaves the item where it is, and its row with it.
+void PanelController::trashPaths(const QStringList &paths)
 {
-    closePopovers();
-    m_model->removeRowAt(row);
+    for (const QString &path : paths) {
+        if (path.isEmpty())
+            continue;
+        const Trash::Result result = m_engine.trashItem(path);
+        if (result.ok)
+            fileDeletedAtRow(path);
+        else
+            showFailure(QStringLiteral("Could not move “%1” to the Trash: %2")
+                            .arg(FileNames::display(path.mid(path.lastIndexOf(u'/') + 1)),
+                                 reasonOf(result.message)));
+    }
 }
 
-void PanelController::fileDeletedAtRow(int row)
+// The mover's and the Trash's messages begin with the path; the line has the name.
+QString PanelController::reasonOf(const QString &message)
+{
+    const qsizetype colon = message.lastIndexOf(QStringLiteral(": "));
+    return colon >= 0 ? message.mid(colon + 2) : message;
+}
+
+void PanelController::showFailure(const QString &text)
+{
+    QLabel *line = m_window->ui().textField;
+    line->setToolTip(text);
+    line->setText(line->fontMetrics().elidedText(text, Qt::ElideMiddle, line->width()));
+}
+
+void PanelController::fileRestoredAtRow(const QString &path)
 {
     closePopovers();
-    m_model->removeRowAt(row);
+    m_model->removePath(path);
+}
+
+void PanelController::fileDeletedAtRow(const QString &path)
+{
+    closePopovers();
+    m_model->removePath(path);
 }
 
 // ---- the action menu ----
@@ -724,6 +764,8 @@ void PanelController::updateQuickLayouts()
 
 void PanelController::applyView(const QuickFilterList::ItemPointer &view)
 {
+    if (view != m_currentFilter)
+        closePopovers(); // its options are another view's
     m_currentFilter = view;
     Ui::Panel &ui = m_window->ui();
     ui.activeViewText->setText(view ? view->getName() : QStringLiteral("All Contents"));
@@ -801,11 +843,13 @@ void PanelController::pressedViewOptions()
     setViewOptionsButtonChecked(true);
 }
 
-void PanelController::applyViewOptionsChange(QuickFilterItem *)
+void PanelController::applyViewOptionsChange(QuickFilterItem *item)
 {
     m_data.saveDataFile();
     closePopovers();
-    applyView(m_currentFilter);
+    for (const auto &view : m_data.filterItems())
+        if (view.get() == item)
+            return applyView(view);
 }
 
 void PanelController::cancelViewOptionsChange()
@@ -815,8 +859,13 @@ void PanelController::cancelViewOptionsChange()
 
 void PanelController::closePopovers()
 {
-    if (m_viewOptionsPopover)
+    if (m_viewOptionsPopover) {
+        // The keyboard goes back to the button that opened it.
+        if (m_viewOptionsPopover->isAncestorOf(QApplication::focusWidget()))
+            m_window->ui().buttonViewOptions->setFocus(Qt::PopupFocusReason);
+        m_viewOptionsPopover->hide();
         m_viewOptionsPopover->deleteLater();
+    }
     m_viewOptionsPopover = nullptr;
     setViewOptionsButtonChecked(false);
 }

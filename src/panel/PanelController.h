@@ -88,8 +88,11 @@ public:
     void pressedFileRestore();
     void pressedFileRestoreAndIgnore();
     void pressedFileTrash();
-    void fileRestoredAtRow(int row);
-    void fileDeletedAtRow(int row);
+    // Named for the row; they take its path, which stays right when rows move.
+    void fileRestoredAtRow(const QString &path);
+    void fileDeletedAtRow(const QString &path);
+    // Trashes each (Delete on several selected rows).
+    void trashPaths(const QStringList &paths);
 
     // Views.
     void applyView(const QuickFilterList::ItemPointer &view);
@@ -135,6 +138,8 @@ private:
     QString shadowDesktopPath() const;
     QString clickedPath() const;
     void restoreClicked(bool addToIgnore);
+    void showFailure(const QString &text);
+    static QString reasonOf(const QString &message);
     void checkViewMenu(QMenu *menu, int checkedIndex);
     void showMenuAtButton(QMenu *menu, class QWidget *button);
     void saveDefaults();
@@ -164,7 +169,7 @@ private:
     QRect m_statusRect;
     Qt::Edge m_arrowEdge = Qt::TopEdge;
     QDateTime m_resignedAt;
-    int m_clickedRow = -1;
+    QString m_clickedPath;
     Scheduler::TaskId m_focusTask = 0;
     Scheduler::TaskId m_initialUpdateTask = 0;
 

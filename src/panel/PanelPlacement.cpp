@@ -25,16 +25,15 @@ int keepInside(int position, int length, Span span, int margin)
     return std::max(position, span.start + margin);
 }
 
-// The arrow's tip along an edge of the given length, clear of the rounded corners.
-int arrowInside(int position, int edgeLength)
+} // namespace
+
+int PanelPlacement::arrowInside(int position, int edgeLength)
 {
     const int inset = PanelBackgroundView::kCornerRadius + PanelBackgroundView::kArrowWidth / 2;
     if (edgeLength < 2 * inset)
         return edgeLength / 2;
     return std::clamp(position, inset, edgeLength - inset);
 }
-
-} // namespace
 
 Qt::Edge PanelPlacement::barEdge(const QRect &statusRect, const QRect &screen,
                                  const QRect &available)

@@ -26,6 +26,8 @@ public:
     // (which leaves out the panel bars).
     static Result place(const QRect &statusRect, const QSize &panelSize, const QRect &screen,
                         const QRect &available);
+    // The arrow's tip along an edge of the given length, clear of the rounded corners.
+    static int arrowInside(int position, int edgeLength);
     // The screen edge the panel bar sits on for an item at statusRect.
     static Qt::Edge barEdge(const QRect &statusRect, const QRect &screen, const QRect &available);
 };

@@ -25,8 +25,12 @@ void PathBar::setPath(const QString &root, const QString &path)
             m_paths.append(walked += u'/' + name);
     }
     auto *layout = static_cast<QHBoxLayout *>(m_container->layout());
+    // Later, not now: this may run inside one of these buttons' clicks.
     while (QLayoutItem *item = layout->takeAt(0)) {
-        delete item->widget();
+        if (QWidget *widget = item->widget()) {
+            widget->hide();
+            widget->deleteLater();
+        }
         delete item;
     }
     for (qsizetype i = 0; i < m_paths.size(); ++i) {

@@ -2,6 +2,7 @@
 
 #include "AboutWindow.h"
 #include "AlreadyRunningWindow.h"
+#include "BackgroundFileListBuilder.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "FileViewer.h"
@@ -63,6 +64,11 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
     connect(m_statusMenu.get(), &StatusMenu::emailSupportRequested, this,
             &KVBrevanoAppDelegate::emailSupport);
     connect(m_statusMenu.get(), &StatusMenu::quitRequested, qApp, &QCoreApplication::quit);
+    // Closing the status menu stops every time-remaining tick, the open panel's too.
+    connect(m_statusMenu->menu(), &QMenu::aboutToHide, this, [this] {
+        if (m_panelController && m_panelController->hasActivePanel())
+            m_data.startUpdatingTimeRemaining();
+    });
 
     // The status item comes last, with its state set here: the icon update above
     // ran before it existed.
@@ -92,6 +98,8 @@ void KVBrevanoAppDelegate::applicationWillTerminate()
     if (m_panelController)
         m_panelController->setHasActivePanel(false); // keeps its size and view
     m_panelController.reset();
+    // Listings still running read through the engine's services, which go next.
+    BackgroundFileListBuilder::waitForWorkers(std::chrono::seconds(2));
     m_menubarController.reset();
     m_data.saveDataFile();
 }

@@ -73,6 +73,7 @@ void MenubarController::createStatusItem()
                 m_clicked = true;
                 switch (reason) {
                 case QSystemTrayIcon::Trigger:
+                case QSystemTrayIcon::DoubleClick: // the second of two quick clicks
                     m_view.mouseDown();
                     break;
                 case QSystemTrayIcon::Context:

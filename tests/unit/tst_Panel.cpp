@@ -10,9 +10,12 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QMenu>
+#include <QScreen>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <algorithm>
 
 using namespace std::chrono_literals;
 
@@ -135,7 +138,13 @@ private slots:
     void remembersItsSizeAndWaitsBeforeFocusingTheSearch()
     {
         PanelFixture p;
+        // An icon at the screen's very edge: the arrow stays clear of the corner.
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        p.delegate.m_statusRect = QRect(screen.right() - 2, screen.top(), 3, 3);
         p.open();
+        const PanelWindow *window = p.panel->window();
+        QVERIFY(window->arrowPosition() <= window->width() - 20);
+        QVERIFY(window->arrowPosition() > window->width() / 2);
         p.panel->window()->resize(500, 640);
         p.panel->setHasActivePanel(false);
         p.makePanel();
@@ -223,12 +232,39 @@ private slots:
         QVERIFY(p.f.data.shouldIgnoreFile(p.f.sandbox.desktop() + "/Q1 Report.pdf"));
         QVERIFY(!p.names().contains("Q1 Report.pdf"));
 
-        const int photo = p.rowOf("photo.png");
-        p.ui().tableView->setCurrentIndex(p.panel->model().index(photo));
-        QTest::keyClick(p.ui().tableView, Qt::Key_Delete);
-        QVERIFY(!QFile::exists(p.f.sandbox.shadowDesktop() + "/photo.png"));
+        // The menu acts on the item it was opened for, though a listing moves the rows.
+        const QString shadow = p.f.sandbox.shadowDesktop();
+        p.panel->menuNeedsUpdate(p.rowOf("photo.png"));
+        QStringList reordered = p.panel->model().dirContents();
+        std::reverse(reordered.begin(), reordered.end());
+        p.panel->model().storeFilteredArray(reordered);
+        p.panel->pressedFileTrash();
+        QVERIFY(!QFile::exists(shadow + "/photo.png"));
         QVERIFY(QFile::exists(p.f.sandbox.home() + "/.local/share/Trash/files/photo.png"));
         QVERIFY(!p.names().contains("photo.png"));
+        QVERIFY(QFile::exists(shadow + "/q1 report.pdf"));
+
+        // A restore that cannot be done leaves the item and its row, and says why.
+        p.f.desktopItem("q1 report.pdf");
+        p.panel->menuNeedsUpdate(p.rowOf("q1 report.pdf"));
+        p.panel->pressedFileRestore();
+        QVERIFY(p.names().contains("q1 report.pdf"));
+        QCOMPARE(p.ui().textField->toolTip(),
+                 QString("Could not restore “q1 report.pdf”: an item of that name is on the "
+                         "Desktop"));
+
+        // Delete trashes every selected row.
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/a.txt", "a");
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/b.txt", "b");
+        p.panel->buildFileList();
+        p.waitForListing();
+        QItemSelectionModel *selection = p.ui().tableView->selectionModel();
+        selection->select(p.panel->model().index(p.rowOf("a.txt")), QItemSelectionModel::Select);
+        selection->select(p.panel->model().index(p.rowOf("b.txt")), QItemSelectionModel::Select);
+        QTest::keyClick(p.ui().tableView, Qt::Key_Delete);
+        QVERIFY(!QFile::exists(shadow + "/a.txt"));
+        QVERIFY(!QFile::exists(shadow + "/b.txt"));
+        QVERIFY(QFile::exists(shadow + "/q1 report.pdf"));
 
         // Inside a folder nothing can be restored from here.
         p.panel->doubleClickedRow(p.rowOf("Reports"));
@@ -299,6 +335,16 @@ private slots:
         QVERIFY(!p.panel->viewOptionsPopover());
         QCOMPARE(images->getDateMode(), 1u);
         QVERIFY(!QFile::exists(p.f.sandbox.dataFile()));
+
+        // Escape in it closes it and the keyboard is back on its button.
+        p.panel->window()->activateWindow();
+        QTRY_VERIFY(QApplication::activeWindow() == p.panel->window());
+        p.ui().buttonViewOptions->click();
+        p.panel->viewOptionsPopover()->findChild<QComboBox *>("dateModeCombo")->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QVERIFY(!p.panel->viewOptionsPopover());
+        QVERIFY(p.panel->hasActivePanel());
+        QCOMPARE(QApplication::focusWidget(), p.ui().buttonViewOptions);
 
         p.panel->pressedViewOptions();
         options = p.panel->viewOptionsPopover();

@@ -394,6 +394,12 @@ void tst_Shell::thePanelAndTheActiveIcon()
     delegate.togglePanel();
     QVERIFY(panel.hasActivePanel());
 
+    // Closing the status menu stops the ticks; the open panel's line goes on.
+    emit delegate.statusMenu()->menu()->aboutToHide();
+    QSignalSpy posted(&f.notifications, &NotificationCenter::posted);
+    f.scheduler.advance(2s);
+    QVERIFY(posted.count() > 0);
+
     // The disabled icon wins; opening an open panel keeps it open.
     f.engine.setEnabled(false);
     f.data.updateStatusIcon();
