@@ -24,6 +24,7 @@
 #include <QMenu>
 #include <QPropertyAnimation>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalBlocker>
 
@@ -212,7 +213,7 @@ void PanelController::setUpWindow()
     // Every opening lists afresh, so a closed panel need not follow a tidy.
     m_notifications.observe(NotificationCenter::TidyComplete, this, [this](const QVariant &) {
         if (m_hasActivePanel)
-            buildFileList();
+            refreshFileList();
     });
 
     setUpActionMenu();
@@ -422,6 +423,7 @@ QString PanelController::shadowDesktopPath() const
 
 void PanelController::buildFileList()
 {
+    m_refreshing = false;
     m_backgroundBuilder.reset(); // stops it; a superseded listing shows nothing more
     std::shared_ptr<const QuickFilterItem> view;
     if (m_currentFilter)
@@ -438,15 +440,39 @@ void PanelController::buildFileList()
     m_window->ui().progressIndicator->show();
 }
 
+// The same folder and view listed again (after a tidy): the rows stay until the
+// new list is whole, and the row the user was on stays current, where it was.
+void PanelController::refreshFileList()
+{
+    buildFileList();
+    m_refreshing = true;
+}
+
 void PanelController::fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *)
 {
+    if (!m_refreshing)
+        m_model->storeFilteredArray(paths);
+}
+
+void PanelController::storeKeepingTheCurrentRow(const QStringList &paths)
+{
+    QListView *table = m_window->ui().tableView;
+    const QString current = m_model->pathAt(table->currentIndex().row());
+    const int scrolled = table->verticalScrollBar()->value();
     m_model->storeFilteredArray(paths);
+    if (const int row = int(m_model->dirContentsFiltered().indexOf(current)); row >= 0)
+        table->selectionModel()->setCurrentIndex(m_model->index(row),
+                                                 QItemSelectionModel::ClearAndSelect);
+    table->verticalScrollBar()->setValue(scrolled);
 }
 
 void PanelController::fileListCompletedForTask(const QStringList &paths,
                                                BackgroundFileListBuilder *task)
 {
-    m_model->storeFilteredArray(paths);
+    if (std::exchange(m_refreshing, false))
+        storeKeepingTheCurrentRow(paths);
+    else
+        m_model->storeFilteredArray(paths);
     m_window->ui().progressIndicator->hide();
     if (task == m_backgroundBuilder.get())
         m_backgroundBuilder.release()->deleteLater();

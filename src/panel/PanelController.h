@@ -74,6 +74,7 @@ public:
     void initialUpdate();
     void configureControls();
     void buildFileList();
+    void refreshFileList();
 
     // Navigation.
     void pathControlClicked(const QString &path);
@@ -130,6 +131,7 @@ private:
     void fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *task);
     void fileListCompletedForTask(const QStringList &paths, BackgroundFileListBuilder *task);
     void showFileMenu(int row, const QPoint &globalPos);
+    void storeKeepingTheCurrentRow(const QStringList &paths);
     static class QScreen *screenFor(const QRect &statusRect);
     void runSearch(const QString &phrase);
     void navigateTo(const QString &path);
@@ -170,6 +172,7 @@ private:
     Qt::Edge m_arrowEdge = Qt::TopEdge;
     QDateTime m_resignedAt;
     QString m_clickedPath;
+    bool m_refreshing = false;
     Scheduler::TaskId m_focusTask = 0;
     Scheduler::TaskId m_initialUpdateTask = 0;
 

@@ -162,6 +162,24 @@ private slots:
         QVERIFY(p.ui().searchField->hasFocus());
     }
 
+    void aTidyKeepsTheRowsAndTheCurrentRow()
+    {
+        PanelFixture p;
+        p.open();
+        p.ui().tableView->setCurrentIndex(p.panel->model().index(p.rowOf("photo.png")));
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/0 new.txt", "n");
+        QSignalSpy completed(p.panel.get(), &PanelController::fileListCompleted);
+        bool cleared = false; // while the new list comes
+        connect(&p.panel->model(), &QAbstractItemModel::modelReset, this,
+                [&] { cleared = cleared || p.panel->model().rowCount() == 0; });
+        p.f.notifications.post(NotificationCenter::TidyComplete);
+        QVERIFY(completed.wait(5000));
+        QVERIFY(!cleared);
+        QVERIFY(p.names().contains("0 new.txt"));
+        QCOMPARE(p.panel->model().pathAt(p.ui().tableView->currentIndex().row()),
+                 p.f.sandbox.shadowDesktop() + "/photo.png");
+    }
+
     void searchNarrowsTheListingByName()
     {
         PanelFixture p;
