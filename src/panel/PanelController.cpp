@@ -61,8 +61,11 @@ public:
 protected:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
-        if (!m_panel.m_window ||
-            (event->type() != QEvent::ContextMenu && event->type() != QEvent::KeyPress))
+        if (!m_panel.m_window)
+            return false;
+        if (event->type() == QEvent::KeyPress || event->type() == QEvent::MouseButtonPress)
+            m_panel.m_userInRows = true; // the search field then keeps out of the way
+        if (event->type() != QEvent::ContextMenu && event->type() != QEvent::KeyPress)
             return false;
         QListView *table = m_panel.m_window->ui().tableView;
         if (event->type() == QEvent::ContextMenu) {
@@ -285,6 +288,7 @@ void PanelController::openPanel()
     if (m_fade)
         m_fade->stop();
     ui.scanningLabel->show();
+    m_userInRows = false;
     ui.textField->clear();
     ui.textField->setToolTip(QString());
     m_data.startUpdatingTimeRemaining();
@@ -322,7 +326,7 @@ void PanelController::openPanel()
         m_shiftHeld() ? kSearchFocusDelayWithShift : kSearchFocusDelay, [this] {
             m_focusTask = 0;
             // Not when the keyboard has already moved on into the rows.
-            if (!m_hasActivePanel || m_window->ui().tableView->currentIndex().isValid())
+            if (!m_hasActivePanel || m_userInRows)
                 return;
             // Asked again: an XEmbed icon's click can leave Qt thinking no window
             // is active although the panel has the keyboard.

@@ -173,6 +173,7 @@ private:
     QDateTime m_resignedAt;
     QString m_clickedPath;
     bool m_refreshing = false;
+    bool m_userInRows = false; // keys or clicks in the rows since the panel opened
     Scheduler::TaskId m_focusTask = 0;
     Scheduler::TaskId m_initialUpdateTask = 0;
 

@@ -151,6 +151,19 @@ private slots:
         p.open();
         QCOMPARE(p.panel->window()->size(), QSize(500, 640));
 
+        // A current row the view chose itself does not keep the search field
+        // from the keys; a key pressed in the rows does.
+        p.panel->window()->activateWindow();
+        QTRY_VERIFY(QApplication::activeWindow() == p.panel->window());
+        p.ui().tableView->setCurrentIndex(p.panel->model().index(0));
+        p.f.scheduler.advance(300ms);
+        QVERIFY(p.ui().searchField->hasFocus());
+        p.panel->setHasActivePanel(false);
+        p.open();
+        QTest::keyClick(p.ui().tableView, Qt::Key_Down);
+        p.f.scheduler.advance(300ms);
+        QVERIFY(!p.ui().searchField->hasFocus());
+
         p.panel->setHasActivePanel(false);
         p.m_shift = true;
         p.panel->setHasActivePanel(true);
