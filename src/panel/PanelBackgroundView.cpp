@@ -150,3 +150,18 @@ void PanelBackgroundView::paintEvent(QPaintEvent *)
     inner.addRoundedRect(content, innerRadius, innerRadius);
     painter.fillPath(inner, kContentColour);
 }
+
+void PanelBackgroundView::reactivate()
+{
+#ifdef BREVANO_ASK_X11_COMPOSITOR
+    if (QGuiApplication::platformName() == u"xcb") {
+        const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+        if (xcb_connection_t *connection = x11 ? x11->connection() : nullptr) {
+            xcb_set_input_focus(connection, XCB_INPUT_FOCUS_POINTER_ROOT,
+                                XCB_INPUT_FOCUS_POINTER_ROOT, XCB_CURRENT_TIME);
+            xcb_flush(connection);
+        }
+    }
+#endif
+    activateWindow();
+}

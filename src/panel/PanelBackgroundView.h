@@ -28,6 +28,11 @@ public:
     // True when a compositing manager runs on the display (X11); windows may
     // then be translucent.
     static bool compositorRunning();
+    // Activates the window even where Qt believes another of our windows has
+    // the keyboard while the X server already gives it to this one (an XEmbed
+    // tray icon's focus message arriving late): without a change of X focus no
+    // FocusIn comes, so the focus goes to the root first and then back here.
+    void reactivate();
     // The dark band across the top of the contents (where the toolbar sits);
     // the light content area starts below it.
     void setBandHeight(int height);

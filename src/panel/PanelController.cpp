@@ -200,6 +200,17 @@ void PanelController::setUpWindow()
             &PanelController::comboBoxSelectionDidChange);
 
     connect(m_window, &PanelWindow::resignedKey, this, [this] {
+        // The keyboard went to a window of ours that is no widget: the XEmbed
+        // tray icon, told by its tray that it was clicked, sometimes only after
+        // the panel opened. A click toggles the panel itself; an open panel
+        // takes the keyboard back.
+        if (QGuiApplication::focusWindow() && !QApplication::activeWindow()) {
+            m_scheduler.schedule(std::chrono::milliseconds(0), [window = m_window, this] {
+                if (window && m_hasActivePanel)
+                    window->reactivate();
+            });
+            return;
+        }
         if (m_hasActivePanel && m_window->isVisible() && !m_data.getPin()) {
             m_resignedAt = m_scheduler.now();
             setHasActivePanel(false);
@@ -330,8 +341,8 @@ void PanelController::openPanel()
                 return;
             // Asked again: an XEmbed icon's click can leave Qt thinking no window
             // is active although the panel has the keyboard.
-            if (QApplication::activeWindow() != m_window)
-                m_window->activateWindow();
+            if (QGuiApplication::focusWindow() != m_window->windowHandle())
+                m_window->reactivate();
             m_window->ui().searchField->setFocus(Qt::OtherFocusReason);
         });
     m_scheduler.cancel(m_initialUpdateTask);

@@ -144,6 +144,12 @@ void KVBrevanoAppDelegate::togglePanel()
     // closes it; that same click must not open it again.
     if (!panel.hasActivePanel() && panel.justClosedByFocusLoss())
         return;
+    flipPanel();
+}
+
+void KVBrevanoAppDelegate::flipPanel()
+{
+    PanelController &panel = getPanelController();
     if (!m_menubarController) {
         panel.setHasActivePanel(!panel.hasActivePanel());
         return;
@@ -158,7 +164,7 @@ void KVBrevanoAppDelegate::openPanel()
     if (panel.hasActivePanel())
         panel.bringToFront();
     else
-        togglePanel();
+        flipPanel(); // asked for, not a click: it opens even just after a close
 }
 
 QRect KVBrevanoAppDelegate::statusItemRectForPanelController(PanelController &)

@@ -70,6 +70,8 @@ public:
     static QString supportMailUrl();
 
 private:
+    // togglePanel's flip of the active icon and the panel, without its guard.
+    void flipPanel();
     void updateTrayHostWindow(bool available);
 
     BrevanoData &m_data;

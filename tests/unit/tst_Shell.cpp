@@ -390,6 +390,9 @@ void tst_Shell::thePanelAndTheActiveIcon()
     QApplication::sendEvent(panel.window(), &deactivate);
     delegate.togglePanel();
     QVERIFY(!panel.hasActivePanel());
+    delegate.openPanel(); // asked for (a shortcut): opens all the same
+    QVERIFY(panel.hasActivePanel());
+    QApplication::sendEvent(panel.window(), &deactivate);
     f.scheduler.advance(1s);
     delegate.togglePanel();
     QVERIFY(panel.hasActivePanel());
