@@ -130,7 +130,9 @@ panel_checks() { # NAME LEFT-CLICK PLACED
   eval "$2"
   check "$name: a second left click closes the panel" 'wait_for panel_closed'
   "$brevano" open panel
-  check "$name: brevano open panel opens it again" 'wait_for panel_shows && wait_for search_focused'
+  check "$name: brevano open panel opens it again" 'wait_for panel_shows && wait_for search_focused ||
+    { echo "  panel shows: $(panel_shows && echo yes || echo no); focused:"; \
+      "$here/atspi-window.py" Brevano "Brevano panel" focused 2>&1 | sed "s/^/    /"; false; }'
   xdotool key Escape
   check "$name: Escape closes the panel" 'wait_for panel_closed'
   "$brevano" open panel
