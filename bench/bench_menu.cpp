@@ -117,8 +117,7 @@ int main(int argc, char *argv[])
     AppServices services(alerts);
     BrevanoData &data = services.data();
     Brevano &engine = services.engine();
-    data.loadDataFile();
-    engine.linkSaveData(data.saveData());
+    services.loadStore();
     const QString shadow = engine.getTargetFilename();
     QDir().mkpath(shadow);
     if (args.at(0) == u"images")

@@ -256,8 +256,7 @@ int main(int argc, char *argv[])
     AppServices services(alerts);
     BrevanoData &data = services.data();
     Brevano &engine = services.engine();
-    data.loadDataFile();
-    engine.linkSaveData(data.saveData());
+    services.loadStore();
     data.setShadowDesktopPath(tree);
     // "All Contents", every file of the Shadow Desktop flattened.
     const auto &views = data.filterItems();

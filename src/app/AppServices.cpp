@@ -18,3 +18,10 @@ AppServices::~AppServices()
     Brevano::setSharedInstance(nullptr);
     BrevanoData::setSharedInstance(nullptr);
 }
+
+void AppServices::loadStore()
+{
+    m_data.loadDataFile();
+    m_engine.linkSaveData(m_data.saveData());
+    m_data.setTidyStatusSource(&m_engine);
+}

@@ -24,6 +24,9 @@ public:
     BrevanoData &data() { return m_data; }
     Brevano &engine() { return m_engine; }
     FileViewer &fileViewer() { return m_fileViewer; }
+    // Loads the data file and links the engine to it, as the tray application
+    // starts (for programs that start from these services without it).
+    void loadStore();
 
 private:
     LocalItemInfo m_itemInfo;
