@@ -1,0 +1,66 @@
+#include "QtFileChooser.h"
+
+#include <QAbstractItemView>
+#include <QFileDialog>
+#include <QFileSystemModel>
+#include <QListView>
+#include <QTreeView>
+
+namespace {
+
+// Qt's dialog takes either files or one folder; this one takes several items of
+// both kinds: whatever is selected in its list when Open is pressed.
+class FilesAndFoldersDialog : public QFileDialog
+{
+public:
+    using QFileDialog::QFileDialog;
+
+    void allowManyOfAnyKind()
+    {
+        setFileMode(QFileDialog::Directory);
+        for (QAbstractItemView *view : findChildren<QAbstractItemView *>())
+            if (qobject_cast<QListView *>(view) || qobject_cast<QTreeView *>(view))
+                view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    }
+    QStringList chosen() const { return m_chosen; }
+
+    void accept() override
+    {
+        QStringList paths;
+        if (const auto *view = findChild<QListView *>(QStringLiteral("listView"))) {
+            for (const QModelIndex &index : view->selectionModel()->selectedRows())
+                paths.append(index.data(QFileSystemModel::FilePathRole).toString());
+        }
+        if (paths.isEmpty()) // a name typed rather than chosen
+            paths = selectedFiles();
+        paths.removeAll(QString());
+        if (paths.isEmpty())
+            return;
+        m_chosen = paths;
+        QDialog::accept();
+    }
+
+private:
+    QStringList m_chosen;
+};
+
+} // namespace
+
+QStringList QtFileChooser::choose(const Options &options, QWidget *parent)
+{
+    FilesAndFoldersDialog dialog(parent, options.title, options.directory);
+    // Qt's own dialog everywhere: the many-kinds selection needs its views, and
+    // tests and screen readers then meet the same window on every desktop.
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setOption(QFileDialog::ReadOnly, !options.canCreateFolders);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    if (options.mode == Mode::OneFolder) {
+        dialog.setFileMode(QFileDialog::Directory);
+        dialog.setOption(QFileDialog::ShowDirsOnly);
+    } else {
+        dialog.allowManyOfAnyKind();
+    }
+    if (dialog.exec() != QDialog::Accepted)
+        return {};
+    return options.mode == Mode::OneFolder ? dialog.selectedFiles().mid(0, 1) : dialog.chosen();
+}
