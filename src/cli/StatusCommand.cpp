@@ -4,6 +4,7 @@
 #include "BrevanoData.h"
 #include "CliContext.h"
 #include "DirectoryListing.h"
+#include "OperationMode.h"
 #include "StatusDisplay.h"
 
 QString StatusCommand::summary() const
@@ -14,11 +15,12 @@ QString StatusCommand::summary() const
 QString StatusCommand::help() const
 {
     return QStringLiteral("Usage: brevano status\n\n"
-                          "Prints five lines: enabled (true or false), frequency (the tidy\n"
+                          "Prints six lines: enabled (true or false), frequency (the tidy\n"
                           "interval), last-tidy (ISO 8601 UTC), next (\"Automatic tidy in ...\"\n"
                           "while the tray application runs; without it nothing tidies on a\n"
-                          "schedule, and the line says how to start it) and items (how many\n"
-                          "items lie in the Shadow Desktop).\n");
+                          "schedule, and the line says how to start it), items (how many\n"
+                          "items lie in the Shadow Desktop) and mode (basic, or advanced,\n"
+                          "in which no tidy moves anything).\n");
 }
 
 int StatusCommand::run(CliContext &context, const QStringList &args)
@@ -42,5 +44,11 @@ int StatusCommand::run(CliContext &context, const QStringList &args)
                   << "next: " << next << '\n'
                   << "items: " << DirectoryListing::entries(engine.getTargetFilename()).size()
                   << '\n';
+    // Without this line nobody would know why the Desktop is no longer tidied.
+    if (OperationMode::tidies(data.getOperationMode()))
+        context.out() << "mode: basic\n";
+    else
+        context.out() << "mode: advanced: " << OperationMode::nothingMovesNote()
+                      << " (brevano set OperationMode 0)\n";
     return CliContext::Success;
 }

@@ -4,6 +4,7 @@
 #include "BrevanoData.h"
 #include "CliContext.h"
 #include "FileNames.h"
+#include "OperationMode.h"
 
 QString TidyCommand::summary() const
 {
@@ -32,6 +33,10 @@ int TidyCommand::run(CliContext &context, const QStringList &args)
     if (!args.isEmpty())
         return context.fail(QStringLiteral("tidy takes only --dry-run"), CliContext::BadUsage);
     context.loadStore();
+    if (!OperationMode::tidies(context.data().getOperationMode())) {
+        context.out() << OperationMode::nothingMovesNote() << '\n';
+        return CliContext::Success;
+    }
     Brevano &engine = context.engine();
     QTextStream &out = context.out();
     bool anyFailed = false;
@@ -71,8 +76,8 @@ int TidyCommand::dryRun(CliContext &context)
     context.loadStore();
     Brevano &engine = context.engine();
     BrevanoData &data = context.data();
-    if (data.getOperationMode() != 0) {
-        context.out() << "Nothing moves in operation mode " << data.getOperationMode() << ".\n";
+    if (!OperationMode::tidies(data.getOperationMode())) {
+        context.out() << OperationMode::nothingMovesNote() << '\n';
         return CliContext::Success;
     }
     engine.forEachTidyItem(false, [&](const QString &entry, quint32 verdict) {

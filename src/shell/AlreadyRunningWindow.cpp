@@ -1,5 +1,7 @@
 #include "AlreadyRunningWindow.h"
 
+#include "NotificationCenter.h"
+
 #include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QFile>
@@ -7,7 +9,8 @@
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
-AlreadyRunningWindow::AlreadyRunningWindow(QWidget *parent) : QDialog(parent)
+AlreadyRunningWindow::AlreadyRunningWindow(NotificationCenter &notifications, QWidget *parent)
+    : QDialog(parent)
 {
     setWindowTitle(QStringLiteral("Brevano Is Already Running"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -23,7 +26,15 @@ AlreadyRunningWindow::AlreadyRunningWindow(QWidget *parent) : QDialog(parent)
     auto *buttons = new QDialogButtonBox;
     QPushButton *reveal =
         buttons->addButton(QStringLiteral("Reveal Shadow Desktop"), QDialogButtonBox::ActionRole);
+    QPushButton *preferences =
+        buttons->addButton(QStringLiteral("Preferences..."), QDialogButtonBox::ActionRole);
+    preferences->setObjectName(QStringLiteral("preferencesButton"));
     buttons->addButton(QDialogButtonBox::Close);
+    // Whoever opens Preferences listens for this; the window need not know who.
+    connect(preferences, &QPushButton::clicked, this, [this, &notifications] {
+        close();
+        notifications.post(NotificationCenter::OpenPreferences);
+    });
     connect(reveal, &QPushButton::clicked, this, [this] {
         close();
         emit revealShadowDesktop();

@@ -233,7 +233,7 @@ void KVBrevanoAppDelegate::openAboutWindow()
 void KVBrevanoAppDelegate::openAlreadyRunningWindow()
 {
     if (!m_alreadyRunning) {
-        m_alreadyRunning = new AlreadyRunningWindow;
+        m_alreadyRunning = new AlreadyRunningWindow(m_engine.notifications());
         connect(m_alreadyRunning, &AlreadyRunningWindow::revealShadowDesktop, this,
                 &KVBrevanoAppDelegate::revealShadowDesktop);
         m_alreadyRunning->show();

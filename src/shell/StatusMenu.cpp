@@ -5,6 +5,7 @@
 #include "BrevanoData.h"
 #include "FolderSize.h"
 #include "NotificationCenter.h"
+#include "OperationMode.h"
 #include "PreviewCache.h"
 #include "ShadowDesktopQuestions.h"
 #include "SizeText.h"
@@ -94,8 +95,8 @@ void StatusMenu::build()
     openPanel->setToolTip(QStringLiteral("The panel listing the Shadow Desktop"));
     connect(openPanel, &QAction::triggered, this, &StatusMenu::openPanelRequested);
     menu->addSeparator();
-    connect(menu->addAction(QStringLiteral("Tidy Now")), &QAction::triggered, this,
-            [this] { m_engine.performManualTidy(); });
+    m_tidyNow = menu->addAction(QStringLiteral("Tidy Now"));
+    connect(m_tidyNow, &QAction::triggered, this, [this] { m_engine.performManualTidy(); });
     m_enabledMenuItem = menu->addAction(QStringLiteral("Tidy Periodically"));
     m_enabledMenuItem->setCheckable(true);
     connect(m_enabledMenuItem, &QAction::triggered, this, &StatusMenu::toggleEnabledRequested);
@@ -142,7 +143,11 @@ void StatusMenu::build()
     connect(menu->addAction(QStringLiteral("Empty Shadow Desktop...")), &QAction::triggered, this,
             &StatusMenu::emptyShadowDesktop);
     menu->addSeparator();
+    connect(menu->addAction(QStringLiteral("Preferences...")), &QAction::triggered, this,
+            &StatusMenu::preferencesRequested);
     QMenu *help = addSubmenu(menu, QStringLiteral("Help"));
+    connect(help->addAction(QStringLiteral("Tutorial")), &QAction::triggered, this,
+            &StatusMenu::tutorialRequested);
     connect(help->addAction(QStringLiteral("User Guide")), &QAction::triggered, this,
             &StatusMenu::helpRequested);
     connect(help->addAction(QStringLiteral("Support")), &QAction::triggered, this,
@@ -262,6 +267,11 @@ void StatusMenu::takeDeliveries()
 
 void StatusMenu::menuWillOpen()
 {
+    // In advanced mode no tidy moves anything; the menu says so where one is asked for.
+    m_tidyNow->setToolTip(OperationMode::tidies(m_data.getOperationMode())
+                              ? QStringLiteral("Move what lies on the Desktop into the Shadow "
+                                               "Desktop now")
+                              : OperationMode::nothingMovesNote());
     const bool showNext = m_engine.getEnabled() && m_data.getShowTimeUntilTidy();
     m_nextTidy->setVisible(showNext);
     if (showNext)

@@ -59,6 +59,8 @@ signals:
     void openPanelRequested();
     void toggleEnabledRequested();
     void restoreFilesRequested();
+    void preferencesRequested();
+    void tutorialRequested();
     void aboutRequested();
     void helpRequested();
     void supportRequested();
@@ -111,6 +113,7 @@ private:
     AlertPresenter &m_alerts;
     std::unique_ptr<QMenu> m_menu;
     MenuRenderer m_renderer;
+    QAction *m_tidyNow = nullptr;
     QAction *m_enabledMenuItem = nullptr;
     QAction *m_nextTidy = nullptr;
     QAction *m_shadowDesktop = nullptr;

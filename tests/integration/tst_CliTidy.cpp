@@ -42,7 +42,7 @@ private slots:
     void browseRestoreTrashEmpty();
     void onlyPlainNamesAreTaken();
     void sizeKeepsItsPointInAnyLocale();
-    void statusSaysWhetherAnythingTidies();
+    void statusSaysWhetherAnythingTidies(); // and whether anything moves
     void namesThatAreNotUtf8();
 
 private:
@@ -230,6 +230,18 @@ void tst_CliTidy::statusSaysWhetherAnythingTidies()
     Result r = run({"status"});
     QCOMPARE(r.status, 0);
     QVERIFY2(r.out.contains("\nnext: none while Brevano is not running: "), qPrintable(r.out));
+    QVERIFY2(r.out.endsWith("\nmode: basic\n"), qPrintable(r.out));
+
+    // In advanced mode nothing moves, and both commands say why.
+    const QString item = desktopItem("stays.txt");
+    QCOMPARE(run({"set", "OperationMode", "1"}).status, 0);
+    r = run({"tidy"});
+    QCOMPARE(r.status, 0);
+    QVERIFY2(r.out.startsWith("Advanced mode is chosen: "), qPrintable(r.out));
+    QVERIFY(QFileInfo::exists(item));
+    QVERIFY2(run({"status"}).out.contains("\nmode: advanced: Advanced mode is chosen: "),
+             qPrintable(r.out));
+    QCOMPARE(run({"set", "OperationMode", "0"}).status, 0);
 
     QProcess app; // the tray application, without a tray host on an offscreen display
     QProcessEnvironment env = environment();

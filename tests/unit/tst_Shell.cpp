@@ -584,6 +584,17 @@ void tst_Shell::everyMenuShowsToolTips()
     // A message row carries its explanation as a tool tip.
     const QList<QAction *> rows = m.submenu(m.menu(), "Browse Shadow Desktop")->actions();
     QVERIFY(rows.last()->toolTip().startsWith("Brevano limits the number of items"));
+    // Tidy Now says why it moves nothing in advanced mode, at the next opening.
+    const auto tidyNow = [&m] {
+        for (QAction *action : m.menu()->actions())
+            if (action->text() == "Tidy Now")
+                return action->toolTip();
+        return QString();
+    };
+    QVERIFY(!tidyNow().startsWith("Advanced mode is chosen"));
+    m.f.data.setOperationMode(1);
+    m.openAndClose();
+    QVERIFY(tidyNow().startsWith("Advanced mode is chosen"));
 }
 
 void tst_Shell::dismissingTheRestoreQuestionRestoresNothing()
