@@ -130,7 +130,6 @@ void WelcomeWindowController::transitionToNextPage(int index)
     next->setFrameShape(old->frameShape());
     next->setFrameShadow(old->frameShadow());
     next->setAlignment(Qt::AlignCenter);
-    next->setVisible(old->isVisibleTo(this));
     showPage(next, index);
     m_ui->pageLayout->replaceWidget(old, next);
     m_currentImageView = next;
