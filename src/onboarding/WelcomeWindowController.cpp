@@ -50,9 +50,9 @@ WelcomeWindowController::WelcomeWindowController(BrevanoData &store, Brevano &en
     setAttribute(Qt::WA_DeleteOnClose);
     m_ignoreList = new IgnoreDesktopItemsObjectController(store, engine.itemInfo());
     m_ignoreList->setObjectName(QStringLiteral("ignoreList"));
+    // Inside its placeholder, it takes the placeholder's place in the tab order.
     m_ui->ignoreListContainer->layout()->addWidget(m_ignoreList);
     m_ui->ignoreCaption->setBuddy(m_ignoreList);
-    placeChecklistInTabOrder();
     m_ui->tidyPeriodically->setChecked(true);
     m_ui->displayAtLogin->setChecked(store.getShowWelcome());
 
@@ -81,21 +81,6 @@ void WelcomeWindowController::bringToFront()
     s_open->show();
     s_open->raise();
     s_open->activateWindow();
-}
-
-void WelcomeWindowController::placeChecklistInTabOrder()
-{
-    // The checklist is made after the form, so it would come last; put its
-    // controls before the check boxes under it.
-    QList<QWidget *> chain;
-    for (QWidget *child : m_ignoreList->findChildren<QWidget *>()) {
-        if (child->focusPolicy() & Qt::TabFocus)
-            chain.append(child);
-    }
-    chain << m_ui->tidyPeriodically << m_ui->displayAtLogin << m_ui->backButton << m_ui->nextButton
-          << m_ui->finishButton;
-    for (qsizetype i = 1; i < chain.size(); ++i)
-        setTabOrder(chain[i - 1], chain[i]);
 }
 
 void WelcomeWindowController::showPage(QLabel *imageView, int index)

@@ -59,7 +59,6 @@ public slots:
 private:
     void showPage(QLabel *imageView, int index);
     void fadeOut(QLabel *imageView);
-    void placeChecklistInTabOrder();
 
     static QPointer<WelcomeWindowController> s_open;
     static bool s_tutorialMode;

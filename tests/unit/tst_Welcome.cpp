@@ -141,6 +141,16 @@ void tst_Welcome::pagesAndButtons()
     }
     window->pressedNext(); // nothing after the last page
     checkPage(last);
+    // Tab goes from the checklist through the check boxes to the buttons.
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    window->ignoreList()->tableView()->setFocus();
+    QStringList order;
+    for (int i = 0; i < 6; ++i) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        order.append(QApplication::focusWidget()->objectName());
+    }
+    QCOMPARE(order, (QStringList{"checkAllButton", "uncheckAllButton", "tidyPeriodically",
+                                 "displayAtLogin", "backButton", "finishButton"}));
     QTest::mouseClick(ui.backButton, Qt::LeftButton);
     checkPage(last - 1);
     while (window->currentPage() > 0)
