@@ -1,20 +1,10 @@
 #include "ActionListObjectController.h"
 
-#include "RowListModel.h"
 #include "SelectActionWindowController.h"
 
-#include <QPushButton>
-#include <QTableView>
-
 ActionListObjectController::ActionListObjectController(QWidget *parent)
-    : ListObjectController(QStringLiteral("Actions"), parent)
+    : RulePartListObjectController(QStringLiteral("Action"), DropType, parent)
 {
-    buttonAdd()->setToolTip(QStringLiteral("Choose an action"));
-    buttonRemove()->setToolTip(QStringLiteral("Actions cannot be removed in this version"));
-    auto *model = new RowListModel(QStringLiteral("Action"), this);
-    model->setInertDropTypes({DropType});
-    model->enableDragAndDrop(tableView());
-    setModel(model);
 }
 
 void ActionListObjectController::pressedAdd()

@@ -1,10 +1,9 @@
 #pragma once
 
-#include "ListObjectController.h"
+#include "RulePartListObjectController.h"
 
-// The actions of a rule. There are none in this version: the list stays
-// empty; Add opens the action chooser.
-class ActionListObjectController : public ListObjectController
+// A rule's actions, none in this version; Add opens the action chooser.
+class ActionListObjectController : public RulePartListObjectController
 {
     Q_OBJECT
 public:

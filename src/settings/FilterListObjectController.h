@@ -1,10 +1,9 @@
 #pragma once
 
-#include "ListObjectController.h"
+#include "RulePartListObjectController.h"
 
-// The filters of a rule. There are none in this version: the list stays empty;
-// Add opens the filter editor.
-class FilterListObjectController : public ListObjectController
+// A rule's filters, none in this version; Add opens the filter editor.
+class FilterListObjectController : public RulePartListObjectController
 {
     Q_OBJECT
 public:
