@@ -6,11 +6,11 @@
 #include "FileNames.h"
 #include "FileTypeIcons.h"
 #include "ItemInfo.h"
+#include "KeyPressAction.h"
 
 #include <QAbstractTableModel>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QKeyEvent>
 #include <QPushButton>
 #include <QTableView>
 #include <QVBoxLayout>
@@ -23,33 +23,6 @@ enum Column
     CheckboxColumn,
     FilenameColumn,
     ColumnCount
-};
-
-// Space ticks the rows of the selection, whichever column has the focus: the
-// check box's own delegate answers Space only in its column.
-class SpaceToggles : public QObject
-{
-public:
-    SpaceToggles(QTableView *table, std::function<void()> toggle)
-        : QObject(table), m_toggle(std::move(toggle))
-    {
-        table->installEventFilter(this);
-    }
-
-protected:
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        if (event->type() == QEvent::KeyPress &&
-            static_cast<QKeyEvent *>(event)->key() == Qt::Key_Space &&
-            static_cast<QKeyEvent *>(event)->modifiers() == Qt::NoModifier) {
-            m_toggle();
-            return true;
-        }
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    std::function<void()> m_toggle;
 };
 } // namespace
 
@@ -161,7 +134,9 @@ IgnoreDesktopItemsObjectController::IgnoreDesktopItemsObjectController(BrevanoDa
     table->setIconSize(QSize(16, 16));
     setModel(m_model);
     table->horizontalHeader()->setSectionResizeMode(CheckboxColumn, QHeaderView::ResizeToContents);
-    new SpaceToggles(table, [this, table] {
+    // Space ticks the selected rows, whichever column has the focus (the check
+    // box's own delegate answers Space in its column only).
+    new KeyPressAction(table, Qt::Key_Space, [this, table] {
         const int current = table->currentIndex().row();
         if (current < 0)
             return;
