@@ -39,6 +39,7 @@ EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &st
     m_ui->dateValuetextField->setValidator(new QRegularExpressionValidator(
         QRegularExpression(QStringLiteral("[0-9]{1,18}")), m_ui->dateValuetextField));
     m_ui->dateValuetextField->setText(QString::number(m_item->getDateValue()));
+    m_ui->extensionsTable->horizontalHeaderItem(0)->setData(Qt::UserRole, FilenameColumn);
     reloadExtensions();
 
     connect(m_ui->dateModeCombo, &QComboBox::currentIndexChanged, this, [this](int index) {

@@ -31,6 +31,9 @@ public:
                                     QWidget *parent = nullptr);
     ~EditQuickFilterWindowController() override;
 
+    // The extensions table's one column answers this under Qt::UserRole.
+    static inline const QString FilenameColumn = QStringLiteral("FilenameColumn");
+
     static bool isOpen() { return !s_open.isNull(); }
     static void bringToFront();
     static EditQuickFilterWindowController *openInstance() { return s_open; }

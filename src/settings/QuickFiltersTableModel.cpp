@@ -133,9 +133,8 @@ bool QuickFiltersTableModel::dropMimeData(const QMimeData *data, Qt::DropAction 
 {
     if (action == Qt::IgnoreAction)
         return true;
-    if (!data || !data->hasFormat(DragType))
-        return false;
-    const QList<int> rows = decodeRows(data->data(DragType));
+    // File names and other drops carry no rows: they change nothing.
+    const QList<int> rows = data ? decodeRows(data->data(DragType)) : QList<int>();
     if (rows.isEmpty())
         return false;
     // A drop between rows names the row below it; one on a row names that row;
