@@ -119,7 +119,7 @@ void EditQuickFilterWindowController::pressedAdd()
 
 void EditQuickFilterWindowController::addFileExtension(const QString &extension)
 {
-    m_item->fileExtensions().append(extension.isNull() ? QStringLiteral("") : extension);
+    m_item->fileExtensions().append(extension);
     reloadExtensions();
 }
 
@@ -143,9 +143,8 @@ void EditQuickFilterWindowController::pressedSave()
     m_item->setDateMode(chosenIndex(m_ui->dateModeCombo));
     m_item->setDateUnits(chosenIndex(m_ui->dateUnitsCombo));
     m_item->setDateValue(m_ui->dateValuetextField->text().toLongLong());
-    // An empty name is kept as an empty name, not as none.
-    const QString name = m_ui->nameTextField->text();
-    m_item->setName(name.isNull() ? QStringLiteral("") : name);
+    // An empty field gives an empty name, not none: a line edit's text is never null.
+    m_item->setName(m_ui->nameTextField->text());
     m_item->applyChanges();
     if (m_item->createdItem()) {
         m_data.addQuickFilter(m_item);
