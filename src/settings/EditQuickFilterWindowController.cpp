@@ -18,7 +18,7 @@ quint32 chosenIndex(const QComboBox *combo)
 
 } // namespace
 
-QPointer<EditQuickFilterWindowController> EditQuickFilterWindowController::s_open;
+OpenWindowMarker<EditQuickFilterWindowController> EditQuickFilterWindowController::s_open;
 
 EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &store,
                                                                  NotificationCenter &notifications,
@@ -59,7 +59,7 @@ EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &st
     m_notifications.observe(
         NotificationCenter::AddFileExtension, this,
         [this](const QVariant &extension) { addFileExtension(extension.toString()); });
-    s_open = this;
+    s_open.set(this);
 }
 
 EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &store,
@@ -71,15 +71,6 @@ EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &st
 }
 
 EditQuickFilterWindowController::~EditQuickFilterWindowController() = default;
-
-void EditQuickFilterWindowController::bringToFront()
-{
-    if (s_open) {
-        s_open->show();
-        s_open->raise();
-        s_open->activateWindow();
-    }
-}
 
 void EditQuickFilterWindowController::updateButtons()
 {
