@@ -91,7 +91,7 @@ private slots:
     void savingANewFilter();
 };
 
-// [A, B, C, D, E] in the store, in a shown list.
+// A shown list over the store, holding just the named filters when names are given.
 struct FilterListFixture
 {
     EngineFixture f;
@@ -158,6 +158,7 @@ void tst_QuickFilterEditor::reorderingByDragAndKeyboard()
 void tst_QuickFilterEditor::removingSparesAllContents()
 {
     FilterListFixture l;
+    QVERIFY(QTest::qWaitForWindowActive(l.list.get()));
     QCOMPARE(liveNames(l.f.data).first(), "All Contents");
     QPushButton *remove = l.list->buttonRemove();
     QVERIFY(!remove->isEnabled());
@@ -170,6 +171,21 @@ void tst_QuickFilterEditor::removingSparesAllContents()
     QCOMPARE(storedNames(l.f.data), liveNames(l.f.data));
     QCOMPARE(l.list->tableView()->verticalHeader()->count(), l.f.data.filterItems().size());
     QCOMPARE(postedNames(l.posted), QStringList{"updateQuickLayouts"});
+
+    // F2 edits the selected filter; closing the editor's window cancels it.
+    bool edited = false;
+    whenOpen<EditQuickFilterWindowController>(
+        l.list.get(), [&](EditQuickFilterWindowController *editor) {
+            QCOMPARE(editor->quickFilterItem(), l.f.data.filterItems().at(1));
+            child<QLineEdit>(editor, "nameTextField")->setText("Papers");
+            editor->close();
+            edited = true;
+        });
+    l.list->tableView()->setFocus();
+    l.list->tableView()->selectRow(1);
+    QTest::keyClick(l.list->tableView(), Qt::Key_F2);
+    QVERIFY(edited);
+    QCOMPARE(liveNames(l.f.data).at(1), "Documents");
 }
 
 void tst_QuickFilterEditor::cancelKeepsExtensionsButNotTheName()
