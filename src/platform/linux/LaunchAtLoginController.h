@@ -13,7 +13,7 @@ public:
     QString appURL() const { return m_program; }
     bool willLaunchAtLogin(const QString &program) const;
     bool launchAtLogin() const { return willLaunchAtLogin(m_program); }
-    void setLaunchAtLogin(bool enabled) { setLaunchAtLogin(m_program, enabled); }
+    bool setLaunchAtLogin(bool enabled) { return setLaunchAtLogin(m_program, enabled); }
     // False when the autostart folder or entry could not be written.
     bool setLaunchAtLogin(const QString &program, bool enabled);
 

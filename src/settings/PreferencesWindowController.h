@@ -1,0 +1,65 @@
+#pragma once
+
+#include "SettingsServices.h"
+
+#include <QDialog>
+#include <QPointer>
+
+#include <memory>
+
+namespace Ui {
+class Preferences;
+}
+class IgnoreDesktopItemsObjectController;
+
+// The Preferences window. It shows the settings when it is made and writes them
+// all back on Done; the overwrite choice, the mode, the Shadow Desktop folder and
+// starting at login take effect at once. One at a time: closed with the title
+// bar's control or Escape it is only hidden, with the controls as the user left
+// them, and the next opening shows it again. Done closes it for good.
+class PreferencesWindowController : public QDialog
+{
+    Q_OBJECT
+public:
+    explicit PreferencesWindowController(const SettingsServices &services,
+                                         QWidget *parent = nullptr);
+    ~PreferencesWindowController() override;
+
+    // An instance exists that Done has not closed (it may be hidden).
+    static bool isOpen() { return !s_open.isNull(); }
+    // Shows that instance again in front of other windows.
+    static void bringToFront();
+    static PreferencesWindowController *openInstance() { return s_open; }
+
+    Ui::Preferences &ui() const { return *m_ui; }
+
+    void overwriteOptionChanged(int mode);
+    void pressedModeBasic() { setOperationMode(0); }
+    void pressedModeAdvanced() { setOperationMode(1); }
+    // The current mode's button is the one that cannot be pressed.
+    void updateButtons();
+    void pressedChangePath();
+    void pressedResetPath();
+    void pressedOpenGrowlPreferences();
+    void launchAtLoginChanged(bool enabled);
+    void pressedDone();
+
+protected:
+    void showEvent(QShowEvent *event) override;
+
+private:
+    struct CheckBoxSetting;
+    // In the order Done writes them.
+    QList<CheckBoxSetting> checkBoxSettings() const;
+    void embedViews();
+    void loadSettings();
+    // What lives outside the store and may have changed while the window was hidden.
+    void showDesktopState();
+    void setOperationMode(quint32 mode);
+    void useShadowDesktopPath(const QString &path);
+
+    static QPointer<PreferencesWindowController> s_open;
+    SettingsServices m_services;
+    std::unique_ptr<Ui::Preferences> m_ui;
+    IgnoreDesktopItemsObjectController *m_ignoreItems = nullptr;
+};
