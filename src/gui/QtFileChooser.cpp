@@ -1,31 +1,30 @@
 #include "QtFileChooser.h"
 
-#include <QAbstractItemView>
 #include <QFileDialog>
 #include <QFileSystemModel>
 #include <QListView>
-#include <QTreeView>
 
 namespace {
 
 // Qt's dialog takes either files or one folder; this one takes several items of
-// both kinds: whatever is selected in its list when Open is pressed.
+// both kinds: whatever is selected in its list when Open is pressed. It runs in
+// the mode for existing files, whose Open button stays enabled for folders too
+// (in the folder mode it is off while a file is selected first); a folder is
+// entered by a double click.
 class FilesAndFoldersDialog : public QFileDialog
 {
 public:
     using QFileDialog::QFileDialog;
 
-    void allowManyOfAnyKind()
-    {
-        setFileMode(QFileDialog::Directory);
-        for (QAbstractItemView *view : findChildren<QAbstractItemView *>())
-            if (qobject_cast<QListView *>(view) || qobject_cast<QTreeView *>(view))
-                view->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    }
+    void allowManyOfAnyKind() { setFileMode(QFileDialog::ExistingFiles); }
     QStringList chosen() const { return m_chosen; }
 
     void accept() override
     {
+        if (fileMode() != QFileDialog::ExistingFiles) {
+            QFileDialog::accept();
+            return;
+        }
         QStringList paths;
         if (const auto *view = findChild<QListView *>(QStringLiteral("listView"))) {
             for (const QModelIndex &index : view->selectionModel()->selectedRows())

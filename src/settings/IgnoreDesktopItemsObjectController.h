@@ -34,6 +34,9 @@ public:
 private:
     class Model;
 
+    // Every entry, hidden items' too.
+    void setAll(bool ignore);
+
     BrevanoData &m_data;
     const ItemInfo &m_itemInfo;
     QString m_desktop;

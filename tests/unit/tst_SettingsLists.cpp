@@ -1,0 +1,354 @@
+#include "ActionListObjectController.h"
+#include "EditRuleWindowController.h"
+#include "EngineFixture.h"
+#include "FileChooser.h"
+#include "FilterListObjectController.h"
+#include "FilterWindowController.h"
+#include "IgnoreDesktopItemsObjectController.h"
+#include "IgnoreFilesListObjectController.h"
+#include "LocationListObjectController.h"
+#include "QtFileChooser.h"
+#include "RowListModel.h"
+#include "RuleListObjectController.h"
+#include "RulesAndLocationsView.h"
+#include "SelectActionWindowController.h"
+
+#include <QAccessible>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QListView>
+#include <QMimeData>
+#include <QPushButton>
+#include <QScopeGuard>
+#include <QSpinBox>
+#include <QTableView>
+#include <QtTest>
+
+#include <algorithm>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// Answers every question with the paths set, and remembers the questions.
+class FakeFileChooser : public FileChooser
+{
+public:
+    QStringList choose(const Options &options, QWidget *) override
+    {
+        m_asked.append(options);
+        return m_answer;
+    }
+    QList<Options> m_asked;
+    QStringList m_answer;
+};
+
+// A Desktop with two visible files differing in case, a folder, a name that is
+// not UTF-8, an item with a leading dot and one listed in ".hidden"; the ignore
+// list holds "b.txt", the dotted item and an item no longer there.
+struct DesktopFixture
+{
+    EngineFixture f;
+    const QString desktop = f.sandbox.desktop();
+    const QString oddName = FileNames::decode("caf\xe9");
+
+    DesktopFixture()
+    {
+        f.load();
+        for (const char *name : {"b.txt", "B.txt", ".secret", "listed.txt"})
+            f.desktopItem(name);
+        f.sandbox.write("Desktop/.hidden", "listed.txt\n");
+        QDir(desktop).mkdir("folder");
+        const int fd = ::open(FileNames::encode(desktop + '/' + oddName).constData(),
+                              O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+        QVERIFY(fd >= 0);
+        ::close(fd);
+        f.data.addIgnoreFiles({desktop + "/b.txt", desktop + "/.secret", desktop + "/gone.txt"});
+    }
+    ~DesktopFixture() { ::unlink(FileNames::encode(desktop + '/' + oddName).constData()); }
+    bool ignored(const QString &name) const
+    {
+        return f.data.shouldIgnoreFile(desktop + '/' + name);
+    }
+    QStringList everyEntry() const
+    {
+        return {"b.txt", "B.txt", ".secret", "listed.txt", ".hidden", "folder", oddName};
+    }
+};
+
+// Runs body on the modal window that call opens, once it is open; a body that
+// fails leaves the window to be closed here.
+template <class Window>
+void onModal(QObject *context, const std::function<void(Window *)> &body,
+             const std::function<void()> &call)
+{
+    bool ran = false;
+    QTimer::singleShot(0, context, [&] {
+        ran = true;
+        auto *window = qobject_cast<Window *>(QApplication::activeModalWidget());
+        const auto closeLeftOver = qScopeGuard([window] {
+            if (window && window->isVisible())
+                window->reject();
+        });
+        QVERIFY(window);
+        body(window);
+        QVERIFY2(!window->isVisible(), "the window stayed open");
+    });
+    call();
+    QVERIFY(ran);
+}
+
+// The names' rows in the real file dialog's list, once it has read them.
+QModelIndexList rowsNamed(QListView *list, const QStringList &names)
+{
+    QModelIndexList rows;
+    const QAbstractItemModel *model = list->model();
+    for (int row = 0; row < model->rowCount(list->rootIndex()); ++row) {
+        const QModelIndex index = model->index(row, 0, list->rootIndex());
+        if (names.contains(index.data().toString()))
+            rows.append(index);
+    }
+    return rows;
+}
+
+} // namespace
+
+class tst_SettingsLists : public QObject
+{
+    Q_OBJECT
+private slots:
+    void checklistShowsVisibleItemsAndKeepsHiddenTicks();
+    void checklistCheckAllReachesHiddenItems();
+    void ignoredFilesRemoveSelectedAndAddChosen();
+    void rulesAndLocationsKeepTheirData();
+    void realChooserTakesFilesAndFolders_data();
+    void realChooserTakesFilesAndFolders();
+};
+
+void tst_SettingsLists::checklistShowsVisibleItemsAndKeepsHiddenTicks()
+{
+    DesktopFixture d;
+    IgnoreDesktopItemsObjectController list(d.f.data, d.f.itemInfo);
+    QCOMPARE(list.sortedFilenames(), (QStringList{"B.txt", "b.txt", d.oddName, "folder"}));
+    QTableView *table = list.tableView();
+    QCOMPARE(table->model()->index(2, 1).data().toString(), QStringLiteral("caf\uFFFD"));
+    QCOMPARE(table->model()->index(1, 0).data(Qt::CheckStateRole), QVariant(Qt::Checked));
+    QAccessibleTableInterface *cells =
+        QAccessible::queryAccessibleInterface(table)->tableInterface();
+    QVERIFY(cells->cellAt(1, 0)->state().checked);
+    QVERIFY(!cells->cellAt(0, 0)->state().checked);
+
+    // Space ticks the row whose name has the focus.
+    for (const int row : {0, 1}) {
+        table->setCurrentIndex(table->model()->index(row, 1));
+        QTest::keyClick(table, Qt::Key_Space);
+    }
+    QVERIFY(cells->cellAt(0, 0)->state().checked);
+    QVERIFY(!d.ignored("B.txt")); // nothing changes before saving
+    list.saveSettings();
+    QVERIFY(d.ignored("B.txt"));
+    QVERIFY(!d.ignored("b.txt"));
+    QVERIFY(d.ignored(".secret"));
+    QVERIFY(d.ignored("gone.txt"));
+    QVERIFY(d.f.alerts.m_alerts.isEmpty());
+}
+
+void tst_SettingsLists::checklistCheckAllReachesHiddenItems()
+{
+    DesktopFixture d;
+    IgnoreDesktopItemsObjectController list(d.f.data, d.f.itemInfo);
+    list.findChild<QPushButton *>("checkAllButton")->click();
+    list.saveSettings();
+    for (const QString &name : d.everyEntry())
+        QVERIFY2(d.ignored(name), qPrintable(name));
+
+    list.findChild<QPushButton *>("uncheckAllButton")->click();
+    list.saveSettings();
+    for (const QString &name : d.everyEntry())
+        QVERIFY2(!d.ignored(name), qPrintable(name));
+    QVERIFY(d.ignored("gone.txt"));
+}
+
+void tst_SettingsLists::ignoredFilesRemoveSelectedAndAddChosen()
+{
+    DesktopFixture d;
+    PropertyDictionary ignored = d.f.data.getIgnoreFilesDictionary();
+    ignored.insert(d.desktop + "/off.txt", false); // listed though not ignored
+    for (const char *name : {"c1", "c2", "c3"})
+        ignored.insert(d.desktop + '/' + name, true);
+    FakeFileChooser chooser;
+    IgnoreFilesListObjectController list(d.f.data, chooser);
+    const QStringList all = list.sortedFilenames();
+    QCOMPARE(all.size(), 7);
+    QVERIFY(std::is_sorted(all.begin(), all.end()));
+    QVERIFY(all.contains(d.desktop + "/off.txt"));
+
+    QVERIFY(!list.buttonRemove()->isEnabled());
+    QItemSelectionModel *selection = list.tableView()->selectionModel();
+    for (const int row : {1, 3, 4})
+        selection->select(list.tableView()->model()->index(row, 0),
+                          QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    QVERIFY(list.buttonRemove()->isEnabled());
+    list.buttonRemove()->click();
+    const QStringList left{all[0], all[2], all[5], all[6]};
+    QCOMPARE(list.sortedFilenames(), left);
+    QCOMPARE(d.f.data.ignoreList().paths().size(), 4);
+    QVERIFY(!list.buttonRemove()->isEnabled());
+    // The Delete key removes the selection too.
+    list.tableView()->setCurrentIndex(list.tableView()->model()->index(0, 0));
+    QTest::keyClick(list.tableView(), Qt::Key_Delete);
+    QCOMPARE(list.sortedFilenames(), left.mid(1));
+
+    // A folder inside a Desktop folder is refused with the store's alert.
+    const QStringList before = list.sortedFilenames();
+    chooser.m_answer = {d.desktop + "/folder/inner"};
+    list.buttonAdd()->click();
+    QCOMPARE(d.f.alerts.m_alerts.size(), 1);
+    QCOMPARE(d.f.alerts.m_alerts[0].title,
+             QStringLiteral("Items must be contained directly within the Desktop to be added to "
+                            "the Brevano ignore list. 1 files skipped"));
+    QCOMPARE(list.sortedFilenames(), before);
+    const FileChooser::Options &asked = chooser.m_asked.at(0);
+    QCOMPARE(asked.title, QStringLiteral("Select Files To Ignore"));
+    QCOMPARE(asked.directory, d.desktop);
+    QVERIFY(asked.mode == FileChooser::Mode::FilesAndFolders && !asked.canCreateFolders);
+
+    chooser.m_answer = {d.desktop + "/B.txt"};
+    list.buttonAdd()->click();
+    QVERIFY(list.sortedFilenames().contains(d.desktop + "/B.txt"));
+    QCOMPARE(d.f.alerts.m_alerts.size(), 1);
+}
+
+void tst_SettingsLists::rulesAndLocationsKeepTheirData()
+{
+    EngineFixture f;
+    const QString desktop = f.sandbox.desktop();
+    PropertyArray locations;
+    for (const QString &folder : {desktop, f.sandbox.home() + "/Documents", QStringLiteral("/srv")})
+        locations.append(folder);
+    PropertyDictionary rule;
+    rule.insert("Name", QStringLiteral("Pictures"));
+    rule.insert("GridX", 3);
+    rule.insert("Filters", PropertyArray());
+    PropertyArray rules;
+    rules.append(rule);
+    PropertyDictionary engineData;
+    engineData.insert("Locations", locations);
+    engineData.insert("Rules", rules);
+    PropertyDictionary root;
+    root.insert(Brevano::SaveDataKey, engineData);
+    f.writeDataFile(root);
+    f.load();
+
+    RulesAndLocationsView view(f.engine);
+    view.show();
+    RowListModel *shown = view.locations()->model();
+    QCOMPARE(shown->paths(), (QStringList{desktop, f.sandbox.home() + "/Documents", "/srv"}));
+    // Drops of locations and of files are welcomed, and nothing moves.
+    QMimeData rows;
+    rows.setData("KVLocation", QByteArray());
+    QMimeData files;
+    files.setUrls({QUrl::fromLocalFile(desktop)});
+    for (const QMimeData *drop : {&rows, &files})
+        QVERIFY(shown->dropMimeData(drop, Qt::MoveAction, 0, 0, QModelIndex()));
+    QCOMPARE(shown->rowCount(), 3);
+
+    int changes = 0;
+    f.notifications.observe(NotificationCenter::LayoutItemChanged, &view,
+                            [&](const QVariant &) { ++changes; });
+    onModal<EditRuleWindowController>(
+        this,
+        [&](EditRuleWindowController *editor) {
+            // Add again brings the open editor forward; a second one would be closed here.
+            bool second = false;
+            QObject watch; // the check is dropped with it when no second editor ran
+            QTimer::singleShot(0, &watch, [&] {
+                if (QWidget *modal = QApplication::activeModalWidget(); modal != editor) {
+                    second = true;
+                    modal->close();
+                }
+            });
+            view.rules()->pressedAdd();
+            QVERIFY(!second);
+            QTest::keyClicks(editor->findChild<QLineEdit *>("nameTextField"), "Documents");
+            editor->findChild<QSpinBox *>("gridXTextField")->setValue(4);
+            QTest::keyClick(editor, Qt::Key_Return); // Save
+        },
+        [&] { view.rules()->buttonAdd()->click(); });
+    QCOMPARE(changes, 1);
+    QVERIFY(!EditRuleWindowController::isOpen());
+
+    onModal<FilterWindowController>(
+        this,
+        [](FilterWindowController *editor) {
+            QVERIFY(!editor->findChild<QPushButton *>("buttonSave")->isEnabled());
+            editor->findChild<QPushButton *>("buttonCancel")->click();
+        },
+        [&] { view.filters()->buttonAdd()->click(); });
+    onModal<SelectActionWindowController>(
+        this,
+        [](SelectActionWindowController *chooser) {
+            QVERIFY(!chooser->findChild<QPushButton *>("buttonSelect")->isEnabled());
+            chooser->findChild<QPushButton *>("buttonDone")->click();
+        },
+        [&] { view.actions()->buttonAdd()->click(); });
+    QVERIFY(!FilterWindowController::isOpen() && !SelectActionWindowController::isOpen());
+
+    QVERIFY(f.data.saveDataFile());
+    EngineFixture reread;
+    reread.adoptDataFileOf(f);
+    reread.load();
+    QVERIFY(reread.engine.getLocations() == locations);
+    QVERIFY(reread.engine.getCommonRules() == rules);
+}
+
+void tst_SettingsLists::realChooserTakesFilesAndFolders_data()
+{
+    QTest::addColumn<bool>("many");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("files and folders") << true << QStringList{"a.txt", "sub", "b.txt"};
+    QTest::newRow("files only") << true << QStringList{"c.txt", "a.txt"};
+    QTest::newRow("one folder") << false << QStringList{"sub"};
+}
+
+void tst_SettingsLists::realChooserTakesFilesAndFolders()
+{
+    QFETCH(bool, many);
+    QFETCH(QStringList, names);
+    const auto mode = many ? FileChooser::Mode::FilesAndFolders : FileChooser::Mode::OneFolder;
+    SandboxHome sandbox;
+    const QString folder = sandbox.home() + "/pick";
+    for (const char *name : {"a.txt", "b.txt", "c.txt", "sub/x.txt", "other/y.txt"})
+        sandbox.write(QStringLiteral("pick/") + name, "x");
+
+    QStringList chosen;
+    onModal<QFileDialog>(
+        this,
+        [&](QFileDialog *dialog) {
+            auto *list = dialog->findChild<QListView *>("listView");
+            QVERIFY(list);
+            QTRY_COMPARE(rowsNamed(list, names).size(), names.size());
+            for (const QModelIndex &row : rowsNamed(list, names))
+                QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                                  list->visualRect(row).center());
+            QPushButton *accept =
+                dialog->findChild<QDialogButtonBox *>("buttonBox")->button(QDialogButtonBox::Open);
+            QVERIFY(accept->isEnabled());
+            accept->click();
+        },
+        [&] {
+            QtFileChooser chooser;
+            chosen = chooser.choose({"Choose", folder, mode, false}, nullptr);
+        });
+    QStringList expected;
+    for (const QString &name : names)
+        expected.append(folder + '/' + name);
+    expected.sort();
+    chosen.sort();
+    QCOMPARE(chosen, expected);
+}
+
+QTEST_MAIN(tst_SettingsLists)
+#include "tst_SettingsLists.moc"
