@@ -1,6 +1,7 @@
 #include "PreferencesWindowController.h"
 
 #include "AlertPresenter.h"
+#include "AppFolders.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "FileChooser.h"
@@ -16,6 +17,7 @@
 
 #include <QDir>
 #include <QSignalBlocker>
+#include <QTableView>
 
 namespace {
 // "Every minute", "Every 5 minutes", ... "Every week".
@@ -131,6 +133,9 @@ void PreferencesWindowController::embedViews()
     embed(m_ignoreItems, ui.ignoreItemsContainer, QStringLiteral("ignoreItems"));
     auto *ignoreFiles = new IgnoreFilesListObjectController(store, m_services.chooser, this);
     embed(ignoreFiles, ui.ignoreFilesContainer, QStringLiteral("ignoreFiles"));
+    m_ignoredPaths = ignoredPaths();
+    connect(ignoreFiles->tableView()->model(), &QAbstractItemModel::modelReset, this,
+            &PreferencesWindowController::followIgnoredItems);
     auto *ignoreFileTypes = new IgnoreFileTypesListObjectController(this);
     embed(ignoreFileTypes, ui.ignoreFileTypesContainer, QStringLiteral("ignoreFileTypes"));
     auto *quickFilters =
@@ -272,6 +277,45 @@ void PreferencesWindowController::useShadowDesktopPath(const QString &path)
                                           .arg(QDir::toNativeSeparators(before)));
         m_ui->pathChangeNote->show();
     }
+}
+
+QSet<QString> PreferencesWindowController::ignoredPaths() const
+{
+    QSet<QString> paths;
+    const BrevanoData &store = m_services.data;
+    for (const QString &path : store.ignoreList().paths()) {
+        if (store.shouldIgnoreFile(path))
+            paths.insert(path);
+    }
+    return paths;
+}
+
+// The ignored items list changes the store at once, while the checklist holds
+// its ticks until Done and then writes every Desktop item's. So what the list
+// just added or removed is brought into the checklist, and the ticks the user
+// changed there are kept.
+void PreferencesWindowController::followIgnoredItems()
+{
+    const QSet<QString> now = ignoredPaths();
+    if (now == m_ignoredPaths)
+        return;
+    const QString desktop = AppFolders::desktopFolder() + u'/';
+    QHash<QString, bool> ticked;
+    for (const QString &name : m_ignoreItems->sortedFilenames()) {
+        const bool ignore = m_ignoreItems->ignoreFile(name);
+        if (ignore != m_ignoredPaths.contains(desktop + name))
+            ticked.insert(name, ignore);
+    }
+    m_ignoreItems->rebuildData();
+    const QStringList &names = m_ignoreItems->sortedFilenames();
+    for (auto it = ticked.cbegin(); it != ticked.cend(); ++it) {
+        const QString path = desktop + it.key();
+        const qsizetype row = names.indexOf(it.key());
+        // Where the list changed the same item, the list has the last word.
+        if (row >= 0 && now.contains(path) == m_ignoredPaths.contains(path))
+            m_ignoreItems->setIgnoreFileAtRow(int(row), it.value());
+    }
+    m_ignoredPaths = now;
 }
 
 void PreferencesWindowController::pressedOpenGrowlPreferences()

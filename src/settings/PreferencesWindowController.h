@@ -4,6 +4,7 @@
 
 #include <QDialog>
 #include <QPointer>
+#include <QSet>
 
 #include <memory>
 
@@ -57,9 +58,12 @@ private:
     void showDesktopState();
     void setOperationMode(quint32 mode);
     void useShadowDesktopPath(const QString &path);
+    QSet<QString> ignoredPaths() const;
+    void followIgnoredItems();
 
     static QPointer<PreferencesWindowController> s_open;
     SettingsServices m_services;
     std::unique_ptr<Ui::Preferences> m_ui;
     IgnoreDesktopItemsObjectController *m_ignoreItems = nullptr;
+    QSet<QString> m_ignoredPaths; // as the checklist last read them
 };

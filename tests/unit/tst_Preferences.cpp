@@ -2,6 +2,7 @@
 #include "EngineFixture.h"
 #include "FileChooser.h"
 #include "IgnoreDesktopItemsObjectController.h"
+#include "IgnoreFilesListObjectController.h"
 #include "LaunchAtLoginController.h"
 #include "PreferencesWindowController.h"
 #include "ui_Preferences.h"
@@ -9,6 +10,7 @@
 #include <QAbstractScrollArea>
 #include <QAccessible>
 #include <QSignalSpy>
+#include <QTableView>
 #include <QtTest>
 
 namespace {
@@ -95,6 +97,7 @@ class tst_Preferences : public QObject
 private slots:
     void doneWritesEveryControlAndSaves();
     void doneSwapsTheEmptiedAndSkippedNotifications();
+    void ignoredItemsListAndChecklistAgree();
     void closingKeepsWhatTookEffectAndTheWindow();
     void resetStoresTheDefaultFolderExplicitly();
     void tabAndModes();
@@ -175,6 +178,32 @@ void tst_Preferences::doneSwapsTheEmptiedAndSkippedNotifications()
     window->ui().doneButton->click();
     QVERIFY(!p.f.data.getGrowlOnEmpty());
     QVERIFY(p.f.data.getGrowlDeferredTidy());
+}
+
+// The ignored items list writes at once and the checklist on Done: Done keeps
+// what the list did as well as the ticks.
+void tst_Preferences::ignoredItemsListAndChecklistAgree()
+{
+    PreferencesFixture p;
+    const QString ticked = p.f.desktopItem("ticked.txt");
+    const QString added = p.f.desktopItem("added.txt");
+    const QString removed = p.f.desktopItem("removed.txt");
+    p.f.data.addIgnoreFiles({removed});
+    PreferencesWindowController *window = p.open();
+    auto *checklist = window->findChild<IgnoreDesktopItemsObjectController *>("ignoreItems");
+    auto *list = window->findChild<IgnoreFilesListObjectController *>("ignoreFiles");
+    QVERIFY(checklist && list);
+    checklist->setIgnoreFileAtRow(checklist->sortedFilenames().indexOf("ticked.txt"), true);
+    p.chooser.m_answer = {added};
+    list->pressedAdd();
+    list->tableView()->selectRow(list->sortedFilenames().indexOf(removed));
+    list->pressedRemove();
+    QVERIFY(checklist->ignoreFile("added.txt"));
+    QVERIFY(!checklist->ignoreFile("removed.txt"));
+    window->ui().doneButton->click();
+    QVERIFY(p.f.data.shouldIgnoreFile(ticked));
+    QVERIFY(p.f.data.shouldIgnoreFile(added));
+    QVERIFY(!p.f.data.shouldIgnoreFile(removed));
 }
 
 void tst_Preferences::closingKeepsWhatTookEffectAndTheWindow()
