@@ -84,8 +84,6 @@ struct PreferencesWindowController::CheckBoxSetting
     void (BrevanoData::*set)(bool);
 };
 
-QPointer<PreferencesWindowController> PreferencesWindowController::s_open;
-
 PreferencesWindowController::PreferencesWindowController(const SettingsServices &services,
                                                          QWidget *parent)
     : QDialog(parent), m_services(services), m_ui(std::make_unique<Ui::Preferences>())
@@ -119,7 +117,7 @@ PreferencesWindowController::PreferencesWindowController(const SettingsServices 
             &PreferencesWindowController::launchAtLoginChanged);
     connect(m_ui->doneButton, &QPushButton::clicked, this,
             &PreferencesWindowController::pressedDone);
-    s_open = this;
+    markOpen(this);
 }
 
 PreferencesWindowController::~PreferencesWindowController() = default;
@@ -214,15 +212,6 @@ void PreferencesWindowController::showDesktopState()
 {
     m_ui->launchAtLogin->setChecked(m_services.launchAtLogin.launchAtLogin());
     m_ui->openGrowlPreferences->setVisible(m_services.notificationSettings.isAvailable());
-}
-
-void PreferencesWindowController::bringToFront()
-{
-    if (s_open) {
-        s_open->show();
-        s_open->raise();
-        s_open->activateWindow();
-    }
 }
 
 void PreferencesWindowController::overwriteOptionChanged(int mode)
@@ -355,7 +344,7 @@ void PreferencesWindowController::pressedDone()
     store.setTidyFrequency(static_cast<quint32>(ui.tidyFrequency->currentIndex()));
     store.updateStatusIcon();
     hide();
-    s_open.clear();
+    clearOpen();
     store.saveDataFile();
     deleteLater();
 }

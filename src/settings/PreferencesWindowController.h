@@ -1,9 +1,9 @@
 #pragma once
 
 #include "SettingsServices.h"
+#include "SingleInstance.h"
 
 #include <QDialog>
-#include <QPointer>
 #include <QSet>
 
 #include <memory>
@@ -18,7 +18,8 @@ class IgnoreDesktopItemsObjectController;
 // starting at login take effect at once. One at a time: closed with the title
 // bar's control or Escape it is only hidden, with the controls as the user left
 // them, and the next opening shows it again. Done closes it for good.
-class PreferencesWindowController : public QDialog
+class PreferencesWindowController : public QDialog,
+                                    public SingleInstance<PreferencesWindowController>
 {
     Q_OBJECT
 public:
@@ -26,11 +27,8 @@ public:
                                          QWidget *parent = nullptr);
     ~PreferencesWindowController() override;
 
-    // An instance exists that Done has not closed (it may be hidden).
-    static bool isOpen() { return !s_open.isNull(); }
-    // Shows that instance again in front of other windows.
-    static void bringToFront();
-    static PreferencesWindowController *openInstance() { return s_open; }
+    // isOpen(): an instance exists that Done has not closed (it may be hidden);
+    // bringToFront() shows it again in front of other windows; openInstance().
 
     Ui::Preferences &ui() const { return *m_ui; }
 
@@ -61,7 +59,6 @@ private:
     QSet<QString> ignoredPaths() const;
     void followIgnoredItems();
 
-    static QPointer<PreferencesWindowController> s_open;
     SettingsServices m_services;
     std::unique_ptr<Ui::Preferences> m_ui;
     IgnoreDesktopItemsObjectController *m_ignoreItems = nullptr;

@@ -1,6 +1,6 @@
 #include "DesktopNotificationSettings.h"
 #include "EngineFixture.h"
-#include "FileChooser.h"
+#include "FakeFileChooser.h"
 #include "IgnoreDesktopItemsObjectController.h"
 #include "IgnoreFilesListObjectController.h"
 #include "LaunchAtLoginController.h"
@@ -14,18 +14,6 @@
 #include <QtTest>
 
 namespace {
-
-class FakeFileChooser : public FileChooser
-{
-public:
-    QStringList choose(const Options &options, QWidget *) override
-    {
-        m_asked.append(options);
-        return m_answer;
-    }
-    QList<Options> m_asked;
-    QStringList m_answer;
-};
 
 class FakeNotificationSettings : public NotificationSettings
 {
@@ -139,19 +127,15 @@ void tst_Preferences::doneWritesEveryControlAndSaves()
     const SavedStore saved;
     const BrevanoData &data = saved.data;
     QVERIFY(saved.enabled());
-    QVERIFY(!data.getShowTimeUntilTidy());
-    QVERIFY(!data.getAutoIgnoreRestoredFiles());
-    QVERIFY(!data.getIgnoreHidden());
-    QVERIFY(data.getIgnoreAliases());
-    QVERIFY(data.getIgnoreFolders());
-    QVERIFY(!data.getGrowlEnabled());
-    QVERIFY(!data.getGrowlBeforeTidy());
-    QVERIFY(!data.getGrowlBeforeTidyOnlyIfFiles());
-    QVERIFY(!data.getGrowlOnComplete());
-    QVERIFY(data.getGrowlFileMoved());
-    QVERIFY(!data.getGrowlFileMoveFailed());
-    QVERIFY(!data.getGrowlOnEmpty());
-    QVERIFY(!data.getGrowlDeferredTidy());
+    // Every box was the other way round from its default, so every key is now.
+    const QStringList nowOn{"IgnoreAliases", "IgnoreFolders", "GrowlFileMoved"};
+    for (const char *key : {"ShowTimeUntilTidy", "AutoIgnoreRestoredFiles", "IgnoreHidden",
+                            "IgnoreAliases", "IgnoreFolders", "GrowlEnabled", "GrowlBeforeTidy",
+                            "GrowlBeforeTidyOnlyIfFiles", "GrowlOnComplete", "GrowlFileMoved",
+                            "GrowlFileMoveFailed", "GrowlOnEmpty", "GrowlDeferredStart"}) {
+        const PropertyValue value = data.saveData().value(key);
+        QVERIFY2(!value.isNull() && value.boolValue(false) == nowOn.contains(key), key);
+    }
     QCOMPARE(data.getTidyFrequency(), 7u);
     QCOMPARE(data.getCurrentPreferencesTab(), 1u);
     QVERIFY(data.shouldIgnoreFile(keep)); // the checklist was saved before the file
@@ -384,6 +368,11 @@ void tst_Preferences::keyboardAndAssistiveTechnology()
                 !QAccessible::queryAccessibleInterface(control)->text(QAccessible::Name).isEmpty(),
                 qPrintable(control->objectName()));
     }
+    // Tab leads from the boxes of the Ignore tab into its lists.
+    ui.tabView->setCurrentWidget(ui.ignoreTab);
+    ui.autoIgnoreRestored->setFocus();
+    QTest::keyClick(ui.autoIgnoreRestored, Qt::Key_Tab);
+    QVERIFY(window->findChild<QWidget *>("ignoreItems")->isAncestorOf(QApplication::focusWidget()));
     // Escape applies nothing; Return presses Done from any control.
     ui.ignoreFolders->setFocus();
     QTest::keyClick(ui.ignoreFolders, Qt::Key_Space);
