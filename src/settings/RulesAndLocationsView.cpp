@@ -40,10 +40,10 @@ RulesAndLocationsView::RulesAndLocationsView(Brevano &engine, QWidget *parent)
     note->setObjectName(QStringLiteral("unavailableNote"));
     note->setWordWrap(true);
     auto *grid = new QGridLayout;
-    grid->addWidget(headed(QStringLiteral("&Locations"), m_locations), 0, 0);
-    grid->addWidget(headed(QStringLiteral("&Rules"), m_rules), 0, 1);
-    grid->addWidget(headed(QStringLiteral("&Filters"), m_filters), 1, 0);
-    grid->addWidget(headed(QStringLiteral("&Actions"), m_actions), 1, 1);
+    grid->addWidget(headed(QStringLiteral("Locations"), m_locations), 0, 0);
+    grid->addWidget(headed(QStringLiteral("Rules"), m_rules), 0, 1);
+    grid->addWidget(headed(QStringLiteral("Filters"), m_filters), 1, 0);
+    grid->addWidget(headed(QStringLiteral("Actions"), m_actions), 1, 1);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(note);
     layout->addLayout(grid, 1);

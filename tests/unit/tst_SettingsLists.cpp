@@ -17,12 +17,12 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QLineEdit>
-#include <QListView>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QSpinBox>
 #include <QTableView>
+#include <QToolButton>
 #include <QtTest>
 
 #include <algorithm>
@@ -87,8 +87,8 @@ void onModal(QObject *context, const std::function<void(Window *)> &body,
     QVERIFY(ran);
 }
 
-// The names' rows in the real file dialog's list, once it has read them.
-QModelIndexList rowsNamed(QListView *list, const QStringList &names)
+// The names' rows in a view of the real file dialog, once it has read them.
+QModelIndexList rowsNamed(QAbstractItemView *list, const QStringList &names)
 {
     QModelIndexList rows;
     const QAbstractItemModel *model = list->model();
@@ -295,15 +295,17 @@ void tst_SettingsLists::realChooserTakesFilesAndFolders_data()
 {
     QTest::addColumn<bool>("many");
     QTest::addColumn<QStringList>("names");
-    QTest::newRow("files and folders") << true << QStringList{"a.txt", "sub", "b.txt"};
-    QTest::newRow("files only") << true << QStringList{"c.txt", "a.txt"};
-    QTest::newRow("one folder") << false << QStringList{"sub"};
+    QTest::addColumn<QString>("view");
+    QTest::newRow("files and folders") << true << QStringList{"a.txt", "sub", "b.txt"} << "list";
+    QTest::newRow("files only") << true << QStringList{"c.txt", "a.txt"} << "tree";
+    QTest::newRow("one folder") << false << QStringList{"sub"} << "tree";
 }
 
 void tst_SettingsLists::realChooserTakesFilesAndFolders()
 {
     QFETCH(bool, many);
     QFETCH(QStringList, names);
+    QFETCH(QString, view);
     const auto mode = many ? FileChooser::Mode::FilesAndFolders : FileChooser::Mode::OneFolder;
     SandboxHome sandbox;
     const QString folder = sandbox.home() + "/pick";
@@ -314,8 +316,11 @@ void tst_SettingsLists::realChooserTakesFilesAndFolders()
     onModal<QFileDialog>(
         this,
         [&](QFileDialog *dialog) {
-            auto *list = dialog->findChild<QListView *>("listView");
-            QVERIFY(list);
+            // The view the user picked with the dialog's own button.
+            dialog->findChild<QToolButton *>(view == "list" ? "listModeButton" : "detailModeButton")
+                ->click();
+            auto *list = dialog->findChild<QAbstractItemView *>(view + "View");
+            QVERIFY(list && list->isVisible());
             QTRY_COMPARE(rowsNamed(list, names).size(), names.size());
             for (const QModelIndex &row : rowsNamed(list, names))
                 QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
