@@ -18,7 +18,7 @@ quint32 chosenIndex(const QComboBox *combo)
 
 } // namespace
 
-QPointer<EditQuickFilterWindowController> EditQuickFilterWindowController::s_open;
+OpenWindowMarker<EditQuickFilterWindowController> EditQuickFilterWindowController::s_open;
 
 EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &store,
                                                                  NotificationCenter &notifications,
@@ -59,7 +59,7 @@ EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &st
     m_notifications.observe(
         NotificationCenter::AddFileExtension, this,
         [this](const QVariant &extension) { addFileExtension(extension.toString()); });
-    s_open = this;
+    s_open.set(this);
 }
 
 EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &store,
@@ -71,15 +71,6 @@ EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &st
 }
 
 EditQuickFilterWindowController::~EditQuickFilterWindowController() = default;
-
-void EditQuickFilterWindowController::bringToFront()
-{
-    if (s_open) {
-        s_open->show();
-        s_open->raise();
-        s_open->activateWindow();
-    }
-}
 
 void EditQuickFilterWindowController::updateButtons()
 {
@@ -119,7 +110,7 @@ void EditQuickFilterWindowController::pressedAdd()
 
 void EditQuickFilterWindowController::addFileExtension(const QString &extension)
 {
-    m_item->fileExtensions().append(extension.isNull() ? QStringLiteral("") : extension);
+    m_item->fileExtensions().append(extension);
     reloadExtensions();
 }
 
@@ -143,9 +134,8 @@ void EditQuickFilterWindowController::pressedSave()
     m_item->setDateMode(chosenIndex(m_ui->dateModeCombo));
     m_item->setDateUnits(chosenIndex(m_ui->dateUnitsCombo));
     m_item->setDateValue(m_ui->dateValuetextField->text().toLongLong());
-    // An empty name is kept as an empty name, not as none.
-    const QString name = m_ui->nameTextField->text();
-    m_item->setName(name.isNull() ? QStringLiteral("") : name);
+    // An empty field gives an empty name, not none: a line edit's text is never null.
+    m_item->setName(m_ui->nameTextField->text());
     m_item->applyChanges();
     if (m_item->createdItem()) {
         m_data.addQuickFilter(m_item);

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "OpenWindowMarker.h"
 #include "QuickFilterList.h"
 
 #include <QDialog>
-#include <QPointer>
 
 #include <memory>
 
@@ -34,9 +34,9 @@ public:
     // The extensions table's one column answers this under Qt::UserRole.
     static inline const QString FilenameColumn = QStringLiteral("FilenameColumn");
 
-    static bool isOpen() { return !s_open.isNull(); }
-    static void bringToFront();
-    static EditQuickFilterWindowController *openInstance() { return s_open; }
+    static bool isOpen() { return s_open.isOpen(); }
+    static void bringToFront() { s_open.bringToFront(); }
+    static EditQuickFilterWindowController *openInstance() { return s_open.window(); }
 
     const QuickFilterList::ItemPointer &quickFilterItem() const { return m_item; }
 
@@ -52,7 +52,7 @@ private:
     void addFileExtension(const QString &extension);
     void reloadExtensions();
 
-    static QPointer<EditQuickFilterWindowController> s_open;
+    static OpenWindowMarker<EditQuickFilterWindowController> s_open;
     std::unique_ptr<Ui::QuickFilter> m_ui;
     BrevanoData &m_data;
     NotificationCenter &m_notifications;

@@ -3,7 +3,7 @@
 #include "NotificationCenter.h"
 #include "ui_Extension.h"
 
-QPointer<FileExtensionWindowController> FileExtensionWindowController::s_open;
+OpenWindowMarker<FileExtensionWindowController> FileExtensionWindowController::s_open;
 
 FileExtensionWindowController::FileExtensionWindowController(NotificationCenter &notifications,
                                                              const QString &extension,
@@ -16,19 +16,10 @@ FileExtensionWindowController::FileExtensionWindowController(NotificationCenter 
             &FileExtensionWindowController::pressedSave);
     connect(m_ui->buttonCancel, &QPushButton::clicked, this,
             &FileExtensionWindowController::pressedCancel);
-    s_open = this;
+    s_open.set(this);
 }
 
 FileExtensionWindowController::~FileExtensionWindowController() = default;
-
-void FileExtensionWindowController::bringToFront()
-{
-    if (s_open) {
-        s_open->show();
-        s_open->raise();
-        s_open->activateWindow();
-    }
-}
 
 QString FileExtensionWindowController::extension() const
 {

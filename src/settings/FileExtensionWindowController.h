@@ -1,7 +1,8 @@
 #pragma once
 
+#include "OpenWindowMarker.h"
+
 #include <QDialog>
-#include <QPointer>
 
 #include <memory>
 
@@ -22,9 +23,9 @@ public:
                                            QWidget *parent = nullptr);
     ~FileExtensionWindowController() override;
 
-    static bool isOpen() { return !s_open.isNull(); }
-    static void bringToFront();
-    static FileExtensionWindowController *openInstance() { return s_open; }
+    static bool isOpen() { return s_open.isOpen(); }
+    static void bringToFront() { s_open.bringToFront(); }
+    static FileExtensionWindowController *openInstance() { return s_open.window(); }
 
     // The text as typed.
     QString extension() const;
@@ -34,7 +35,7 @@ public:
     void reject() override;
 
 private:
-    static QPointer<FileExtensionWindowController> s_open;
+    static OpenWindowMarker<FileExtensionWindowController> s_open;
     std::unique_ptr<Ui::Extension> m_ui;
     NotificationCenter &m_notifications;
 };

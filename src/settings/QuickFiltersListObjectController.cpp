@@ -22,8 +22,7 @@ QuickFiltersListObjectController::QuickFiltersListObjectController(
     table->setSelectionMode(QAbstractItemView::SingleSelection);
     table->setToolTip(QStringLiteral("Double-click or press F2 to edit a filter; drag, or press "
                                      "Alt+Up and Alt+Down, to change the order"));
-    table->setDragEnabled(true);
-    table->setAcceptDrops(true);
+    // Rows are dragged out, and rows and file names dropped in.
     table->setDragDropMode(QAbstractItemView::DragDrop);
     table->setDragDropOverwriteMode(false);
     table->setDefaultDropAction(Qt::MoveAction);

@@ -149,6 +149,9 @@ Qt::DropActions QuickFiltersTableModel::supportedDropActions() const
     return Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
 }
 
+// After a move the view asks the model to remove the dragged rows; this model
+// has already moved them and keeps QAbstractItemModel's removeRows, which
+// refuses. Do not give it one that removes.
 Qt::DropActions QuickFiltersTableModel::supportedDragActions() const
 {
     return Qt::MoveAction;

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
@@ -90,7 +91,7 @@ private slots:
     void savingANewFilter();
 };
 
-// [A, B, C, D, E] in the store, in a shown list.
+// A shown list over the store, holding just the named filters when names are given.
 struct FilterListFixture
 {
     EngineFixture f;
@@ -123,6 +124,7 @@ void tst_QuickFilterEditor::reorderingByDragAndKeyboard()
     QVERIFY(QTest::qWaitForWindowActive(l.list.get()));
     QTableView *table = l.list->tableView();
     QuickFiltersTableModel *model = l.list->model();
+    QVERIFY(table->viewport()->acceptDrops());
 
     // The dragged row travels alone, under the private type.
     std::unique_ptr<QMimeData> dragged(model->mimeData({model->index(0, 0), model->index(0, 1)}));
@@ -156,6 +158,7 @@ void tst_QuickFilterEditor::reorderingByDragAndKeyboard()
 void tst_QuickFilterEditor::removingSparesAllContents()
 {
     FilterListFixture l;
+    QVERIFY(QTest::qWaitForWindowActive(l.list.get()));
     QCOMPARE(liveNames(l.f.data).first(), "All Contents");
     QPushButton *remove = l.list->buttonRemove();
     QVERIFY(!remove->isEnabled());
@@ -166,8 +169,23 @@ void tst_QuickFilterEditor::removingSparesAllContents()
     QTest::mouseClick(remove, Qt::LeftButton);
     QCOMPARE(liveNames(l.f.data).mid(0, 2), (QStringList{"All Contents", "Documents"}));
     QCOMPARE(storedNames(l.f.data), liveNames(l.f.data));
-    QCOMPARE(l.list->model()->rowCount(), l.f.data.filterItems().size());
+    QCOMPARE(l.list->tableView()->verticalHeader()->count(), l.f.data.filterItems().size());
     QCOMPARE(postedNames(l.posted), QStringList{"updateQuickLayouts"});
+
+    // F2 edits the selected filter; closing the editor's window cancels it.
+    bool edited = false;
+    whenOpen<EditQuickFilterWindowController>(
+        l.list.get(), [&](EditQuickFilterWindowController *editor) {
+            QCOMPARE(editor->quickFilterItem(), l.f.data.filterItems().at(1));
+            child<QLineEdit>(editor, "nameTextField")->setText("Papers");
+            editor->close();
+            edited = true;
+        });
+    l.list->tableView()->setFocus();
+    l.list->tableView()->selectRow(1);
+    QTest::keyClick(l.list->tableView(), Qt::Key_F2);
+    QVERIFY(edited);
+    QCOMPARE(liveNames(l.f.data).at(1), "Documents");
 }
 
 void tst_QuickFilterEditor::cancelKeepsExtensionsButNotTheName()
@@ -263,7 +281,7 @@ void tst_QuickFilterEditor::savingANewFilter()
 
     QCOMPARE(l.f.data.filterItems().size(), before + 1);
     QCOMPARE(storedNames(l.f.data).last(), "Recent");
-    QCOMPARE(l.list->model()->rowCount(), before + 1);
+    QCOMPARE(l.list->tableView()->verticalHeader()->count(), before + 1);
     QuickFilterItem &added = *l.f.data.filterItems().last();
     QVERIFY(!added.createdItem());
     const PropertyDictionary record = l.f.data.getQuickFilters().at(before).toDictionary();
