@@ -1,5 +1,6 @@
 #pragma once
 
+class AlertPresenter;
 class Brevano;
 class BrevanoData;
 class FileChooser;
@@ -15,4 +16,5 @@ struct SettingsServices
     FileChooser &chooser;
     LaunchAtLoginController &launchAtLogin;
     NotificationSettings &notificationSettings;
+    AlertPresenter &alerts;
 };

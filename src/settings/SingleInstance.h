@@ -10,6 +10,7 @@ template <class Window> class SingleInstance
 {
 public:
     static bool isOpen() { return !s_open.isNull(); }
+    static Window *openInstance() { return s_open; }
     static void bringToFront()
     {
         if (s_open) {

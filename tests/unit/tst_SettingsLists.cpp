@@ -1,7 +1,7 @@
 #include "ActionListObjectController.h"
 #include "EditRuleWindowController.h"
 #include "EngineFixture.h"
-#include "FileChooser.h"
+#include "FakeFileChooser.h"
 #include "FilterListObjectController.h"
 #include "FilterWindowController.h"
 #include "IgnoreDesktopItemsObjectController.h"
@@ -31,19 +31,6 @@
 #include <unistd.h>
 
 namespace {
-
-// Answers every question with the paths set, and remembers the questions.
-class FakeFileChooser : public FileChooser
-{
-public:
-    QStringList choose(const Options &options, QWidget *) override
-    {
-        m_asked.append(options);
-        return m_answer;
-    }
-    QList<Options> m_asked;
-    QStringList m_answer;
-};
 
 // A Desktop with two visible files differing in case, a folder, a name that is
 // not UTF-8, an item with a leading dot and one listed in ".hidden"; the ignore
