@@ -1,11 +1,14 @@
 #include "AppServices.h"
 #include "CommandLine.h"
 #include "ConsoleAlertPresenter.h"
+#include "DesktopNotificationSettings.h"
 #include "EmptyCommand.h"
 #include "FileNames.h"
 #include "InstanceChannel.h"
 #include "KVBrevanoAppDelegate.h"
+#include "LaunchAtLoginController.h"
 #include "MessageBoxAlertPresenter.h"
+#include "QtFileChooser.h"
 #include "QtScheduler.h"
 #include "StatusIcons.h"
 #include "UnixSignalWatcher.h"
@@ -55,6 +58,12 @@ void show(KVBrevanoAppDelegate &delegate, Window window)
         break;
     case Window::About:
         delegate.openAboutWindow();
+        break;
+    case Window::Preferences:
+        delegate.openPreferencesWindow();
+        break;
+    case Window::Tutorial:
+        delegate.openTutorial();
         break;
     }
 }
@@ -164,8 +173,12 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
         QIcon::setThemeName(QStringLiteral("Adwaita"));
     MessageBoxAlertPresenter alerts;
     AppServices services(alerts);
-    KVBrevanoAppDelegate delegate(services.data(), services.engine(), QtScheduler::instance(),
-                                  services.fileViewer(), alerts);
+    QtFileChooser chooser;
+    LaunchAtLoginController launchAtLogin(QCoreApplication::applicationFilePath());
+    DesktopNotificationSettings notificationSettings;
+    KVBrevanoAppDelegate delegate(SettingsServices{services.data(), services.engine(), chooser,
+                                                   launchAtLogin, notificationSettings, alerts},
+                                  QtScheduler::instance(), services.fileViewer(), alerts);
     InstanceServer server([&services, &delegate](const InstanceChannel::Request &request) {
         return carryOut(request, services, delegate);
     });

@@ -5,8 +5,9 @@
 #include <array>
 
 namespace {
-constexpr std::array kWindows{OpenCommand::Window::Panel, OpenCommand::Window::Menu,
-                              OpenCommand::Window::Restore, OpenCommand::Window::About};
+constexpr std::array kWindows{OpenCommand::Window::Panel,       OpenCommand::Window::Menu,
+                              OpenCommand::Window::Restore,     OpenCommand::Window::About,
+                              OpenCommand::Window::Preferences, OpenCommand::Window::Tutorial};
 
 QString accepted()
 {
@@ -28,6 +29,10 @@ QString OpenCommand::argument(Window window)
         return QStringLiteral("restore");
     case Window::About:
         return QStringLiteral("about");
+    case Window::Preferences:
+        return QStringLiteral("preferences");
+    case Window::Tutorial:
+        return QStringLiteral("tutorial");
     }
     return {};
 }
@@ -51,10 +56,12 @@ QString OpenCommand::help() const
     return QStringLiteral(
         "Usage: brevano open WHAT\n\n"
         "Has the running tray application show WHAT, in front of other windows:\n"
-        "  panel    the panel listing the Shadow Desktop (as a left click on the icon)\n"
-        "  menu     the status menu, at the pointer (as a right click on the icon)\n"
-        "  restore  the Restore Files window\n"
-        "  about    the About window\n\n"
+        "  panel        the panel listing the Shadow Desktop (as a left click on the icon)\n"
+        "  menu         the status menu, at the pointer (as a right click on the icon)\n"
+        "  restore      the Restore Files window\n"
+        "  about        the About window\n"
+        "  preferences  the Preferences window\n"
+        "  tutorial     the welcome tutorial (another window each time)\n\n"
         "Bind \"brevano open panel\" to a key in your desktop's keyboard settings to open\n"
         "the panel without the mouse, or where the tray never passes on a left click.\n"
         "When Brevano is not running, it starts here and then shows WHAT; without a\n"

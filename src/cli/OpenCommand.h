@@ -16,7 +16,9 @@ public:
         Panel,
         Menu,
         Restore,
-        About
+        About,
+        Preferences,
+        Tutorial
     };
     using Opener = std::function<void(Window)>;
 

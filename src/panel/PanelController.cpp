@@ -783,6 +783,10 @@ void PanelController::checkViewMenu(QMenu *menu, int checkedIndex)
 
 void PanelController::updateQuickLayouts()
 {
+    // A view removed in Preferences must not stay on show under its old name.
+    const auto &filters = m_data.filterItems();
+    if (m_currentFilter && !filters.contains(m_currentFilter) && !filters.isEmpty())
+        applyView(filters.first());
     m_desktopViews.clear();
     for (const auto &filter : m_data.filterItems())
         m_desktopViews.append(filter->getName());

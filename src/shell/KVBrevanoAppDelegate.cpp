@@ -10,9 +10,11 @@
 #include "NoTrayWindow.h"
 #include "NotificationCenter.h"
 #include "PanelController.h"
+#include "PreferencesWindowController.h"
 #include "ProductLinks.h"
 #include "RestoreFilesWindow.h"
 #include "StatusMenu.h"
+#include "WelcomeWindowController.h"
 
 #include <QCoreApplication>
 #include <QCursor>
@@ -21,11 +23,11 @@
 #include <QUrl>
 #include <QUrlQuery>
 
-KVBrevanoAppDelegate::KVBrevanoAppDelegate(BrevanoData &data, Brevano &engine, Scheduler &scheduler,
+KVBrevanoAppDelegate::KVBrevanoAppDelegate(const SettingsServices &settings, Scheduler &scheduler,
                                            FileViewer &fileViewer, AlertPresenter &alerts,
                                            QObject *parent)
-    : QObject(parent), m_data(data), m_engine(engine), m_scheduler(scheduler),
-      m_fileViewer(fileViewer), m_alerts(alerts)
+    : QObject(parent), m_settings(settings), m_data(settings.data), m_engine(settings.engine),
+      m_scheduler(scheduler), m_fileViewer(fileViewer), m_alerts(alerts)
 {
 }
 
@@ -35,10 +37,15 @@ KVBrevanoAppDelegate::~KVBrevanoAppDelegate()
     delete m_noTray;
     delete m_about;
     delete m_alreadyRunning;
+    delete PreferencesWindowController::openInstance();
+    for (const QPointer<WelcomeWindowController> &tutorial : std::as_const(m_tutorials))
+        delete tutorial;
 }
 
 void KVBrevanoAppDelegate::applicationDidFinishLaunching()
 {
+    m_engine.notifications().observe(NotificationCenter::OpenPreferences, this,
+                                     [this](const QVariant &) { openPreferencesWindow(); });
     m_data.loadDataFile();
     m_engine.linkSaveData(m_data.saveData());
     m_data.setTidyStatusSource(&m_engine);
@@ -64,11 +71,17 @@ void KVBrevanoAppDelegate::applicationDidFinishLaunching()
     connect(m_statusMenu.get(), &StatusMenu::emailSupportRequested, this,
             &KVBrevanoAppDelegate::emailSupport);
     connect(m_statusMenu.get(), &StatusMenu::quitRequested, qApp, &QCoreApplication::quit);
+    connect(m_statusMenu.get(), &StatusMenu::preferencesRequested, this,
+            &KVBrevanoAppDelegate::openPreferencesWindow);
+    connect(m_statusMenu.get(), &StatusMenu::tutorialRequested, this,
+            &KVBrevanoAppDelegate::openTutorial);
     // Closing the status menu stops every time-remaining tick, the open panel's too.
     connect(m_statusMenu->menu(), &QMenu::aboutToHide, this, [this] {
         if (m_panelController && m_panelController->hasActivePanel())
             m_data.startUpdatingTimeRemaining();
     });
+
+    openWelcomeWindowIfRequired();
 
     // The status item comes last, with its state set here: the icon update above
     // ran before it existed.
@@ -240,6 +253,41 @@ void KVBrevanoAppDelegate::openAlreadyRunningWindow()
     }
     m_alreadyRunning->raise();
     m_alreadyRunning->activateWindow();
+}
+
+void KVBrevanoAppDelegate::openPreferencesWindow()
+{
+    if (PreferencesWindowController::isOpen()) {
+        PreferencesWindowController::bringToFront();
+        return;
+    }
+    auto *window = new PreferencesWindowController(m_settings);
+    window->show();
+    window->raise();
+    window->activateWindow();
+}
+
+void KVBrevanoAppDelegate::openWelcomeWindowIfRequired()
+{
+    WelcomeWindowController::setTutorialMode(false);
+    if (m_data.getShowWelcome())
+        openWelcomeWindow(false);
+}
+
+void KVBrevanoAppDelegate::openTutorial()
+{
+    openWelcomeWindow(true);
+}
+
+void KVBrevanoAppDelegate::openWelcomeWindow(bool tutorialMode)
+{
+    WelcomeWindowController::setTutorialMode(tutorialMode);
+    m_tutorials.removeAll(nullptr);
+    auto *window = new WelcomeWindowController(m_data, m_engine);
+    m_tutorials.append(window);
+    window->show();
+    window->raise();
+    window->activateWindow();
 }
 
 void KVBrevanoAppDelegate::restoreFiles()

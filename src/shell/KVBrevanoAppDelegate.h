@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PanelControllerDelegate.h"
+#include "SettingsServices.h"
 
 #include <QObject>
 #include <QPointer>
@@ -18,6 +19,7 @@ class NoTrayWindow;
 class PanelController;
 class Scheduler;
 class StatusMenu;
+class WelcomeWindowController;
 
 // The tray application: starts the store, the engine, the status menu and the
 // status item in their order, opens the windows, and saves on the way out.
@@ -25,7 +27,8 @@ class KVBrevanoAppDelegate : public QObject, public PanelControllerDelegate
 {
     Q_OBJECT
 public:
-    KVBrevanoAppDelegate(BrevanoData &data, Brevano &engine, Scheduler &scheduler,
+    // settings holds the store, the engine and what the settings windows need.
+    KVBrevanoAppDelegate(const SettingsServices &settings, Scheduler &scheduler,
                          FileViewer &fileViewer, AlertPresenter &alerts, QObject *parent = nullptr);
     ~KVBrevanoAppDelegate() override;
 
@@ -44,6 +47,9 @@ public:
     void showStatusMenu();
     void toggleEnabled();
     void openAlreadyRunningWindow();
+    void openPreferencesWindow();
+    // The tutorial of a first start, while the store asks for it.
+    void openWelcomeWindowIfRequired();
     void revealShadowDesktop();
 
     // What the panel asks of the application.
@@ -59,9 +65,10 @@ public:
     void openAboutWindow() override;
     void checkForUpdates() override;
     void terminate() override;
-    bool canOpenTutorial() const override { return false; }
-    void openTutorial() override {}
-    bool canOpenPreferences() const override { return false; }
+    bool canOpenTutorial() const override { return true; }
+    // Another tutorial window each time.
+    void openTutorial() override;
+    bool canOpenPreferences() const override { return true; }
 
     StatusMenu *statusMenu() const { return m_statusMenu.get(); }
     // Set when Brevano should start again once it has quit (a tray host came late).
@@ -73,7 +80,9 @@ private:
     // togglePanel's flip of the active icon and the panel, without its guard.
     void flipPanel();
     void updateTrayHostWindow(bool available);
+    void openWelcomeWindow(bool tutorialMode);
 
+    SettingsServices m_settings;
     BrevanoData &m_data;
     Brevano &m_engine;
     Scheduler &m_scheduler;
@@ -85,5 +94,6 @@ private:
     QPointer<AboutWindow> m_about;
     QPointer<AlreadyRunningWindow> m_alreadyRunning;
     QPointer<NoTrayWindow> m_noTray;
+    QList<QPointer<WelcomeWindowController>> m_tutorials;
     bool m_wantsRestart = false;
 };

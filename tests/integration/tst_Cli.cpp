@@ -235,7 +235,7 @@ void tst_Cli::openWithoutTheTrayApplication()
 {
     const Result bogus = run({"open", "bogus"});
     QCOMPARE(bogus.status, 2);
-    QVERIFY2(bogus.err.contains(u"\"bogus\"") && bogus.err.contains(u"panel, menu, restore, about"),
+    QVERIFY2(bogus.err.contains(u"\"bogus\"") && bogus.err.contains(u"panel, menu, restore, about, preferences, tutorial"),
              qPrintable(bogus.err));
     QCOMPARE(run({"open"}).status, 2);
 

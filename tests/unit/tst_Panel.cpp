@@ -331,6 +331,13 @@ private slots:
         p.waitForListing();
         QCOMPARE(p.ui().tableView->visualRect(p.panel->model().index(0)).height(), 66);
 
+        // A view removed elsewhere (Preferences) gives way to the first.
+        p.panel->pressedMenuItem(2);
+        p.f.data.removeQuickFilter(2);
+        p.f.notifications.post(NotificationCenter::UpdateQuickLayouts);
+        QCOMPARE(p.panel->currentFilter(), filters.at(0));
+        QCOMPARE(p.ui().activeViewText->text(), filters.at(0)->getName());
+
         // The view is remembered at closing; one that no longer exists falls back to the first.
         p.panel->pressedMenuItem(3);
         p.panel->setHasActivePanel(false);

@@ -1,10 +1,9 @@
 #include "DesktopNotificationSettings.h"
-#include "EngineFixture.h"
-#include "FakeFileChooser.h"
 #include "IgnoreDesktopItemsObjectController.h"
 #include "IgnoreFilesListObjectController.h"
 #include "LaunchAtLoginController.h"
 #include "PreferencesWindowController.h"
+#include "SettingsFixture.h"
 #include "ui_Preferences.h"
 
 #include <QAbstractScrollArea>
@@ -15,26 +14,10 @@
 
 namespace {
 
-class FakeNotificationSettings : public NotificationSettings
-{
-public:
-    bool isAvailable() const override { return m_available; }
-    bool open() override { return ++m_opened; }
-    bool m_available = true;
-    int m_opened = 0;
-};
-
 // A Preferences window over a sandbox store; the window is shown, as the
 // application shows it.
-struct PreferencesFixture
+struct PreferencesFixture : SettingsFixture
 {
-    EngineFixture f;
-    FakeFileChooser chooser;
-    FakeNotificationSettings notificationSettings;
-    LaunchAtLoginController launchAtLogin{QStringLiteral("/opt/brevano/bin/brevano")};
-    SettingsServices services{f.data,  f.engine, chooser, launchAtLogin, notificationSettings,
-                              f.alerts};
-
     PreferencesFixture() { f.load(); }
     ~PreferencesFixture()
     {

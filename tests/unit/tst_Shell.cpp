@@ -1,20 +1,23 @@
+#include "AlreadyRunningWindow.h"
 #include "AlternateItemWidget.h"
 #include "EngineFixture.h"
 #include "GermanLocale.h"
 #include "KVBrevanoAppDelegate.h"
-#include "LaunchAtLoginController.h"
 #include "MenuRenderer.h"
 #include "MenubarController.h"
 #include "MessageBoxAlertPresenter.h"
 #include "PanelController.h"
+#include "PreferencesWindowController.h"
 #include "PreviewCache.h"
 #include "RecordingAlertPresenter.h"
 #include "RestoreFilesModel.h"
 #include "RestoreFilesWindow.h"
+#include "SettingsFixture.h"
 #include "SizeText.h"
 #include "StatusDisplay.h"
 #include "StatusItemView.h"
 #include "StatusMenu.h"
+#include "WelcomeWindowController.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -122,6 +125,7 @@ private slots:
     void alternatesFollowTheModifiers();
     void supportMail();
     void thePanelAndTheActiveIcon();
+    void windowOpeners();
     void aStaleCompletionIsDropped();
     void sizeIsEstimatedOnTheWorker();
     void closingBeforeTheWorkerStartsStopsIt();
@@ -361,11 +365,69 @@ void tst_Shell::supportMail()
     QVERIFY(query.queryItemValue("body", QUrl::FullyDecoded).startsWith("\n\nSent from "));
 }
 
+// Top-level windows of one kind that are on show.
+template <typename Window> static QList<Window *> shownWindows()
+{
+    QList<Window *> shown;
+    for (QWidget *widget : QApplication::topLevelWidgets())
+        if (auto *window = qobject_cast<Window *>(widget); window && window->isVisible())
+            shown.append(window);
+    return shown;
+}
+
+void tst_Shell::windowOpeners()
+{
+    SettingsFixture s;
+    RecordingAlertPresenter alerts;
+    {
+        // A first start opens the tutorial, once the store asks for it.
+        KVBrevanoAppDelegate delegate(s.services, s.f.scheduler, s.f.fileViewer, alerts);
+        delegate.applicationDidFinishLaunching();
+        QCOMPARE(shownWindows<WelcomeWindowController>().size(), 1);
+        delegate.openTutorial();
+        delegate.openTutorial(); // each time another window
+        QCOMPARE(shownWindows<WelcomeWindowController>().size(), 3);
+
+        delegate.openPreferencesWindow();
+        PreferencesWindowController *preferences = PreferencesWindowController::openInstance();
+        QVERIFY(preferences && preferences->isVisible());
+        preferences->close(); // not Done: it comes back as it was
+        delegate.openPreferencesWindow();
+        QCOMPARE(PreferencesWindowController::openInstance(), preferences);
+        QCOMPARE(shownWindows<PreferencesWindowController>().size(), 1);
+        delete preferences;
+
+        // The Already Running window's button and the panel reach Preferences too.
+        delegate.openAlreadyRunningWindow();
+        auto *alreadyRunning = shownWindows<AlreadyRunningWindow>().value(0);
+        QVERIFY(alreadyRunning);
+        alreadyRunning->findChild<QPushButton *>("preferencesButton")->click();
+        QVERIFY(!alreadyRunning->isVisible());
+        QCOMPARE(shownWindows<PreferencesWindowController>().size(), 1);
+        delete PreferencesWindowController::openInstance();
+        QVERIFY(delegate.canOpenPreferences() && delegate.canOpenTutorial());
+        s.f.notifications.post(NotificationCenter::OpenPreferences);
+        QCOMPARE(shownWindows<PreferencesWindowController>().size(), 1);
+    }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(shownWindows<QWidget>().isEmpty()); // the delegate's windows go with it
+
+    // Told not to show it again, a start opens no tutorial.
+    s.f.data.setShowWelcome(false);
+    s.f.data.saveDataFile();
+    KVBrevanoAppDelegate delegate(s.services, s.f.scheduler, s.f.fileViewer, alerts);
+    delegate.applicationDidFinishLaunching();
+    QVERIFY(shownWindows<WelcomeWindowController>().isEmpty());
+}
+
 void tst_Shell::thePanelAndTheActiveIcon()
 {
-    EngineFixture f;
+    SettingsFixture s;
+    EngineFixture &f = s.f;
     RecordingAlertPresenter alerts;
-    KVBrevanoAppDelegate delegate(f.data, f.engine, f.scheduler, f.fileViewer, alerts);
+    f.data.setShowWelcome(false);
+    f.data.saveDataFile();
+    KVBrevanoAppDelegate delegate(s.services, f.scheduler, f.fileViewer, alerts);
     delegate.applicationDidFinishLaunching();
     f.engine.setEnabled(true);
     f.data.updateStatusIcon();
