@@ -8,6 +8,7 @@
 #include "IgnoreDesktopItemsObjectController.h"
 #include "IgnoreFileTypesListObjectController.h"
 #include "IgnoreFilesListObjectController.h"
+#include "OperationMode.h"
 #include "LaunchAtLoginController.h"
 #include "NotificationSettings.h"
 #include "QuickFiltersListObjectController.h"
@@ -228,9 +229,11 @@ void PreferencesWindowController::setOperationMode(quint32 mode)
 void PreferencesWindowController::updateButtons()
 {
     Ui::Preferences &ui = *m_ui;
-    const bool basic = m_services.data.getOperationMode() == 0;
+    const bool basic = OperationMode::tidies(m_services.data.getOperationMode());
     ui.basicModeButton->setEnabled(!basic);
     ui.advancedModeButton->setEnabled(basic);
+    // The same words as the status menu and brevano status.
+    ui.advancedModeNote->setText(OperationMode::nothingMovesNote());
     ui.advancedModeNote->setVisible(!basic);
     ui.tabView->setTabVisible(ui.tabView->indexOf(ui.advancedTab), !basic);
 }

@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Does what a person would do to a control of a running application's window,
 through AT-SPI: the first showing object of that name (and, if given, role)
-gets the focus ("focus") or has its action of that name done ("Press",
+gets the focus ("focus", which needs the object to be a widget that takes it) or has its action of that name done ("Press",
 "Toggle", ...). An action that opens a modal window answers only when that
 window closes, so the call does not wait for the answer.
 Exit status 1 when there is no such object or action.
+NAME#N stands for the N-th object of that name.
 Usage: atspi-do.py APPLICATION WINDOW-TITLE NAME ACTION [ROLE]"""
 import sys
 
@@ -18,16 +19,22 @@ def showing(accessible):
         return False
 
 
-def find(accessible, name, role, depth=0, in_list=False):
+def find(accessible, name, role, depth=0, in_list=False, seen=None):
+    """The object of that name; "NAME#N" is the N-th of that name (from 1)."""
+    if seen is None:
+        base, _, nth = name.partition("#")
+        seen = {"name": base, "left": int(nth or 1)}
     if depth > 30 or not (in_list or showing(accessible)):
         return None
-    if accessible.name == name and (role is None or accessible.getRoleName() == role):
-        return accessible
+    if accessible.name == seen["name"] and (role is None or accessible.getRoleName() == role):
+        seen["left"] -= 1
+        if seen["left"] == 0:
+            return accessible
     is_list = accessible.getRole() in (pyatspi.ROLE_LIST, pyatspi.ROLE_TABLE,
                                        pyatspi.ROLE_TREE_TABLE, pyatspi.ROLE_LIST_BOX)
     for index in range(accessible.childCount):
         child = accessible.getChildAtIndex(index)
-        found = find(child, name, role, depth + 1, is_list) if child is not None else None
+        found = find(child, name, role, depth + 1, is_list, seen) if child is not None else None
         if found is not None:
             return found
     return None
@@ -45,9 +52,12 @@ def main():
             found = find(window, name, role)
             if found is None:
                 continue
-            if action == "focus":
-                return 0 if found.queryComponent().grabFocus() else 1
             actions = found.queryAction()
+            if action == "focus":
+                # Qt's widgets take the focus through their action of that name.
+                if found.queryComponent().grabFocus():
+                    return 0
+                action = "SetFocus"
             for index in range(actions.nActions):
                 if actions.getName(index).lower() == action.lower():
                     pyatspi.setTimeout(500, 500)

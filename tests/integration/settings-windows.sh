@@ -22,6 +22,11 @@ preferences="Brevano Preferences"
 shows_window() { window_text "$1" >/dev/null; } # TITLE
 closed() { ! shows_window "$1"; }
 windows_titled() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | wc -l; }
+ticked() { # NAME: its row of the tutorial's checklist is ticked
+  local text
+  text="$("$here/atspi-window.py" Brevano "$tutorial" checked 2>/dev/null)" &&
+    grep -qxF "table cell	Ignore $1" <<<"$text"
+}
 photo() { sleep 0.4; import -window root "$shots/$1.png"; } # NAME: once drawn
 
 for f in keep-me.txt other.txt; do echo x > "$HOME/Desktop/$f"; done
@@ -32,15 +37,22 @@ check "a first start with no data file opens the tutorial" \
   'wait_for app_listening && [ ! -e "$data_file" ] && wait_for "shows_window \"$tutorial\""'
 check "the first page offers Next, not Back or Finish" \
   'shows "$tutorial" "push button	Next"'
-for page in 0 1 2 3 4 5; do
+# A button pressed through AT-SPI clicks a moment later, and a second press
+# before then makes one click: each page is waited for.
+for page in 0 1 2 3 4; do
   photo "tutorial-page-$page"
   act "$tutorial" Next Press "push button"
+  wait_for "shows \"\$tutorial\" \"Page $((page + 2)) of 6\"" || echo "page $((page + 1)) did not come"
 done
+photo tutorial-page-5
+act "$tutorial" Next Press "push button"
 check "the last page shows the Desktop's items to leave alone" \
   'wait_for "shows \"\$tutorial\" keep-me.txt" && shows "$tutorial" other.txt'
 photo tutorial-page-6
+# Tab order: the list, Check All, Uncheck All, then the check boxes.
 check "an item is ticked from the keyboard" \
-  'act "$tutorial" keep-me.txt focus && xdotool key space'
+  'act "$tutorial" "Tidy my Desktop periodically" focus && xdotool key shift+Tab shift+Tab shift+Tab space &&
+   wait_for "ticked keep-me.txt"'
 photo tutorial-page-6-ticked
 act "$tutorial" Finish Press "push button"
 check "Finish closes the tutorial" 'wait_for "closed \"\$tutorial\""'
@@ -54,13 +66,53 @@ check "Finish turned periodic tidying on" \
 check "brevano open preferences opens Preferences" 'wait_for "shows_window \"$preferences\""'
 tab=0
 for name in General Ignore "Quick Filters" Notifications; do
-  act "$preferences" "$name" focus "page tab" || act "$preferences" "$name" Switch "page tab"
+  act "$preferences" "$name" Press "page tab"
   photo "preferences-$tab"; tab=$((tab + 1))
 done
-act "$preferences" General focus "page tab"
+# The quick filter editor and its extension prompt, from the Quick Filters tab.
+act "$preferences" "Quick Filters" Press "page tab"
+act "$preferences" Add Press "push button"
+check "Add in Quick Filters opens the quick filter editor" 'wait_for "shows_window \"Quick Filter\""'
+photo quick-filter-editor
+act "Quick Filter" "Add extension" Press "push button"
+check "the editor's Add asks for a file extension" 'wait_for "shows_window \"File Extension\""'
+xdotool type " .JPG "
+photo extension-prompt
+xdotool key Return
+check "the extension comes back without dots and spaces, lower-cased" \
+  'wait_for "closed \"File Extension\"" && wait_for "shows \"Quick Filter\" \"table cell	jpg\""'
+photo quick-filter-editor-extension
+xdotool key Escape
+check "Escape cancels the quick filter editor" 'wait_for "closed \"Quick Filter\""'
+
+# Advanced mode: the window and brevano status say that nothing moves; the
+# rules and locations and their editors are shown.
+act "$preferences" General Press "page tab"
+act "$preferences" "Advanced mode" Press "push button"
+check "advanced mode says in Preferences that nothing moves" \
+  'wait_for "shows \"\$preferences\" \"no tidy moves anything\""'
+photo preferences-advanced-mode
+check "brevano status says so too" '"$brevano" status | grep -q "^mode: advanced: "'
+act "$preferences" Advanced Press "page tab"
+photo preferences-advanced
+editor=0
+for title in "Edit Rule" "Edit Filter" "Select Action"; do
+  editor=$((editor + 1))
+  act "$preferences" "Add#$((editor + 1))" Press "push button" # after the locations' own
+  check "the $title window opens from its list" 'wait_for "shows_window \"$title\""'
+  photo "advanced-editor-$editor"
+  xdotool key Escape
+  wait_for "closed \"$title\""
+done
+act "$preferences" General Press "page tab"
+act "$preferences" "Basic mode" Press "push button"
+check "back in basic mode, brevano status says so" \
+  'wait_for "\"\$brevano\" status | grep -qx \"mode: basic\""'
 before="$("$brevano" get TidyFrequency)"
+# The frequency follows the automatic tidy's check box in the Tab order.
 check "the frequency is chosen from the keyboard" \
-  'act "$preferences" "Tidy frequency" focus && xdotool key Down'
+  'act "$preferences" "Tidy the Desktop automatically" focus && xdotool key Tab Down &&
+   wait_for "shows \"\$preferences\" \"combo box	Every 5 minutes\""'
 photo preferences-frequency-changed
 xdotool key Return # Done is the default button
 check "Done closes Preferences" 'wait_for "closed \"\$preferences\""'

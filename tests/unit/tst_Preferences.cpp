@@ -270,7 +270,7 @@ void tst_Preferences::tabAndModes()
     QVERIFY(ui.basicModeButton->isEnabled());
     QVERIFY(!ui.advancedModeButton->isEnabled());
     QVERIFY(ui.advancedModeNote->isVisible());
-    QVERIFY(ui.advancedModeNote->text().contains("does not move anything"));
+    QVERIFY(ui.advancedModeNote->text().contains("no tidy moves anything"));
     QVERIFY(ui.tabView->isTabVisible(advancedTab));
     QVERIFY(window->findChild<QWidget *>("rulesAndLocations"));
     ui.tabView->setCurrentIndex(advancedTab);
