@@ -18,8 +18,6 @@ quint32 chosenIndex(const QComboBox *combo)
 
 } // namespace
 
-OpenWindowMarker<EditQuickFilterWindowController> EditQuickFilterWindowController::s_open;
-
 EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &store,
                                                                  NotificationCenter &notifications,
                                                                  QuickFilterList::ItemPointer item,
@@ -59,7 +57,7 @@ EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &st
     m_notifications.observe(
         NotificationCenter::AddFileExtension, this,
         [this](const QVariant &extension) { addFileExtension(extension.toString()); });
-    s_open.set(this);
+    markOpen(this);
 }
 
 EditQuickFilterWindowController::EditQuickFilterWindowController(BrevanoData &store,
@@ -141,7 +139,7 @@ void EditQuickFilterWindowController::pressedSave()
         m_data.addQuickFilter(m_item);
         m_item->setCreatedItem(false);
     }
-    s_open.clear();
+    clearOpen();
     done(Accepted);
     m_notifications.post(NotificationCenter::QuickFilterChanged);
 }
@@ -149,7 +147,7 @@ void EditQuickFilterWindowController::pressedSave()
 void EditQuickFilterWindowController::pressedCancel()
 {
     m_item->discardChanges();
-    s_open.clear();
+    clearOpen();
     done(Rejected);
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "OpenWindowMarker.h"
 #include "QuickFilterList.h"
+#include "SingleInstance.h"
 
 #include <QDialog>
 
@@ -19,7 +19,8 @@ class QuickFilter;
 // and the close button discard them. Extensions are the record's own list, so
 // those added or removed stay changed on an existing filter even after Cancel.
 // One at a time; run it with exec().
-class EditQuickFilterWindowController : public QDialog
+class EditQuickFilterWindowController : public QDialog,
+                                        public SingleInstance<EditQuickFilterWindowController>
 {
     Q_OBJECT
 public:
@@ -33,10 +34,6 @@ public:
 
     // The extensions table's one column answers this under Qt::UserRole.
     static inline const QString FilenameColumn = QStringLiteral("FilenameColumn");
-
-    static bool isOpen() { return s_open.isOpen(); }
-    static void bringToFront() { s_open.bringToFront(); }
-    static EditQuickFilterWindowController *openInstance() { return s_open.window(); }
 
     const QuickFilterList::ItemPointer &quickFilterItem() const { return m_item; }
 
@@ -52,7 +49,6 @@ private:
     void addFileExtension(const QString &extension);
     void reloadExtensions();
 
-    static OpenWindowMarker<EditQuickFilterWindowController> s_open;
     std::unique_ptr<Ui::QuickFilter> m_ui;
     BrevanoData &m_data;
     NotificationCenter &m_notifications;

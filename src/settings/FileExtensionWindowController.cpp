@@ -3,8 +3,6 @@
 #include "NotificationCenter.h"
 #include "ui_Extension.h"
 
-OpenWindowMarker<FileExtensionWindowController> FileExtensionWindowController::s_open;
-
 FileExtensionWindowController::FileExtensionWindowController(NotificationCenter &notifications,
                                                              const QString &extension,
                                                              QWidget *parent)
@@ -16,7 +14,7 @@ FileExtensionWindowController::FileExtensionWindowController(NotificationCenter 
             &FileExtensionWindowController::pressedSave);
     connect(m_ui->buttonCancel, &QPushButton::clicked, this,
             &FileExtensionWindowController::pressedCancel);
-    s_open.set(this);
+    markOpen(this);
 }
 
 FileExtensionWindowController::~FileExtensionWindowController() = default;
@@ -31,13 +29,13 @@ void FileExtensionWindowController::pressedSave()
     QString extension = m_ui->nameTextField->text();
     extension.remove(u'.').remove(u' ');
     m_notifications.post(NotificationCenter::AddFileExtension, extension.toLower());
-    s_open.clear();
+    clearOpen();
     done(1);
 }
 
 void FileExtensionWindowController::pressedCancel()
 {
-    s_open.clear();
+    clearOpen();
     done(0);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OpenWindowMarker.h"
+#include "SingleInstance.h"
 
 #include <QDialog>
 
@@ -14,7 +14,8 @@ class Extension;
 // Asks for one file extension and announces it ("addFileExtension") to the
 // quick filter editor that opened it. One at a time; run it with exec(): it
 // answers 1 when saved, 0 when cancelled (Escape and the close button cancel).
-class FileExtensionWindowController : public QDialog
+class FileExtensionWindowController : public QDialog,
+                                      public SingleInstance<FileExtensionWindowController>
 {
     Q_OBJECT
 public:
@@ -22,10 +23,6 @@ public:
                                            const QString &extension = QString(),
                                            QWidget *parent = nullptr);
     ~FileExtensionWindowController() override;
-
-    static bool isOpen() { return s_open.isOpen(); }
-    static void bringToFront() { s_open.bringToFront(); }
-    static FileExtensionWindowController *openInstance() { return s_open.window(); }
 
     // The text as typed.
     QString extension() const;
@@ -35,7 +32,6 @@ public:
     void reject() override;
 
 private:
-    static OpenWindowMarker<FileExtensionWindowController> s_open;
     std::unique_ptr<Ui::Extension> m_ui;
     NotificationCenter &m_notifications;
 };

@@ -37,8 +37,6 @@ protected:
 };
 } // namespace
 
-QPointer<RestoreFilesWindow> RestoreFilesWindow::s_open;
-
 RestoreFilesWindow::RestoreFilesWindow(Brevano &engine, QWidget *parent)
     : QDialog(parent), m_model(engine), m_list(new QListWidget), m_ignoreButton(new QCheckBox)
 {
@@ -89,15 +87,7 @@ RestoreFilesWindow::RestoreFilesWindow(Brevano &engine, QWidget *parent)
             &RestoreFilesWindow::takeTicks);
     reload();
     resize(420, 360);
-    s_open = this;
-}
-
-void RestoreFilesWindow::bringToFront()
-{
-    if (s_open) {
-        s_open->show();
-        s_open->raise();
-    }
+    markOpen(this);
 }
 
 void RestoreFilesWindow::reload()
@@ -140,7 +130,7 @@ void RestoreFilesWindow::pressedUncheckAll()
 void RestoreFilesWindow::pressedRestore()
 {
     hide();
-    s_open.clear();
+    clearOpen();
     m_model.applyRestoreSettings(m_ignoreButton->isChecked());
     deleteLater();
 }
@@ -148,6 +138,6 @@ void RestoreFilesWindow::pressedRestore()
 void RestoreFilesWindow::pressedCancel()
 {
     hide();
-    s_open.clear();
+    clearOpen();
     deleteLater();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "RestoreFilesModel.h"
+#include "SingleInstance.h"
 
 #include <QDialog>
 #include <QPointer>
@@ -11,15 +12,11 @@ class QListWidget;
 // Lists the items directly in the Shadow Desktop with a tick each, and puts the
 // ticked ones back on the Desktop, optionally on the ignore list too. One at a
 // time: closed with the title bar's control it stays as it was, to come back.
-class RestoreFilesWindow : public QDialog
+class RestoreFilesWindow : public QDialog, public SingleInstance<RestoreFilesWindow>
 {
     Q_OBJECT
 public:
     RestoreFilesWindow(Brevano &engine, QWidget *parent = nullptr);
-
-    static bool isOpen() { return !s_open.isNull(); }
-    static void bringToFront();
-    static RestoreFilesWindow *openInstance() { return s_open; }
 
     void pressedCheckAll();
     void pressedUncheckAll();
@@ -33,7 +30,6 @@ private:
     // The list's selection is the ticks; this hands them to the model.
     void takeTicks();
 
-    static QPointer<RestoreFilesWindow> s_open;
     RestoreFilesModel m_model;
     QListWidget *m_list;
     QCheckBox *m_ignoreButton;
