@@ -13,11 +13,22 @@ public:
     static Window *openInstance() { return s_open; }
     static void bringToFront()
     {
-        if (s_open) {
-            s_open->show();
-            s_open->raise();
-            s_open->activateWindow();
-        }
+        if (s_open)
+            showInFront(s_open);
+    }
+    // Brings the open window forward, or shows the new one that make() returns.
+    template <class Make> static void openOrBringToFront(Make make)
+    {
+        if (isOpen())
+            bringToFront();
+        else
+            showInFront(make());
+    }
+    static void showInFront(QWidget *window)
+    {
+        window->show();
+        window->raise();
+        window->activateWindow();
     }
     // Runs a new window modally, made from args, unless one is open already,
     // which then comes forward instead.

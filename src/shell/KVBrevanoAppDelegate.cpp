@@ -257,14 +257,8 @@ void KVBrevanoAppDelegate::openAlreadyRunningWindow()
 
 void KVBrevanoAppDelegate::openPreferencesWindow()
 {
-    if (PreferencesWindowController::isOpen()) {
-        PreferencesWindowController::bringToFront();
-        return;
-    }
-    auto *window = new PreferencesWindowController(m_settings);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    PreferencesWindowController::openOrBringToFront(
+        [this] { return new PreferencesWindowController(m_settings); });
 }
 
 void KVBrevanoAppDelegate::openWelcomeWindowIfRequired()
@@ -292,14 +286,7 @@ void KVBrevanoAppDelegate::openWelcomeWindow(bool tutorialMode)
 
 void KVBrevanoAppDelegate::restoreFiles()
 {
-    if (RestoreFilesWindow::isOpen()) {
-        RestoreFilesWindow::bringToFront();
-        return;
-    }
-    auto *window = new RestoreFilesWindow(m_engine);
-    window->show();
-    window->raise();
-    window->activateWindow();
+    RestoreFilesWindow::openOrBringToFront([this] { return new RestoreFilesWindow(m_engine); });
 }
 
 void KVBrevanoAppDelegate::revealShadowDesktop()
