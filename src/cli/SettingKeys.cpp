@@ -129,11 +129,9 @@ std::optional<QString> checkedFolder(const QString &text, QString &error)
         error = QStringLiteral("an existing folder (nothing is created)");
         return std::nullopt;
     }
-    const QString desktop = AppFolders::desktopFolder();
-    if (path == desktop || path.startsWith(desktop + u'/')) {
-        error = QStringLiteral("a folder outside the Desktop (%1)").arg(desktop);
+    error = AppFolders::shadowDesktopRequirement(path);
+    if (!error.isEmpty())
         return std::nullopt;
-    }
     return path;
 }
 

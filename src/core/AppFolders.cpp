@@ -3,6 +3,7 @@
 #include "FileStat.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 static QString withoutTrailingSeparator(QString path)
@@ -39,4 +40,26 @@ QString AppFolders::brevanoSupportFolder()
 QString AppFolders::defaultShadowDesktopFolder()
 {
     return createdFolder(applicationSupportFolder() + QStringLiteral("/Brevano/Shadow Desktop"));
+}
+
+QString AppFolders::shadowDesktopRequirement(const QString &folder)
+{
+    const auto real = [](const QString &path) {
+        const QString canonical = QFileInfo(path).canonicalFilePath();
+        return canonical.isEmpty() ? QDir::cleanPath(path) : canonical;
+    };
+    const auto within = [](const QString &inner, const QString &outer) {
+        return inner == outer || outer == u"/" || inner.startsWith(outer + u'/');
+    };
+    const QString chosen = real(folder);
+    if (within(chosen, real(desktopFolder())))
+        return QStringLiteral("a folder outside the Desktop (%1)").arg(desktopFolder());
+    for (const QString &kept : {QDir::homePath(), desktopFolder(),
+                                applicationSupportFolder() + QStringLiteral("/Brevano")}) {
+        if (within(real(kept), chosen))
+            return QStringLiteral("a folder that holds neither your home folder, the Desktop nor "
+                                  "Brevano's own data (%1)")
+                .arg(kept);
+    }
+    return {};
 }

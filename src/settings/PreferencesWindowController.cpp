@@ -5,6 +5,7 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "FileChooser.h"
+#include "FileNames.h"
 #include "IgnoreDesktopItemsObjectController.h"
 #include "IgnoreFileTypesListObjectController.h"
 #include "IgnoreFilesListObjectController.h"
@@ -17,6 +18,7 @@
 #include "ui_Preferences.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QSignalBlocker>
 #include <QTableView>
 
@@ -192,7 +194,7 @@ void PreferencesWindowController::loadSettings()
         frequency < quint32(ui.tidyFrequency->count()) ? int(frequency) : -1);
     if (QAbstractButton *overwrite = ui.overwriteRadioButton->button(int(store.getOverwriteMode())))
         overwrite->setChecked(true);
-    ui.desktopPath->setText(store.getShadowDesktopPath());
+    ui.desktopPath->setText(FileNames::display(store.getShadowDesktopPath()));
     ui.desktopPath->setToolTip(ui.desktopPath->text());
     updateButtons();
     // The tab shown last, unless it is not there now.
@@ -246,8 +248,37 @@ void PreferencesWindowController::pressedChangePath()
     options.mode = FileChooser::Mode::OneFolder;
     options.canCreateFolders = true;
     const QStringList chosen = m_services.chooser.choose(options, this);
-    if (!chosen.isEmpty())
-        useShadowDesktopPath(QDir::cleanPath(chosen.first()));
+    if (chosen.isEmpty())
+        return;
+    const QString path = QDir::cleanPath(chosen.first());
+    if (path != m_services.data.getShadowDesktopPath() && !mayBeShadowDesktop(path))
+        return;
+    useShadowDesktopPath(path);
+}
+
+// Emptying the Shadow Desktop trashes everything in it, and restoring all puts
+// everything on the Desktop: the folder must hold nothing of the user's that
+// matters, and a folder with things in it is used only when the user says so.
+bool PreferencesWindowController::mayBeShadowDesktop(const QString &path)
+{
+    const QString shown = FileNames::display(path);
+    const QString requirement = AppFolders::shadowDesktopRequirement(path);
+    if (!requirement.isEmpty()) {
+        m_services.alerts.runModal(
+            {QStringLiteral("“%1” cannot be the Shadow Desktop").arg(shown),
+             QStringLiteral("The Shadow Desktop must be %1.").arg(requirement)});
+        return false;
+    }
+    QDirIterator entries(path, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden |
+                                   QDir::System);
+    if (!entries.hasNext())
+        return true;
+    const int answer = m_services.alerts.runModal(
+        {QStringLiteral("Use “%1”, which is not empty, as the Shadow Desktop?").arg(shown),
+         QStringLiteral("What is in it will be listed with the tidied items, and Empty Shadow "
+                        "Desktop would move it to the Trash."),
+         {QStringLiteral("Cancel"), QStringLiteral("Use Folder")}});
+    return answer == 1;
 }
 
 void PreferencesWindowController::pressedResetPath()
@@ -262,11 +293,11 @@ void PreferencesWindowController::useShadowDesktopPath(const QString &path)
     const QString before = store.getShadowDesktopPath();
     store.setShadowDesktopPath(path);
     const QString now = store.getShadowDesktopPath();
-    m_ui->desktopPath->setText(now);
-    m_ui->desktopPath->setToolTip(now);
+    m_ui->desktopPath->setText(FileNames::display(now));
+    m_ui->desktopPath->setToolTip(FileNames::display(now));
     if (now != before) {
-        m_ui->pathChangeNote->setText(QStringLiteral("Items already in “%1” stay there.")
-                                          .arg(QDir::toNativeSeparators(before)));
+        m_ui->pathChangeNote->setText(
+            QStringLiteral("Items already in “%1” stay there.").arg(FileNames::display(before)));
         m_ui->pathChangeNote->show();
     }
 }

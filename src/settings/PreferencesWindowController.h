@@ -55,6 +55,7 @@ private:
     // What lives outside the store and may have changed while the window was hidden.
     void showDesktopState();
     void setOperationMode(quint32 mode);
+    bool mayBeShadowDesktop(const QString &path);
     void useShadowDesktopPath(const QString &path);
     QSet<QString> ignoredPaths() const;
     void followIgnoredItems();

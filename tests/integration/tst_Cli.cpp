@@ -120,6 +120,8 @@ void tst_Cli::setRejectsBadInput_data()
                                     << "expects an existing folder";
     QTest::newRow("the Desktop") << QStringList{"set", "ShadowDesktopPath", "DESKTOP"}
                                  << "outside the Desktop";
+    QTest::newRow("the root") << QStringList{"set", "ShadowDesktopPath", "/"}
+                              << "holds neither your home folder";
     QTest::newRow("read only") << QStringList{"set", "IgnoreFiles", "x"}
                                << "not set from the command line";
     QTest::newRow("unknown") << QStringList{"set", "Colour", "red"} << "unknown key \"Colour\"";

@@ -196,7 +196,27 @@ void tst_Preferences::closingKeepsWhatTookEffectAndTheWindow()
     QVERIFY(asked.mode == FileChooser::Mode::OneFolder);
     QVERIFY(asked.canCreateFolders);
     QVERIFY(ui.pathChangeNote->isHidden());
+    // A folder holding the home folder, the Desktop or Brevano's data is refused
+    // (emptying the Shadow Desktop would trash it all), and so is the Desktop's inside.
+    for (const QString &unsafe :
+         {QString("/"), p.f.sandbox.home(), p.f.sandbox.desktop() + "/Inside",
+          p.f.sandbox.home() + "/.local/share/Brevano"}) {
+        QDir().mkpath(unsafe);
+        p.chooser.m_answer = {unsafe};
+        ui.changePathButton->click();
+        QCOMPARE(p.f.data.getShadowDesktopPath(), before);
+        QVERIFY2(p.f.alerts.m_alerts.last().title.endsWith("cannot be the Shadow Desktop"),
+                 qPrintable(unsafe));
+    }
+    // A folder with something in it is used only when the user says so.
+    QFile old(chosen + "/old.txt");
+    QVERIFY(old.open(QIODevice::WriteOnly));
+    p.f.alerts.m_answer = AlertPresenter::Dismissed;
     p.chooser.m_answer = {chosen + "/"};
+    ui.changePathButton->click();
+    QCOMPARE(p.f.data.getShadowDesktopPath(), before);
+    QCOMPARE(p.f.alerts.m_alerts.last().buttons, QStringList({"Cancel", "Use Folder"}));
+    p.f.alerts.m_answer = 1;
     ui.changePathButton->click();
     QCOMPARE(p.f.data.getShadowDesktopPath(), chosen);
     QCOMPARE(ui.desktopPath->text(), chosen);
