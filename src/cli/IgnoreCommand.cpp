@@ -62,7 +62,7 @@ int IgnoreCommand::add(CliContext &context, const QStringList &paths)
     context.loadStore();
     // Said on this command's terminal, not by the store (which in the running
     // application would ask in a window).
-    const qsizetype skipped = context.data().ignoreList().addIgnoreFiles(paths);
+    const qsizetype skipped = context.data().addIgnoreFilesWithoutAlert(paths);
     if (skipped > 0)
         context.alerts().runModal(Alert{IgnoreList::skippedAlertTitle(skipped), QString()});
     if (!context.saveStore())

@@ -72,10 +72,25 @@ IgnoreList BrevanoData::ignoreList() const
 
 qsizetype BrevanoData::addIgnoreFiles(const QStringList &paths)
 {
-    const qsizetype skipped = ignoreList().addIgnoreFiles(paths);
+    const qsizetype skipped = addIgnoreFilesWithoutAlert(paths);
     if (skipped > 0)
         m_alerts.runModal(Alert{IgnoreList::skippedAlertTitle(skipped), QString()});
     return skipped;
+}
+
+qsizetype BrevanoData::addIgnoreFilesWithoutAlert(const QStringList &paths)
+{
+    const qsizetype skipped = ignoreList().addIgnoreFiles(paths);
+    if (skipped < paths.size())
+        emit ignoreListChanged();
+    return skipped;
+}
+
+void BrevanoData::removeIgnoreFiles(const QStringList &paths)
+{
+    ignoreList().removeIgnoreFiles(paths);
+    if (!paths.isEmpty())
+        emit ignoreListChanged();
 }
 
 QDateTime BrevanoData::getLastTidyTime() const

@@ -76,8 +76,10 @@ public:
     }
     // Returns how many paths were skipped, after the alert that says so.
     qsizetype addIgnoreFiles(const QStringList &paths);
-    void removeIgnoreFile(const QString &path) { ignoreList().removeIgnoreFile(path); }
-    void removeIgnoreFiles(const QStringList &paths) { ignoreList().removeIgnoreFiles(paths); }
+    // The same, leaving it to the caller to say what was skipped.
+    qsizetype addIgnoreFilesWithoutAlert(const QStringList &paths);
+    void removeIgnoreFile(const QString &path) { removeIgnoreFiles({path}); }
+    void removeIgnoreFiles(const QStringList &paths);
     IgnoreList ignoreList() const;
 
     // ---- settings ----
@@ -176,8 +178,13 @@ public:
     void updateTimeRemaining() { m_status.updateTimeRemaining(); }
 
     static QString getAppVersion();
+
     // "Version Unobtainable" when the system's three version numbers cannot be had.
     static QString getOSVersion();
+
+signals:
+    // The ignore list was changed through this store (windows showing it follow).
+    void ignoreListChanged();
 
 private:
     // Keys come as literals, so no string is built for a lookup.

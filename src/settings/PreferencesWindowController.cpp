@@ -9,9 +9,9 @@
 #include "IgnoreDesktopItemsObjectController.h"
 #include "IgnoreFileTypesListObjectController.h"
 #include "IgnoreFilesListObjectController.h"
-#include "OperationMode.h"
 #include "LaunchAtLoginController.h"
 #include "NotificationSettings.h"
+#include "OperationMode.h"
 #include "QuickFiltersListObjectController.h"
 #include "RulesAndLocationsView.h"
 #include "TidyFrequency.h"
@@ -137,6 +137,10 @@ void PreferencesWindowController::embedViews()
     m_ignoredPaths = ignoredPaths();
     connect(ignoreFiles->tableView()->model(), &QAbstractItemModel::modelReset, this,
             &PreferencesWindowController::followIgnoredItems);
+    // Changed elsewhere (the tutorial, a command, a restore that ignores): the
+    // lists follow, so that Done does not undo it.
+    connect(&m_services.data, &BrevanoData::ignoreListChanged, ignoreFiles,
+            &IgnoreFilesListObjectController::rebuildData);
     auto *ignoreFileTypes = new IgnoreFileTypesListObjectController(this);
     embed(ignoreFileTypes, ui.ignoreFileTypesContainer, QStringLiteral("ignoreFileTypes"));
     auto *quickFilters =
@@ -269,8 +273,8 @@ bool PreferencesWindowController::mayBeShadowDesktop(const QString &path)
              QStringLiteral("The Shadow Desktop must be %1.").arg(requirement)});
         return false;
     }
-    QDirIterator entries(path, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden |
-                                   QDir::System);
+    QDirIterator entries(path,
+                         QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden | QDir::System);
     if (!entries.hasNext())
         return true;
     const int answer = m_services.alerts.runModal(

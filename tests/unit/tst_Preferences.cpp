@@ -155,6 +155,7 @@ void tst_Preferences::ignoredItemsListAndChecklistAgree()
     const QString ticked = p.f.desktopItem("ticked.txt");
     const QString added = p.f.desktopItem("added.txt");
     const QString removed = p.f.desktopItem("removed.txt");
+    const QString elsewhere = p.f.desktopItem("elsewhere.txt");
     p.f.data.addIgnoreFiles({removed});
     PreferencesWindowController *window = p.open();
     auto *checklist = window->findChild<IgnoreDesktopItemsObjectController *>("ignoreItems");
@@ -167,7 +168,12 @@ void tst_Preferences::ignoredItemsListAndChecklistAgree()
     list->pressedRemove();
     QVERIFY(checklist->ignoreFile("added.txt"));
     QVERIFY(!checklist->ignoreFile("removed.txt"));
+    // Ignored elsewhere while the window is open (a command, the tutorial): Done keeps it.
+    p.f.data.addIgnoreFilesWithoutAlert({elsewhere});
+    QVERIFY(checklist->ignoreFile("elsewhere.txt"));
+    QVERIFY(list->sortedFilenames().contains(elsewhere));
     window->ui().doneButton->click();
+    QVERIFY(p.f.data.shouldIgnoreFile(elsewhere));
     QVERIFY(p.f.data.shouldIgnoreFile(ticked));
     QVERIFY(p.f.data.shouldIgnoreFile(added));
     QVERIFY(!p.f.data.shouldIgnoreFile(removed));
