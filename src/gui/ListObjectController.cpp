@@ -28,11 +28,12 @@ ListObjectController::ListObjectController(const QString &name, QWidget *parent)
     m_table->setTabKeyNavigation(false);
 
     m_buttonAdd->setObjectName(QStringLiteral("buttonAdd"));
-    m_buttonAdd->setAccessibleName(QStringLiteral("Add"));
+    // Several lists share a window: each button says which list it is for.
+    m_buttonAdd->setAccessibleName(QStringLiteral("Add to %1").arg(name));
     m_buttonAdd->setToolTip(QStringLiteral("Add"));
     m_buttonAdd->setAutoDefault(false);
     m_buttonRemove->setObjectName(QStringLiteral("buttonRemove"));
-    m_buttonRemove->setAccessibleName(QStringLiteral("Remove"));
+    m_buttonRemove->setAccessibleName(QStringLiteral("Remove from %1").arg(name));
     m_buttonRemove->setToolTip(QStringLiteral("Remove"));
     m_buttonRemove->setAutoDefault(false);
     for (QPushButton *button : {m_buttonAdd, m_buttonRemove})

@@ -304,6 +304,8 @@ void PanelController::openPanel()
     ui.textField->setToolTip(QString());
     m_data.startUpdatingTimeRemaining();
     m_model->storeFilteredArray({});
+    // Quick filters reordered in Preferences announce nothing: the views follow here.
+    updateQuickLayouts();
 
     m_statusRect = m_delegate.statusItemRectForPanelController(*this);
     const QSettings settings;

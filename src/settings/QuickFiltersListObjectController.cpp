@@ -87,6 +87,8 @@ void QuickFiltersListObjectController::editQuickFilter(int row)
                                                       m_data.filterItems().at(row), this);
     editor->exec();
     delete editor;
+    // Extensions edited on a filter stay edited after Cancel: show them.
+    reload();
     m_notifications.post(NotificationCenter::UpdateQuickLayouts);
 }
 

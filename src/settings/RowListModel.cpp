@@ -105,16 +105,19 @@ QMimeData *RowListModel::mimeData(const QModelIndexList &indexes) const
     return data;
 }
 
+// Only copies: a file manager deletes what it moved once a drop says it took it,
+// and these lists keep nothing that is dropped on them.
 Qt::DropActions RowListModel::supportedDropActions() const
 {
-    return Qt::CopyAction | Qt::MoveAction;
+    return Qt::CopyAction;
 }
 
-bool RowListModel::canDropMimeData(const QMimeData *data, Qt::DropAction, int, int,
+bool RowListModel::canDropMimeData(const QMimeData *data, Qt::DropAction action, int, int,
                                    const QModelIndex &) const
 {
-    return data && std::any_of(m_dropTypes.cbegin(), m_dropTypes.cend(),
-                               [data](const QString &type) { return data->hasFormat(type); });
+    return data && action == Qt::CopyAction &&
+           std::any_of(m_dropTypes.cbegin(), m_dropTypes.cend(),
+                       [data](const QString &type) { return data->hasFormat(type); });
 }
 
 bool RowListModel::dropMimeData(const QMimeData *data, Qt::DropAction action, int row, int column,

@@ -71,7 +71,7 @@ for name in General Ignore "Quick Filters" Notifications; do
 done
 # The quick filter editor and its extension prompt, from the Quick Filters tab.
 act "$preferences" "Quick Filters" Press "page tab"
-act "$preferences" Add Press "push button"
+act "$preferences" "Add to Quick filters" Press "push button"
 check "Add in Quick Filters opens the quick filter editor" 'wait_for "shows_window \"Quick Filter\""'
 photo quick-filter-editor
 act "Quick Filter" "Add extension" Press "push button"
@@ -96,9 +96,10 @@ check "brevano status says so too" '"$brevano" status | grep -q "^mode: advanced
 act "$preferences" Advanced Press "page tab"
 photo preferences-advanced
 editor=0
-for title in "Edit Rule" "Edit Filter" "Select Action"; do
+for list in Rules Filters Actions; do
+  title=$(case $list in Rules) echo "Edit Rule";; Filters) echo "Edit Filter";; *) echo "Select Action";; esac)
   editor=$((editor + 1))
-  act "$preferences" "Add#$((editor + 1))" Press "push button" # after the locations' own
+  act "$preferences" "Add to $list" Press "push button"
   check "the $title window opens from its list" 'wait_for "shows_window \"$title\""'
   photo "advanced-editor-$editor"
   xdotool key Escape

@@ -233,13 +233,16 @@ void tst_SettingsLists::rulesAndLocationsKeepTheirData()
     view.show();
     RowListModel *shown = view.locations()->model();
     QCOMPARE(shown->paths(), (QStringList{desktop, f.sandbox.home() + "/Documents", "/srv"}));
-    // Drops of locations and of files are welcomed, and nothing moves.
+    // Drops of locations and of files are welcomed, and nothing moves; only as
+    // copies, since a file manager deletes what it moved when the drop took it.
     QMimeData rows;
     rows.setData("KVLocation", QByteArray());
     QMimeData files;
     files.setUrls({QUrl::fromLocalFile(desktop)});
-    for (const QMimeData *drop : {&rows, &files})
-        QVERIFY(shown->dropMimeData(drop, Qt::MoveAction, 0, 0, QModelIndex()));
+    for (const QMimeData *drop : {&rows, &files}) {
+        QVERIFY(shown->dropMimeData(drop, Qt::CopyAction, 0, 0, QModelIndex()));
+        QVERIFY(!shown->dropMimeData(drop, Qt::MoveAction, 0, 0, QModelIndex()));
+    }
     QCOMPARE(shown->rowCount(), 3);
 
     int changes = 0;

@@ -408,6 +408,24 @@ void tst_Shell::windowOpeners()
         QVERIFY(delegate.canOpenPreferences() && delegate.canOpenTutorial());
         s.f.notifications.post(NotificationCenter::OpenPreferences);
         QCOMPARE(shownWindows<PreferencesWindowController>().size(), 1);
+        delete PreferencesWindowController::openInstance();
+
+        // And so do the status menu's entries.
+        const auto trigger = [](QMenu *menu, const QString &text) {
+            for (QAction *action : menu->actions())
+                if (action->text() == text)
+                    return action->trigger(), true;
+            return false;
+        };
+        QMenu *menu = delegate.statusMenu()->menu();
+        QVERIFY(trigger(menu, "Preferences..."));
+        QCOMPARE(shownWindows<PreferencesWindowController>().size(), 1);
+        QMenu *help = nullptr;
+        for (QMenu *submenu : menu->findChildren<QMenu *>())
+            if (submenu->title() == "Help")
+                help = submenu;
+        QVERIFY(help && trigger(help, "Tutorial"));
+        QCOMPARE(shownWindows<WelcomeWindowController>().size(), 4);
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(shownWindows<QWidget>().isEmpty()); // the delegate's windows go with it

@@ -13,7 +13,7 @@ struct Candidate
     const char16_t *argument;
 };
 
-// In order of preference within a desktop, and among desktops when none matches.
+// In order of preference within a desktop.
 constexpr std::array<Candidate, 5> kCandidates{{
     {u"GNOME", u"gnome-control-center", u"notifications"},
     {u"KDE", u"systemsettings", u"kcm_notifications"},
@@ -47,10 +47,8 @@ QStringList DesktopNotificationSettings::command() const
                 return found;
         }
     }
-    for (const Candidate &candidate : kCandidates) {
-        if (QStringList found = commandOf(candidate); !found.isEmpty())
-            return found;
-    }
+    // Another desktop's settings would set up a notification service that is not
+    // the one running (or refuse to start at all): none is better.
     return {};
 }
 

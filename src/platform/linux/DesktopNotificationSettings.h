@@ -5,8 +5,8 @@
 #include <QStringList>
 
 // The notification settings of the running desktop: GNOME's Settings, KDE
-// Plasma's System Settings or Xfce's notification settings. The desktop named in
-// XDG_CURRENT_DESKTOP comes first; elsewhere whichever of them is installed.
+// Plasma's System Settings or Xfce's notification settings, for the desktop
+// named in XDG_CURRENT_DESKTOP only; on any other desktop there is none.
 // Programs are looked up on PATH at each call, so installing one needs no restart.
 class DesktopNotificationSettings : public NotificationSettings
 {
@@ -14,6 +14,6 @@ public:
     bool isAvailable() const override { return !command().isEmpty(); }
     bool open() override;
 
-    // The program (a full path) and its arguments; empty when none is installed.
+    // The program (a full path) and its arguments; empty when there is none.
     QStringList command() const;
 };
