@@ -112,6 +112,7 @@ private slots:
     void checklistReadsTheDesktopOnAWorker();
     void ignoredFilesRemoveSelectedAndAddChosen();
     void rulesAndLocationsKeepTheirData();
+    void qtDecodedPathsFindTheirItems();
     void realChooserTakesFilesAndFolders_data();
     void realChooserTakesFilesAndFolders();
 };
@@ -356,6 +357,51 @@ void tst_SettingsLists::rulesAndLocationsKeepTheirData()
     reread.load();
     QVERIFY(reread.engine.getLocations() == locations);
     QVERIFY(reread.engine.getCommonRules() == rules);
+}
+
+// Qt's file classes show a name that is not UTF-8 with U+FFFD; the path they
+// give back is mapped to the item, unless two items show the same.
+void tst_SettingsLists::qtDecodedPathsFindTheirItems()
+{
+    DesktopFixture d;
+    const auto asQtGives = [](const QString &path) {
+        return QFile::decodeName(FileNames::encode(path));
+    };
+    // Removed here: Qt's own removal skips such names.
+    QStringList made;
+    const auto removeMade = qScopeGuard([&made] {
+        for (auto it = made.crbegin(); it != made.crend(); ++it)
+            ::remove(FileNames::encode(*it).constData());
+    });
+    const auto make = [&made](const QString &path, bool folder) {
+        const QByteArray bytes = FileNames::encode(path);
+        const int fd = folder ? ::mkdir(bytes.constData(), 0755)
+                              : ::open(bytes.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+        QVERIFY2(fd >= 0, bytes.constData());
+        made.append(path);
+        if (!folder)
+            ::close(fd);
+    };
+    const QString odd = d.desktop + '/' + d.oddName;
+    QCOMPARE(asQtGives(odd), d.desktop + QStringLiteral("/caf\uFFFD"));
+    QCOMPARE(FileNames::resolveQtDecoded(asQtGives(odd)), odd);
+    const QString plain = d.desktop + "/not there.txt";
+    QCOMPARE(FileNames::resolveQtDecoded(plain), plain);
+    QVERIFY(FileNames::resolveQtDecoded(d.desktop + QStringLiteral("/none\uFFFD")).isNull());
+    QVERIFY(FileNames::resolveQtDecoded(QStringLiteral("relative/caf\uFFFD")).isNull());
+
+    // Every component, from the root.
+    const QString folder = d.desktop + '/' + FileNames::decode("f\xf6lder");
+    make(folder, true);
+    const QString inner = folder + '/' + FileNames::decode("\xff.txt");
+    make(inner, false);
+    QCOMPARE(FileNames::resolveQtDecoded(asQtGives(inner)), inner);
+
+    // A second item shown alike makes both unknown.
+    make(folder + '/' + FileNames::decode("\xfe.txt"), false);
+    QVERIFY(FileNames::resolveQtDecoded(asQtGives(inner)).isNull());
+    make(d.desktop + QStringLiteral("/caf\uFFFD"), false);
+    QVERIFY(FileNames::resolveQtDecoded(asQtGives(odd)).isNull());
 }
 
 void tst_SettingsLists::realChooserTakesFilesAndFolders_data()
