@@ -1,5 +1,7 @@
 #include "QtFileChooser.h"
 
+#include "FileNames.h"
+
 #include <QFileDialog>
 #include <QFileSystemModel>
 #include <QListView>
@@ -43,6 +45,22 @@ private:
     QStringList m_chosen;
 };
 
+// Qt decodes names as UTF-8 and shows other bytes as U+FFFD, while the rest of
+// Brevano keeps such names whole: each path is mapped back to its item. One
+// that cannot be (no item, or several, shows so) is left out, since it would
+// name a missing item, or perhaps the wrong one, to be ignored or made the
+// Shadow Desktop.
+QStringList realPaths(const QStringList &paths)
+{
+    QStringList real;
+    for (const QString &path : paths) {
+        const QString resolved = FileNames::resolveQtDecoded(path);
+        if (!resolved.isNull())
+            real.append(resolved);
+    }
+    return real;
+}
+
 } // namespace
 
 QStringList QtFileChooser::choose(const Options &options, QWidget *parent)
@@ -61,5 +79,6 @@ QStringList QtFileChooser::choose(const Options &options, QWidget *parent)
     }
     if (dialog.exec() != QDialog::Accepted)
         return {};
-    return options.mode == Mode::OneFolder ? dialog.selectedFiles().mid(0, 1) : dialog.chosen();
+    return realPaths(options.mode == Mode::OneFolder ? dialog.selectedFiles().mid(0, 1)
+                                                     : dialog.chosen());
 }

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QStringDecoder>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -57,6 +58,23 @@ bool isEscape(QStringView text, qsizetype i)
     const char16_t c = text[i].unicode();
     return c >= kEscapeBase + 0x80 && c <= kEscapeBase + 0xFF &&
            (i == 0 || !text[i - 1].isHighSurrogate());
+}
+
+// The one entry of folder whose name Qt decodes as shown; null when none or
+// several do.
+QString entryDecodedByQtAs(const QString &folder, const QString &shown)
+{
+    DIR *directory = ::opendir(FileNames::encode(folder).constData());
+    if (!directory)
+        return {};
+    QString found;
+    int matches = 0;
+    while (const dirent *entry = ::readdir(directory)) {
+        if (QFile::decodeName(entry->d_name) == shown && ++matches == 1)
+            found = FileNames::decode(entry->d_name);
+    }
+    ::closedir(directory);
+    return matches == 1 ? found : QString();
 }
 
 } // namespace
@@ -117,4 +135,25 @@ bool FileNames::openForReading(QFile &file, const QString &path)
         return true;
     ::close(fd);
     return false;
+}
+
+QString FileNames::resolveQtDecoded(const QString &path)
+{
+    if (!path.contains(QChar::ReplacementCharacter))
+        return path;
+    if (!path.startsWith(u'/'))
+        return {};
+    QString resolved;
+    for (const QString &component : path.sliced(1).split(u'/')) {
+        if (!component.contains(QChar::ReplacementCharacter)) {
+            resolved += u'/' + component;
+            continue;
+        }
+        const QString name =
+            entryDecodedByQtAs(resolved.isEmpty() ? QStringLiteral("/") : resolved, component);
+        if (name.isNull())
+            return {};
+        resolved += u'/' + name;
+    }
+    return resolved;
 }

@@ -19,6 +19,13 @@ public:
     static QString decode(QByteArrayView bytes);
     // The path with each undecodable byte shown as U+FFFD.
     static QString display(const QString &path);
+    // The real path behind one that Qt's file classes made (a file dialog's
+    // answer, say): they decode names as UTF-8 with U+FFFD for what is not, so
+    // such a path no longer reaches its item. Each component holding U+FFFD is
+    // looked up among its folder's entries by how Qt decodes their names. A
+    // null string when one matches no entry or more than one, or when a
+    // relative path holds U+FFFD.
+    static QString resolveQtDecoded(const QString &path);
     // Opens path for reading by its bytes (QFile would look for the decoded
     // name), without blocking should it be a pipe; false when it cannot.
     static bool openForReading(QFile &file, const QString &path);

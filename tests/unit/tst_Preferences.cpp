@@ -99,6 +99,7 @@ void tst_Preferences::doneWritesEveryControlAndSaves()
     ui.tabView->setCurrentIndex(1);
     auto *checklist = window->findChild<IgnoreDesktopItemsObjectController *>("ignoreItems");
     QVERIFY(checklist);
+    QTRY_VERIFY(!checklist->isReading());
     checklist->setIgnoreFileAtRow(checklist->sortedFilenames().indexOf("keep.txt"), true);
     QSignalSpy statusIcon(&p.f.data.statusDisplay(), &StatusDisplay::statusIconChanged);
     ui.doneButton->click();
@@ -161,11 +162,14 @@ void tst_Preferences::ignoredItemsListAndChecklistAgree()
     auto *checklist = window->findChild<IgnoreDesktopItemsObjectController *>("ignoreItems");
     auto *list = window->findChild<IgnoreFilesListObjectController *>("ignoreFiles");
     QVERIFY(checklist && list);
+    QTRY_VERIFY(!checklist->isReading());
     checklist->setIgnoreFileAtRow(checklist->sortedFilenames().indexOf("ticked.txt"), true);
     p.chooser.m_answer = {added};
     list->pressedAdd();
     list->tableView()->selectRow(list->sortedFilenames().indexOf(removed));
     list->pressedRemove();
+    QTRY_VERIFY(!checklist->isReading());
+    QVERIFY(checklist->ignoreFile("ticked.txt"));
     QVERIFY(checklist->ignoreFile("added.txt"));
     QVERIFY(!checklist->ignoreFile("removed.txt"));
     // Ignored elsewhere while the window is open (a command, the tutorial): Done keeps it.

@@ -16,6 +16,7 @@
 #include <QAccessible>
 #include <QDialogButtonBox>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
@@ -108,8 +109,10 @@ class tst_SettingsLists : public QObject
 private slots:
     void checklistShowsVisibleItemsAndKeepsHiddenTicks();
     void checklistCheckAllReachesHiddenItems();
+    void checklistReadsTheDesktopOnAWorker();
     void ignoredFilesRemoveSelectedAndAddChosen();
     void rulesAndLocationsKeepTheirData();
+    void qtDecodedPathsFindTheirItems();
     void realChooserTakesFilesAndFolders_data();
     void realChooserTakesFilesAndFolders();
 };
@@ -118,6 +121,7 @@ void tst_SettingsLists::checklistShowsVisibleItemsAndKeepsHiddenTicks()
 {
     DesktopFixture d;
     IgnoreDesktopItemsObjectController list(d.f.data, d.f.itemInfo);
+    QTRY_VERIFY(!list.isReading());
     QCOMPARE(list.sortedFilenames(), (QStringList{"B.txt", "b.txt", d.oddName, "folder"}));
     QTableView *table = list.tableView();
     QCOMPARE(table->model()->index(2, 1).data().toString(), QStringLiteral("caf\uFFFD"));
@@ -146,6 +150,7 @@ void tst_SettingsLists::checklistCheckAllReachesHiddenItems()
 {
     DesktopFixture d;
     IgnoreDesktopItemsObjectController list(d.f.data, d.f.itemInfo);
+    QTRY_VERIFY(!list.isReading());
     list.findChild<QPushButton *>("checkAllButton")->click();
     list.saveSettings();
     for (const QString &name : d.everyEntry())
@@ -156,6 +161,69 @@ void tst_SettingsLists::checklistCheckAllReachesHiddenItems()
     for (const QString &name : d.everyEntry())
         QVERIFY2(!d.ignored(name), qPrintable(name));
     QVERIFY(d.ignored("gone.txt"));
+}
+
+// The Desktop is read again on a worker whose jobs the test runs: meanwhile the
+// table is empty and says so, the user's ticks are kept, and saving writes only
+// those; a listing overtaken by a newer one is dropped, and one finishing after
+// the checklist has gone reaches nothing.
+void tst_SettingsLists::checklistReadsTheDesktopOnAWorker()
+{
+    DesktopFixture d;
+    auto list = std::make_unique<IgnoreDesktopItemsObjectController>(d.f.data, d.f.itemInfo);
+    QTRY_VERIFY(!list->isReading());
+    std::vector<std::function<void()>> jobs;
+    list->setWorkerStarter([&jobs](std::function<void()> job) { jobs.push_back(std::move(job)); });
+    QSignalSpy rebuilt(list.get(), &IgnoreDesktopItemsObjectController::dataRebuilt);
+    const auto *note = list->findChild<QLabel *>("readingNote");
+    QVERIFY(note && note->isHidden());
+
+    // The user ticks "B.txt", the store comes to ignore "folder", and the
+    // Desktop is read again: both hold in the new listing.
+    list->setIgnoreFileAtRow(int(list->sortedFilenames().indexOf("B.txt")), true);
+    d.f.data.addIgnoreFiles({d.desktop + "/folder"});
+    list->rebuildData();
+    QCOMPARE(list->tableView()->model()->rowCount(), 0);
+    QVERIFY(!note->isHidden());
+    jobs.at(0)();
+    QTRY_COMPARE(rebuilt.count(), 1);
+    QVERIFY(note->isHidden());
+    QCOMPARE(list->tableView()->model()->rowCount(), 4);
+    QVERIFY(list->ignoreFile("B.txt") && list->ignoreFile("folder") && list->ignoreFile("b.txt"));
+    QVERIFY(!d.ignored("B.txt"));
+
+    // Saved while reading, the old listing's ticks are stale where the store
+    // changed since: only the user's own change is written.
+    d.f.data.removeIgnoreFiles({d.desktop + "/b.txt"});
+    d.f.data.addIgnoreFiles({d.desktop + '/' + d.oddName});
+    list->rebuildData();
+    list->saveSettings();
+    QVERIFY(d.ignored("B.txt"));
+    QVERIFY(!d.ignored("b.txt"));
+    for (const QString &name : {QStringLiteral("folder"), d.oddName, QStringLiteral(".secret")})
+        QVERIFY2(d.ignored(name), qPrintable(name));
+
+    // Check All while reading reaches the listing that comes; the listing
+    // overtaken by a second rebuild, though handed over first, is dropped.
+    list->findChild<QPushButton *>("checkAllButton")->click();
+    jobs.at(1)();
+    d.f.desktopItem("new.txt");
+    list->rebuildData();
+    jobs.at(2)();
+    QTRY_VERIFY(!list->isReading());
+    QCoreApplication::processEvents();
+    QCOMPARE(rebuilt.count(), 2);
+    QVERIFY(list->sortedFilenames().contains("new.txt"));
+    const QStringList everyEntry = d.everyEntry() << "new.txt";
+    for (const QString &name : everyEntry)
+        QVERIFY2(list->ignoreFile(name), qPrintable(name));
+
+    // The checklist goes while its worker reads: the worker ends without it.
+    list->rebuildData();
+    list.reset();
+    jobs.at(3)();
+    QCoreApplication::processEvents();
+    QCOMPARE(rebuilt.count(), 2);
 }
 
 void tst_SettingsLists::ignoredFilesRemoveSelectedAndAddChosen()
@@ -292,6 +360,51 @@ void tst_SettingsLists::rulesAndLocationsKeepTheirData()
     reread.load();
     QVERIFY(reread.engine.getLocations() == locations);
     QVERIFY(reread.engine.getCommonRules() == rules);
+}
+
+// Qt's file classes show a name that is not UTF-8 with U+FFFD; the path they
+// give back is mapped to the item, unless two items show the same.
+void tst_SettingsLists::qtDecodedPathsFindTheirItems()
+{
+    DesktopFixture d;
+    const auto asQtGives = [](const QString &path) {
+        return QFile::decodeName(FileNames::encode(path));
+    };
+    // Removed here: Qt's own removal skips such names.
+    QStringList made;
+    const auto removeMade = qScopeGuard([&made] {
+        for (auto it = made.crbegin(); it != made.crend(); ++it)
+            ::remove(FileNames::encode(*it).constData());
+    });
+    const auto make = [&made](const QString &path, bool folder) {
+        const QByteArray bytes = FileNames::encode(path);
+        const int fd = folder ? ::mkdir(bytes.constData(), 0755)
+                              : ::open(bytes.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644);
+        QVERIFY2(fd >= 0, bytes.constData());
+        made.append(path);
+        if (!folder)
+            ::close(fd);
+    };
+    const QString odd = d.desktop + '/' + d.oddName;
+    QCOMPARE(asQtGives(odd), d.desktop + QStringLiteral("/caf\uFFFD"));
+    QCOMPARE(FileNames::resolveQtDecoded(asQtGives(odd)), odd);
+    const QString plain = d.desktop + "/not there.txt";
+    QCOMPARE(FileNames::resolveQtDecoded(plain), plain);
+    QVERIFY(FileNames::resolveQtDecoded(d.desktop + QStringLiteral("/none\uFFFD")).isNull());
+    QVERIFY(FileNames::resolveQtDecoded(QStringLiteral("relative/caf\uFFFD")).isNull());
+
+    // Every component, from the root.
+    const QString folder = d.desktop + '/' + FileNames::decode("f\xf6lder");
+    make(folder, true);
+    const QString inner = folder + '/' + FileNames::decode("\xff.txt");
+    make(inner, false);
+    QCOMPARE(FileNames::resolveQtDecoded(asQtGives(inner)), inner);
+
+    // A second item shown alike makes both unknown.
+    make(folder + '/' + FileNames::decode("\xfe.txt"), false);
+    QVERIFY(FileNames::resolveQtDecoded(asQtGives(inner)).isNull());
+    make(d.desktop + QStringLiteral("/caf\uFFFD"), false);
+    QVERIFY(FileNames::resolveQtDecoded(asQtGives(odd)).isNull());
 }
 
 void tst_SettingsLists::realChooserTakesFilesAndFolders_data()

@@ -51,6 +51,7 @@ struct TutorialFixture
         ui().tidyPeriodically->setChecked(false);
         ui().displayAtLogin->setChecked(false);
         IgnoreDesktopItemsObjectController *list = window->ignoreList();
+        QTRY_VERIFY(!list->isReading());
         list->setIgnoreFileAtRow(int(list->sortedFilenames().indexOf("a.txt")), false);
         list->setIgnoreFileAtRow(int(list->sortedFilenames().indexOf("b.txt")), true);
     }
