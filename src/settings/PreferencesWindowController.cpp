@@ -326,22 +326,9 @@ void PreferencesWindowController::followIgnoredItems()
     const QSet<QString> now = ignoredPaths();
     if (now == m_ignoredPaths)
         return;
-    const QString desktop = AppFolders::desktopFolder() + u'/';
-    QHash<QString, bool> ticked;
-    for (const QString &name : m_ignoreItems->sortedFilenames()) {
-        const bool ignore = m_ignoreItems->ignoreFile(name);
-        if (ignore != m_ignoredPaths.contains(desktop + name))
-            ticked.insert(name, ignore);
-    }
+    // The checklist reads the Desktop and the ignore list afresh, keeping the
+    // ticks the user changed.
     m_ignoreItems->rebuildData();
-    const QStringList &names = m_ignoreItems->sortedFilenames();
-    for (auto it = ticked.cbegin(); it != ticked.cend(); ++it) {
-        const QString path = desktop + it.key();
-        const qsizetype row = names.indexOf(it.key());
-        // Where the list changed the same item, the list has the last word.
-        if (row >= 0 && now.contains(path) == m_ignoredPaths.contains(path))
-            m_ignoreItems->setIgnoreFileAtRow(int(row), it.value());
-    }
     m_ignoredPaths = now;
 }
 

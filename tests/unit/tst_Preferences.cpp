@@ -174,6 +174,7 @@ void tst_Preferences::ignoredItemsListAndChecklistAgree()
     QVERIFY(!checklist->ignoreFile("removed.txt"));
     // Ignored elsewhere while the window is open (a command, the tutorial): Done keeps it.
     p.f.data.addIgnoreFilesWithoutAlert({elsewhere});
+    QTRY_VERIFY(!checklist->isReading());
     QVERIFY(checklist->ignoreFile("elsewhere.txt"));
     QVERIFY(list->sortedFilenames().contains(elsewhere));
     window->ui().doneButton->click();
