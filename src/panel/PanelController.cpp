@@ -139,6 +139,7 @@ PanelController::~PanelController()
 {
     m_scheduler.cancel(m_focusTask);
     m_scheduler.cancel(m_initialUpdateTask);
+    m_scheduler.cancel(m_previewTask);
     if (m_hasActivePanel)
         m_data.stopUpdatingTimeRemaining();
     m_backgroundBuilder.reset(); // stops the listing; nothing it finds arrives after this
@@ -178,6 +179,7 @@ void PanelController::setUpWindow()
     ui.tableView->viewport()->installEventFilter(keys);
     connect(ui.tableView, &QListView::doubleClicked, this,
             [this](const QModelIndex &index) { doubleClickedRow(index.row()); });
+    setUpPreview();
     m_pathBar = new PathBar(ui.pathControl);
     connect(m_pathBar, &PathBar::componentClicked, this, &PanelController::pathControlClicked);
 
@@ -382,7 +384,8 @@ void PanelController::closePanel()
     closePopovers();
     m_scheduler.cancel(m_focusTask);
     m_scheduler.cancel(m_initialUpdateTask);
-    m_focusTask = m_initialUpdateTask = 0;
+    m_scheduler.cancel(m_previewTask);
+    m_focusTask = m_initialUpdateTask = m_previewTask = 0;
     // Nobody sees the rest of a listing of a closed panel.
     m_backgroundBuilder.reset();
     m_window->ui().progressIndicator->hide();
@@ -531,6 +534,7 @@ void PanelController::pressedUpDirectory()
 
 void PanelController::doubleClickedRow(int row)
 {
+    m_scheduler.cancel(std::exchange(m_previewTask, 0));
     const QString path = m_model->pathAt(row);
     if (path.isEmpty())
         return;
@@ -603,17 +607,16 @@ void PanelController::pressedFileReveal()
 
 void PanelController::pressedFileRestore()
 {
-    restoreClicked(false);
+    restorePath(clickedPath(), false);
 }
 
 void PanelController::pressedFileRestoreAndIgnore()
 {
-    restoreClicked(true);
+    restorePath(clickedPath(), true);
 }
 
-void PanelController::restoreClicked(bool addToIgnore)
+void PanelController::restorePath(const QString &path, bool addToIgnore)
 {
-    const QString path = clickedPath();
     if (path.isEmpty())
         return;
     const FileMover::Result result = m_engine.restoreItem(path, addToIgnore);
@@ -906,6 +909,7 @@ void PanelController::cancelViewOptionsChange()
 
 void PanelController::closePopovers()
 {
+    closePreviewPopover();
     if (m_viewOptionsPopover) {
         // The keyboard goes back to the button that opened it.
         if (m_viewOptionsPopover->isAncestorOf(QApplication::focusWidget()))
@@ -948,4 +952,124 @@ void PanelController::updateNextTidyText(const QString &text)
     ui.nextTidyText->setText(enabled ? text : QStringLiteral("Tidy Periodically Disabled"));
     ui.tidyAutomaticallyCheck->setText(enabled ? text : QStringLiteral("Automatic tidy disabled"));
     ui.tidyAutomaticallyCheck->setChecked(enabled);
+}
+
+// ---- the preview ----
+
+void PanelController::setUpPreview()
+{
+    QListView *table = m_window->ui().tableView;
+    connect(table->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &PanelController::tableViewSelectionDidChange);
+    connect(table, &QListView::clicked, this, &PanelController::singleClickedRow);
+    connect(table->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &PanelController::scrolledTable);
+    // A new listing leaves no row selected (and says nothing of it), and the
+    // row a waiting preview was for may hold another item now.
+    connect(m_model, &QAbstractItemModel::modelAboutToBeReset, this, [this] {
+        m_scheduler.cancel(std::exchange(m_previewTask, 0));
+        closePreviewPopover();
+    });
+}
+
+// One row selected: its preview opens once the selection has settled for a
+// moment, so that going through the rows by key opens none on the way.
+void PanelController::tableViewSelectionDidChange()
+{
+    m_scheduler.cancel(std::exchange(m_previewTask, 0));
+    int selected = 0;
+    int row = -1;
+    // Counted by ranges: a selection of all of many rows is one range.
+    for (const QItemSelectionRange &range :
+         m_window->ui().tableView->selectionModel()->selection()) {
+        selected += range.height();
+        row = range.top();
+        if (selected > 1)
+            break;
+    }
+    if (selected != 1)
+        return closePreviewPopover();
+    m_previewTask = m_scheduler.schedule(kPreviewDelay, [this, row] {
+        m_previewTask = 0;
+        previewFile(row);
+    });
+}
+
+void PanelController::previewFile(int row)
+{
+    if (row < 0 || row >= m_model->rowCount())
+        return;
+    closePopovers(); // one popover at a time, of either kind
+    auto *popover =
+        new PreviewPopoverViewController(m_engine, m_fileViewer, m_model->pathAt(row), m_window);
+    m_previewPopover = popover;
+    // The panel's own restore and trash: a failure keeps the row and is told
+    // on the status line, which the popover would hide.
+    connect(popover, &PreviewPopoverViewController::restoreFileRequested, this,
+            [this](const QString &path) {
+                closePreviewPopover();
+                restorePath(path, true);
+            });
+    connect(popover, &PreviewPopoverViewController::deleteFileRequested, this,
+            [this](const QString &path) {
+                closePreviewPopover();
+                trashPaths({path});
+            });
+    connect(popover, &PreviewPopoverViewController::closeRequested, this,
+            &PanelController::closePreviewPopover);
+    popover->applyPreview();
+
+    // A panel too small for the whole picture gets a smaller one.
+    const QRect within = m_window->contentsRect();
+    popover->adjustSize();
+    const int overflow =
+        qMax(popover->width() - within.width(), popover->height() - within.height()) +
+        2 * PanelPlacement::kPopoverMargin;
+    if (overflow > 0)
+        popover->setPreviewSide(qMax(kSmallestPreview, popover->previewSide() - overflow));
+    showPreviewPicture(*popover);
+
+    QListView *table = m_window->ui().tableView;
+    const QRect cell = table->visualRect(m_model->index(row));
+    const QRect rowInPanel(table->viewport()->mapTo(m_window, cell.topLeft()), cell.size());
+    popover->setGeometry(PanelPlacement::popoverBesideRow(rowInPanel, popover->size(), within));
+    // Shown without the focus: the keys still move through the rows, and Tab
+    // from the rows goes to its buttons.
+    QWidget::setTabOrder(table, popover);
+    popover->show();
+    popover->raise();
+}
+
+// The file's type icon fills the square until its own picture comes.
+void PanelController::showPreviewPicture(PreviewPopoverViewController &popover)
+{
+    const QString path = popover.filenameToPreview();
+    const int side = PreviewPopoverViewController::kPreviewSide;
+    popover.setPicture(FileTypeIcons::shared().forPath(path).pixmap(side, side).toImage());
+    // TODO(thumbnails): the file's own picture goes in here once the thumbnail
+    // loader is among the panel's services: popover.setPicture() with its
+    // thumbnail(path, side) when that is in memory, else with the image its
+    // thumbnailReady brings for (path, side) while m_previewPopover is still
+    // this popover.
+}
+
+void PanelController::singleClickedRow()
+{
+    closePreviewPopover();
+}
+
+void PanelController::scrolledTable()
+{
+    closePreviewPopover();
+}
+
+void PanelController::closePreviewPopover()
+{
+    if (!m_previewPopover)
+        return;
+    // The keyboard goes back to the rows.
+    if (m_previewPopover->isAncestorOf(QApplication::focusWidget()))
+        m_window->ui().tableView->setFocus(Qt::PopupFocusReason);
+    m_previewPopover->hide();
+    std::exchange(m_previewPopover, nullptr)->deleteLater();
 }

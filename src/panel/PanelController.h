@@ -1,6 +1,7 @@
 #pragma once
 
 #include "PanelWindow.h"
+#include "PreviewPopoverViewController.h"
 #include "QuickFilterList.h"
 #include "Scheduler.h"
 #include "ViewOptionsPopoverViewController.h"
@@ -45,6 +46,9 @@ public:
     };
     static constexpr std::chrono::milliseconds kSearchFocusDelay{300};
     static constexpr std::chrono::milliseconds kSearchFocusDelayWithShift{3000};
+    // How long one selected row stays selected before its preview opens.
+    static constexpr std::chrono::milliseconds kPreviewDelay{500};
+    static constexpr int kSmallestPreview = 96;
 
     PanelController(const Services &services, PanelControllerDelegate &delegate,
                     QObject *parent = nullptr);
@@ -62,6 +66,7 @@ public:
     const QStringList &desktopViews() const { return m_desktopViews; }
     bool isListing() const { return m_backgroundBuilder != nullptr; }
     ViewOptionsPopoverViewController *viewOptionsPopover() const { return m_viewOptionsPopover; }
+    PreviewPopoverViewController *previewPopover() const { return m_previewPopover; }
     QMenu *fileMenu() const { return m_fileMenu; }
     QMenu *actionMenu() const { return m_actionMenu; }
 
@@ -114,6 +119,12 @@ public:
     void toggleEnabled(bool on);
     void updateNextTidyText(const QString &text);
 
+    // The preview beside one selected row.
+    void tableViewSelectionDidChange();
+    void previewFile(int row);
+    void singleClickedRow();
+    void scrolledTable();
+
 signals:
     void hasActivePanelChanged(bool active);
     // A listing has been shown whole (tests and benchmarks wait for it).
@@ -139,7 +150,7 @@ private:
     void setViewOptionsButtonChecked(bool checked);
     QString shadowDesktopPath() const;
     QString clickedPath() const;
-    void restoreClicked(bool addToIgnore);
+    void restorePath(const QString &path, bool addToIgnore);
     void showFailure(const QString &text);
     static QString reasonOf(const QString &message);
     void checkViewMenu(QMenu *menu, int checkedIndex);
@@ -148,6 +159,9 @@ private:
     void applySavedView();
     void windowResized();
     void setArrowPosition();
+    void setUpPreview();
+    void closePreviewPopover();
+    void showPreviewPicture(PreviewPopoverViewController &popover);
 
     BrevanoData &m_data;
     Brevano &m_engine;
@@ -176,6 +190,8 @@ private:
     bool m_userInRows = false; // keys or clicks in the rows since the panel opened
     Scheduler::TaskId m_focusTask = 0;
     Scheduler::TaskId m_initialUpdateTask = 0;
+    QPointer<PreviewPopoverViewController> m_previewPopover;
+    Scheduler::TaskId m_previewTask = 0;
 
     QMenu *m_actionMenu = nullptr;
     QMenu *m_fileMenu = nullptr;

@@ -102,3 +102,19 @@ PanelPlacement::Result PanelPlacement::place(const QRect &statusRect, const QSiz
     const int tip = horizontal ? qRound(centre.x()) - origin.x() : qRound(centre.y()) - origin.y();
     return {QRect(origin, size), edge, arrowInside(tip, horizontal ? size.width() : size.height())};
 }
+
+QRect PanelPlacement::popoverBesideRow(const QRect &row, const QSize &size, const QRect &within)
+{
+    const Span across{within.left(), within.left() + within.width()};
+    const Span down{within.top(), within.top() + within.height()};
+    int x = row.left() + kPopoverInset;
+    // Rows run the width of the panel, so a popover inside it covers them. In
+    // a panel too narrow for it to the right of the inset it turns to the
+    // left, its right edge the inset in from the row's right edge.
+    if (x + size.width() > across.end - kPopoverMargin)
+        x = row.left() + row.width() - kPopoverInset - size.width();
+    const int y = row.top() + (row.height() - size.height()) / 2;
+    return QRect(QPoint(keepInside(x, size.width(), across, kPopoverMargin),
+                        keepInside(y, size.height(), down, kPopoverMargin)),
+                 size);
+}

@@ -11,6 +11,9 @@ class PanelPlacement
 {
 public:
     static constexpr int kScreenMargin = 12;
+    // A popover about a row: how far in from the row's edge, and from the panel's.
+    static constexpr int kPopoverInset = 25;
+    static constexpr int kPopoverMargin = 4;
 
     struct Result
     {
@@ -30,4 +33,8 @@ public:
     static int arrowInside(int position, int edgeLength);
     // The screen edge the panel bar sits on for an item at statusRect.
     static Qt::Edge barEdge(const QRect &statusRect, const QRect &screen, const QRect &available);
+    // A popover of the given size beside a row, all in the panel's coordinates:
+    // its left edge kPopoverInset in from the row's left edge, level with the
+    // row's middle, and wholly inside `within` (the panel's contents).
+    static QRect popoverBesideRow(const QRect &row, const QSize &size, const QRect &within);
 };
