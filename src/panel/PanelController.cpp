@@ -1035,7 +1035,7 @@ void PanelController::previewFile(int row)
     popover->setGeometry(PanelPlacement::popoverBesideRow(rowInPanel, popover->size(), within));
     // Shown without the focus: the keys still move through the rows, and Tab
     // from the rows goes to its buttons.
-    QWidget::setTabOrder(table, popover);
+    popover->followInTabOrder(table);
     popover->show();
     popover->raise();
 }

@@ -8,6 +8,8 @@
 #include <QKeyEvent>
 #include <QPixmap>
 
+#include <utility>
+
 PreviewPopoverViewController::PreviewPopoverViewController(Brevano &engine, FileViewer &fileViewer,
                                                            const QString &path, QWidget *parent)
     : QFrame(parent), m_ui(std::make_unique<Ui::PreviewPopoverViewController>()), m_engine(engine),
@@ -61,6 +63,13 @@ void PreviewPopoverViewController::setPreviewSide(int side)
 int PreviewPopoverViewController::previewSide() const
 {
     return m_ui->preview->maximumWidth();
+}
+
+void PreviewPopoverViewController::followInTabOrder(QWidget *previous)
+{
+    for (QWidget *button :
+         {m_ui->buttonRestore, m_ui->buttonTrash, m_ui->buttonReveal, m_ui->buttonOpen})
+        setTabOrder(std::exchange(previous, button), button);
 }
 
 // Long names and paths lose their middle; the whole path is the tool tip.

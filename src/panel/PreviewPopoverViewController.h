@@ -36,6 +36,8 @@ public:
     // A smaller square, for a panel too small for the whole one.
     void setPreviewSide(int side);
     int previewSide() const;
+    // Tab from previous goes on to the buttons, in their order.
+    void followInTabOrder(QWidget *previous);
 
     void pressedRestoreFile();
     void pressedDeleteFile();

@@ -4,13 +4,17 @@
 #include "PanelController.h"
 #include "PanelControllerDelegate.h"
 #include "PanelWindow.h"
+#include "PreviewPopoverViewController.h"
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
 
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QScreen>
+#include <QScrollBar>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QtTest>
@@ -397,6 +401,186 @@ private slots:
         reread.adoptDataFileOf(p.f);
         reread.load();
         QCOMPARE(reread.data.filterItems().at(1)->getIconSize(), 3u);
+    }
+
+    void previewOpensBesideOneSelectedRowAfterHalfASecond()
+    {
+        PanelFixture p;
+        p.open();
+        QWidget *window = p.panel->window();
+        window->resize(1000, 700);
+        window->activateWindow();
+        QTRY_VERIFY(QApplication::activeWindow() == window);
+        p.f.scheduler.advance(300ms); // the search field has had its turn
+        QListView *table = p.ui().tableView;
+        table->setFocus();
+        table->setCurrentIndex(p.panel->model().index(p.rowOf("photo.png")));
+        p.f.scheduler.advance(499ms);
+        QVERIFY(!p.panel->previewPopover());
+        p.f.scheduler.advance(1ms);
+        PreviewPopoverViewController *preview = p.panel->previewPopover();
+        QVERIFY(preview && preview->isVisible());
+        const QString photo = p.f.sandbox.shadowDesktop() + "/photo.png";
+        QCOMPARE(preview->findChild<QLabel *>("filename")->text(), QString("photo.png"));
+        QCOMPARE(preview->findChild<QLabel *>("filepath")->toolTip(), photo);
+        QVERIFY(!preview->findChild<QLabel *>("preview")->pixmap().isNull());
+        // To the right of the row, 25 in from its left edge, level with it.
+        const QRect cell = table->visualRect(table->currentIndex());
+        const QPoint row = table->viewport()->mapTo(window, cell.topLeft());
+        QCOMPARE(preview->x(), row.x() + 25);
+        QVERIFY(preview->geometry().top() <= row.y() + cell.height() / 2);
+        QVERIFY(preview->geometry().bottom() >= row.y() + cell.height() / 2);
+        QCOMPARE(preview->findChild<QLabel *>("preview")->width(), 380);
+        // It left the keys with the rows.
+        QCOMPARE(QApplication::focusWidget(), table);
+        QTest::keyClick(table, Qt::Key_Down);
+        QCOMPARE(table->currentIndex().row(), p.rowOf("photo.png") + 1);
+
+        // Tab reaches its buttons, Escape in it closes it and not the panel.
+        table->setCurrentIndex(p.panel->model().index(p.rowOf("photo.png")));
+        p.f.scheduler.advance(500ms);
+        preview = p.panel->previewPopover();
+        QStringList reached;
+        for (int i = 0; i < 4; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            auto *button = qobject_cast<QPushButton *>(QApplication::focusWidget());
+            QVERIFY(button && preview->isAncestorOf(button) && !button->toolTip().isEmpty());
+            reached << button->accessibleName();
+        }
+        QCOMPARE(reached, QStringList({"Restore to Desktop and Ignore", "Move to Trash",
+                                       "Show in File Manager", "Open"}));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QVERIFY(!p.panel->previewPopover());
+        QVERIFY(p.panel->hasActivePanel());
+        QCOMPARE(QApplication::focusWidget(), table);
+
+        // In a narrow panel it turns left and stays inside, with a smaller picture.
+        window->resize(400, 560);
+        p.panel->previewFile(p.rowOf("photo.png"));
+        preview = p.panel->previewPopover();
+        QVERIFY(window->contentsRect().contains(preview->geometry()));
+        QVERIFY(preview->findChild<QLabel *>("preview")->width() < 380);
+        // A row that is no longer there opens nothing.
+        p.panel->previewFile(int(p.names().size()));
+        p.panel->previewFile(-1);
+        QCOMPARE(p.panel->previewPopover(), preview);
+    }
+
+    void previewButtonsActOnTheItem()
+    {
+        PanelFixture p;
+        p.open();
+        const QString shadow = p.f.sandbox.shadowDesktop();
+        const auto button = [&p](const char *name) {
+            return p.panel->previewPopover()->findChild<QPushButton *>(name);
+        };
+        p.panel->previewFile(p.rowOf("photo.png"));
+        button("buttonReveal")->click();
+        button("buttonOpen")->click();
+        QCOMPARE(p.f.fileViewer.m_calls,
+                 QStringList({"reveal " + shadow + "/photo.png", "open " + shadow + "/photo.png"}));
+        // Restore puts it back on the Desktop and ignores it from then on.
+        QVERIFY(button("buttonRestore")->isEnabled());
+        button("buttonRestore")->click();
+        QVERIFY(QFile::exists(p.f.sandbox.desktop() + "/photo.png"));
+        QVERIFY(p.f.data.shouldIgnoreFile(p.f.sandbox.desktop() + "/photo.png"));
+        QVERIFY(!p.names().contains("photo.png"));
+        QVERIFY(!p.panel->previewPopover());
+
+        // A restore that cannot be done keeps the row and says why.
+        p.f.desktopItem("q1 report.pdf");
+        p.panel->previewFile(p.rowOf("q1 report.pdf"));
+        button("buttonRestore")->click();
+        QVERIFY(p.names().contains("q1 report.pdf"));
+        QVERIFY(!p.panel->previewPopover());
+        QVERIFY(p.ui().textField->toolTip().startsWith("Could not restore “q1 report.pdf”"));
+
+        p.panel->previewFile(p.rowOf("q1 report.pdf"));
+        button("buttonTrash")->click();
+        QVERIFY(QFile::exists(p.f.sandbox.home() + "/.local/share/Trash/files/q1 report.pdf"));
+        QVERIFY(!p.names().contains("q1 report.pdf"));
+        QVERIFY(!p.panel->previewPopover());
+
+        // Inside a folder nothing can be restored from here.
+        p.panel->doubleClickedRow(p.rowOf("Reports"));
+        p.waitForListing();
+        p.panel->previewFile(p.rowOf("Summary.txt"));
+        QVERIFY(!button("buttonRestore")->isEnabled());
+    }
+
+    void previewClosesAtEachClosingEvent()
+    {
+        PanelFixture p;
+        for (int i = 0; i < 40; ++i)
+            p.f.sandbox.write(QString(".local/share/Brevano/Shadow Desktop/n%1.txt").arg(i), "n");
+        p.open();
+        QWidget *window = p.panel->window();
+        window->resize(1000, 560);
+        QListView *table = p.ui().tableView;
+        QItemSelectionModel *selection = table->selectionModel();
+        const auto select = [&](const QString &name, QItemSelectionModel::SelectionFlags how) {
+            selection->select(p.panel->model().index(p.rowOf(name)), how);
+        };
+        const auto previewOf = [&](const QString &name) {
+            selection->clearSelection();
+            select(name, QItemSelectionModel::ClearAndSelect);
+            p.f.scheduler.advance(500ms);
+            return p.panel->previewPopover() != nullptr;
+        };
+
+        QVERIFY(previewOf("photo.png")); // several rows
+        select("n1.txt", QItemSelectionModel::Select);
+        QVERIFY(!p.panel->previewPopover());
+        QVERIFY(previewOf("photo.png")); // none
+        selection->clearSelection();
+        QVERIFY(!p.panel->previewPopover());
+        QVERIFY(previewOf("photo.png")); // a click, beside the preview
+        const QRect cell = table->visualRect(p.panel->model().index(p.rowOf("photo.png")));
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
+                          QPoint(cell.right() - 5, cell.center().y()));
+        QVERIFY(!p.panel->previewPopover());
+        p.f.scheduler.advance(500ms);
+        QVERIFY(!p.panel->previewPopover()); // the same row: nothing new
+        QVERIFY(previewOf("photo.png"));     // scrolling
+        table->verticalScrollBar()->setValue(table->verticalScrollBar()->maximum());
+        QVERIFY(!p.panel->previewPopover());
+        QVERIFY(previewOf("photo.png")); // a new listing
+        p.panel->buildFileList();
+        p.waitForListing();
+        QVERIFY(!p.panel->previewPopover());
+        QVERIFY(previewOf("photo.png")); // closing the panel
+        p.panel->setHasActivePanel(false);
+        QVERIFY(!p.panel->previewPopover());
+
+        // A double click, and closing the panel, cancel a waiting preview.
+        p.open();
+        select("photo.png", QItemSelectionModel::ClearAndSelect);
+        p.panel->doubleClickedRow(p.rowOf("photo.png"));
+        p.f.scheduler.advance(500ms);
+        QVERIFY(!p.panel->previewPopover());
+        select("n1.txt", QItemSelectionModel::ClearAndSelect);
+        p.panel->setHasActivePanel(false);
+        p.f.scheduler.advance(500ms);
+        QVERIFY(!p.panel->previewPopover());
+
+        // One popover at a time, of either kind.
+        p.open();
+        p.panel->pressedMenuItem(0);
+        p.waitForListing();
+        QVERIFY(previewOf("photo.png"));
+        PreviewPopoverViewController *first = p.panel->previewPopover();
+        p.panel->previewFile(p.rowOf("n1.txt"));
+        QVERIFY(p.panel->previewPopover() != first);
+        const auto shown = window->findChildren<PreviewPopoverViewController *>();
+        QCOMPARE(std::count_if(shown.begin(), shown.end(), [](auto *w) { return w->isVisible(); }),
+                 1);
+        p.ui().buttonViewOptions->click();
+        QVERIFY(p.panel->viewOptionsPopover());
+        QVERIFY(!p.panel->previewPopover());
+        p.panel->previewFile(p.rowOf("n1.txt"));
+        QVERIFY(p.panel->previewPopover());
+        QVERIFY(!p.panel->viewOptionsPopover());
+        QVERIFY(!p.ui().buttonViewOptions->isChecked());
     }
 
     void actionMenuReachesTheApplication()
