@@ -107,12 +107,12 @@ QRect PanelPlacement::popoverBesideRow(const QRect &row, const QSize &size, cons
 {
     const Span across{within.left(), within.left() + within.width()};
     const Span down{within.top(), within.top() + within.height()};
-    int x = row.left() + kPopoverInset;
-    // Rows run the width of the panel, so a popover inside it covers them. In
-    // a panel too narrow for it to the right of the inset it turns to the
-    // left, its right edge the inset in from the row's right edge.
-    if (x + size.width() > across.end - kPopoverMargin)
-        x = row.left() + row.width() - kPopoverInset - size.width();
+    // Rows run the width of the panel, so a popover inside it covers them, and
+    // one that does not fit right of the inset cannot go left of the row
+    // either: it moves left just as far as it must to stay in the panel
+    // (turning it about the row would put it at the same place or beyond the
+    // panel's left edge).
+    const int x = row.left() + kPopoverInset;
     const int y = row.top() + (row.height() - size.height()) / 2;
     return QRect(QPoint(keepInside(x, size.width(), across, kPopoverMargin),
                         keepInside(y, size.height(), down, kPopoverMargin)),

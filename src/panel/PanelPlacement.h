@@ -35,6 +35,7 @@ public:
     static Qt::Edge barEdge(const QRect &statusRect, const QRect &screen, const QRect &available);
     // A popover of the given size beside a row, all in the panel's coordinates:
     // its left edge kPopoverInset in from the row's left edge, level with the
-    // row's middle, and wholly inside `within` (the panel's contents).
+    // row's middle, moved only as far as it must to lie wholly inside `within`
+    // (the panel's contents).
     static QRect popoverBesideRow(const QRect &row, const QSize &size, const QRect &within);
 };
