@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Does what a person would do to a control of a running application's window,
 through AT-SPI: the first showing object of that name (and, if given, role)
+is located ("where" prints "ROLE<TAB>NAME<TAB>X Y WIDTH HEIGHT" on the screen),
 gets the focus ("focus", which needs the object to be a widget that takes it) or has its action of that name done ("Press",
 "Toggle", ...). An action that opens a modal window answers only when that
 window closes, so the call does not wait for the answer.
@@ -52,6 +53,11 @@ def main():
             found = find(window, name, role)
             if found is None:
                 continue
+            if action == "where":
+                box = found.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+                print(f"{found.getRoleName()}\t{found.name}\t"
+                      f"{box.x} {box.y} {box.width} {box.height}")
+                return 0
             actions = found.queryAction()
             if action == "focus":
                 # Qt's widgets take the focus through their action of that name.

@@ -31,7 +31,7 @@ search_focused() {
   text="$("$here/atspi-window.py" Brevano "Brevano panel" focused 2>/dev/null)" && grep -qxP 'text\tSearch' <<<"$text"
 }
 # Where a control of the panel (or the panel itself) is on the screen: X Y WIDTH HEIGHT.
-extents() { "$here/atspi-object.py" Brevano "Brevano panel" "$1" 2>/dev/null | cut -f3; }
+extents() { act "Brevano panel" "$1" where 2>/dev/null | cut -f3; }
 row_height() { extents "$1" | cut -d' ' -f4; } # ROW-NAME
 click_on() { # NAME: a click in the middle of the panel's control, the pointer then back
   local x y w h
