@@ -28,23 +28,17 @@ QString writeImage(const QString &path, QSize size, const QColor &colour)
     return path;
 }
 
-struct stat statOf(const QString &path)
-{
-    struct stat status = {};
-    ::stat(FileNames::encode(path).constData(), &status);
-    return status;
-}
-
 // What a thumbnailer leaves in the cache for path: a picture of colour in the
-// flavour's size, stamped with the modification time and size given.
+// flavour's size, stamped with the modification time and (unless empty) size given.
 void writeThumbnail(const QString &path, const QString &flavour, int pixels, const QColor &colour,
-                    qint64 modified, qint64 bytes)
+                    const QString &modified, const QString &bytes = {})
 {
     QImage thumbnail(pixels, pixels * 2 / 3, QImage::Format_RGB32);
     thumbnail.fill(colour);
     thumbnail.setText("Thumb::URI", FreedesktopThumbnailService::uriOf(path));
-    thumbnail.setText("Thumb::MTime", QString::number(modified));
-    thumbnail.setText("Thumb::Size", QString::number(bytes));
+    thumbnail.setText("Thumb::MTime", modified);
+    if (!bytes.isEmpty())
+        thumbnail.setText("Thumb::Size", bytes);
     const QString folder = qEnvironmentVariable("XDG_CACHE_HOME") + "/thumbnails/" + flavour;
     QDir().mkpath(folder);
     QImageWriter writer(folder + '/' + FreedesktopThumbnailService::cacheFileName(path), "png");
@@ -87,9 +81,12 @@ private slots:
         SandboxHome home;
         FreedesktopThumbnailService service(FreedesktopThumbnailService::Thumbnailer::None);
         const QString photo = writeImage(home.home() + "/photo.png", {600, 400}, Qt::red);
-        const struct stat file = statOf(photo);
-        writeThumbnail(photo, "normal", 128, Qt::blue, file.st_mtime, file.st_size);
-        writeThumbnail(photo, "large", 256, Qt::green, file.st_mtime, file.st_size);
+        const struct timespec times[2] = {{1700000000, 90892600}, {1700000000, 90892600}};
+        QCOMPARE(::utimensat(AT_FDCWD, FileNames::encode(photo).constData(), times, 0), 0);
+        const QString size = QString::number(QFileInfo(photo).size());
+        // As tumbler writes it (microseconds, no size), and in whole seconds with the size.
+        writeThumbnail(photo, "normal", 128, Qt::blue, "1700000000.090892");
+        writeThumbnail(photo, "large", 256, Qt::green, "1700000000", size);
 
         QImage picture = service.imageWithPreviewOfFileAtPath(photo, 100, true);
         QCOMPARE(colourOf(picture), QColor(Qt::blue));
@@ -102,14 +99,17 @@ private slots:
         QCOMPARE(picture.width(), 256);
 
         // Made of an older state of the file: the next best serves.
-        writeThumbnail(photo, "large", 256, Qt::green, file.st_mtime - 1, file.st_size);
+        writeThumbnail(photo, "large", 256, Qt::green, "1699999999", size);
         QCOMPARE(colourOf(service.imageWithPreviewOfFileAtPath(photo, 200, true)),
                  QColor(Qt::blue));
-        // A size that differs says so too; then the image itself is read.
-        writeThumbnail(photo, "normal", 128, Qt::blue, file.st_mtime, file.st_size + 1);
+        // A microsecond off is older too; then the image itself is read.
+        writeThumbnail(photo, "normal", 128, Qt::blue, "1700000000.090891");
         picture = service.imageWithPreviewOfFileAtPath(photo, 200, true);
         QCOMPARE(colourOf(picture), QColor(Qt::red));
         QCOMPARE(picture.size(), QSize(200, 133));
+        // A size that differs says so too.
+        writeThumbnail(photo, "large", 256, Qt::green, "1700000000", size + "1");
+        QCOMPARE(colourOf(service.imageWithPreviewOfFileAtPath(photo, 200, true)), QColor(Qt::red));
     }
 
     void imagesAreDecodedAtTheSizeAskedAndOtherFilesHaveNone()

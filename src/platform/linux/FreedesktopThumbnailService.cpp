@@ -149,7 +149,8 @@ private:
 // The file behind path (through links, as it is read).
 struct FreedesktopThumbnailService::Stamp
 {
-    qint64 modified = 0; // seconds
+    qint64 seconds = 0;
+    qint64 nanoseconds = 0;
     qint64 size = 0;
     bool regular = false;
 
@@ -158,7 +159,26 @@ struct FreedesktopThumbnailService::Stamp
         struct stat status = {};
         if (::stat(FileNames::encode(path).constData(), &status) != 0)
             return {};
-        return {qint64(status.st_mtim.tv_sec), qint64(status.st_size), S_ISREG(status.st_mode)};
+        return {qint64(status.st_mtim.tv_sec), qint64(status.st_mtim.tv_nsec),
+                qint64(status.st_size), S_ISREG(status.st_mode)};
+    }
+
+    // Whether a thumbnail's Thumb::MTime is this time: whole seconds, or (as
+    // tumbler writes it) seconds with a fraction, compared to its last digit.
+    bool isTime(const QString &text) const
+    {
+        const qsizetype point = text.indexOf(u'.');
+        bool valid = false;
+        if (text.left(point).toLongLong(&valid) != seconds || !valid)
+            return false;
+        if (point < 0)
+            return true;
+        const QString fraction = text.mid(point + 1, 9);
+        const qint64 digits = fraction.toLongLong(&valid);
+        qint64 unit = 1;
+        for (qsizetype i = fraction.size(); i < 9; ++i)
+            unit *= 10;
+        return valid && !fraction.isEmpty() && digits == nanoseconds / unit;
     }
 };
 
@@ -205,9 +225,7 @@ QImage FreedesktopThumbnailService::cachedThumbnail(const QString &path, const S
         const QImage thumbnail = reader.read();
         if (thumbnail.isNull())
             continue;
-        bool known = false;
-        if (thumbnail.text(QStringLiteral("Thumb::MTime")).toLongLong(&known) != stamp.modified ||
-            !known)
+        if (!stamp.isTime(thumbnail.text(QStringLiteral("Thumb::MTime"))))
             continue; // made of an older state of the file
         const QString bytes = thumbnail.text(QStringLiteral("Thumb::Size"));
         if (!bytes.isEmpty() && bytes.toLongLong() != stamp.size)
