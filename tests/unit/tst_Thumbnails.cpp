@@ -177,6 +177,7 @@ private slots:
         const QString c = home.write("c.png", "x");
         const QString d = home.write("d.png", "x");
         const QString e = home.write("e.png", "x");
+        const QString f = home.write("f.png", "x");
         FakeThumbnailService service;
         // One worker: the results come in the order asked.
         ThumbnailLoader loader(service, nullptr, 1);
@@ -186,19 +187,23 @@ private slots:
         loader.thumbnail(b, 44);
         QVERIFY(ready.wait());
         QCOMPARE(ready.takeFirst().at(0).toString(), b);
-        // Known to have none: not asked again, until the file changes.
+        // Known to have none: not asked again (what is asked next would wait
+        // behind it), until the file changes.
         QVERIFY(loader.thumbnail(notes, 44).isNull());
-        QCOMPARE(service.calls().size(), 2);
+        loader.thumbnail(f, 44);
+        QVERIFY(ready.wait());
+        QCOMPARE(ready.takeFirst().at(0).toString(), f);
+        QCOMPARE(service.calls().size(), 3);
         const struct timespec times[2] = {{1000, 0}, {1000, 0}};
         QCOMPARE(::utimensat(AT_FDCWD, FileNames::encode(notes).constData(), times, 0), 0);
         loader.thumbnail(notes, 44);
-        QVERIFY(service.waitForCalls(3));
+        QVERIFY(service.waitForCalls(4));
 
         // Cleared while c is being made and d waits: c is kept but not
         // announced, d is not made.
         service.setOpen(false);
         loader.thumbnail(c, 44);
-        QVERIFY(service.waitForCalls(4));
+        QVERIFY(service.waitForCalls(5));
         loader.thumbnail(d, 44);
         loader.clear();
         loader.thumbnail(e, 44);
@@ -209,7 +214,7 @@ private slots:
         QStringList asked;
         for (const FakeThumbnailService::Call &call : service.calls())
             asked << call.path;
-        QCOMPARE(asked, (QStringList{notes, b, notes, c, e}));
+        QCOMPARE(asked, (QStringList{notes, b, f, notes, c, e}));
         QCOMPARE(colourOf(loader.thumbnail(c, 44)), QColor(Qt::red));
     }
 
@@ -217,12 +222,23 @@ private slots:
     {
         SandboxHome home;
         FakeThumbnailService service;
+        service.setOpen(false);
+        // Lets its workers go on only as it starts to go.
+        struct GoingLoader : ThumbnailLoader
         {
-            ThumbnailLoader loader(service);
-            for (int i = 0; i < 50; ++i)
-                loader.thumbnail(home.write(QString("%1.png").arg(i), "x"), 44);
-        }
-        QCOMPARE(service.returned(), service.calls().size());
+            using ThumbnailLoader::ThumbnailLoader;
+            ~GoingLoader() override { m_service->setOpen(true); }
+            FakeThumbnailService *m_service = nullptr;
+        };
+        auto *loader = new GoingLoader(service);
+        loader->m_service = &service;
+        for (const char *name : {"a.png", "b.png", "c.png", "d.png"})
+            loader->thumbnail(home.write(name, "x"), 44);
+        QVERIFY(service.waitForCalls(ThumbnailLoader::kWorkers));
+        delete loader;
+        // Those being made were finished before it went; the others never started.
+        QCOMPARE(service.returned(), ThumbnailLoader::kWorkers);
+        QCOMPARE(service.calls().size(), ThumbnailLoader::kWorkers);
         QCoreApplication::processEvents(); // nothing posted to it arrives
     }
 };
