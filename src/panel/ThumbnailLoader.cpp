@@ -12,19 +12,26 @@ QString keyOf(const QString &path, int size)
 } // namespace
 
 ThumbnailLoader::ThumbnailLoader(ThumbnailService &service, QObject *parent, int workers)
-    : QObject(parent), m_pictures(kMaxKilobytes, [&service](const QString &path, int size) {
-          return service.imageWithPreviewOfFileAtPath(path, size, true);
-      })
+    : QObject(parent), m_pictures(kMaxKilobytes,
+                                  [&service](const QString &path, int size) {
+                                      return service.imageWithPreviewOfFileAtPath(path, size, true);
+                                  }),
+      m_maxWorkers(std::size_t(std::max(workers, 1)))
 {
-    m_workers.setMaxThreadCount(workers);
 }
 
-// The workers use the service, the memory and this object (their results are
-// posted to it): none may run after this. What they posted goes with the object.
+// The workers use the service, the memory and this object: none may run after
+// this. A wake-up they posted goes with the object.
 ThumbnailLoader::~ThumbnailLoader()
 {
-    m_workers.clear();
-    m_workers.waitForDone();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+        m_jobs.clear();
+    }
+    m_wake.notify_all();
+    for (std::thread &worker : m_workers)
+        worker.join();
 }
 
 QImage ThumbnailLoader::thumbnail(const QString &path, int size)
@@ -35,28 +42,58 @@ QImage ThumbnailLoader::thumbnail(const QString &path, int size)
     if (m_asked.contains(key))
         return {};
     m_asked.insert(key);
-    m_workers.start([this, generation = m_generation, path, size] {
-        const QImage image = m_pictures.preview(path, size);
-        QMetaObject::invokeMethod(
-            this, [this, generation, path, size, image] { deliver(generation, path, size, image); },
-            Qt::QueuedConnection);
-    });
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.push_back({m_generation, path, size, {}});
+        // Threads start as work comes, up to the bound, and stay until the end.
+        if (m_workers.size() < m_maxWorkers)
+            m_workers.emplace_back([this] { work(); });
+    }
+    m_wake.notify_one();
     return {};
 }
 
 void ThumbnailLoader::clear()
 {
-    m_workers.clear();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.clear();
+    }
     m_asked.clear();
     ++m_generation;
 }
 
-void ThumbnailLoader::deliver(quint64 generation, const QString &path, int size,
-                              const QImage &image)
+void ThumbnailLoader::work()
 {
-    if (generation != m_generation)
-        return; // asked before clear: the next look at its row asks again
-    m_asked.remove(keyOf(path, size));
-    if (!image.isNull())
-        emit thumbnailReady(path, size, image);
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_wake.wait(lock, [this] { return m_stopping || !m_jobs.empty(); });
+        if (m_stopping)
+            return;
+        Job job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        lock.unlock();
+        job.image = m_pictures.preview(job.path, job.size);
+        lock.lock();
+        // The results travel under the lock; the queued call only wakes the main thread.
+        m_results.push_back(std::move(job));
+        if (m_results.size() == 1)
+            QMetaObject::invokeMethod(this, "takeResults", Qt::QueuedConnection);
+    }
+}
+
+void ThumbnailLoader::takeResults()
+{
+    std::vector<Job> results;
+    {
+        const std::lock_guard lock(m_mutex);
+        results.swap(m_results);
+    }
+    for (const Job &result : results) {
+        if (result.generation != m_generation)
+            continue; // asked before clear: the next look at its row asks again
+        m_asked.remove(keyOf(result.path, result.size));
+        if (!result.image.isNull())
+            emit thumbnailReady(result.path, result.size, result.image);
+    }
 }

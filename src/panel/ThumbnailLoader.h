@@ -6,7 +6,12 @@
 #include <QObject>
 #include <QSet>
 #include <QString>
-#include <QThreadPool>
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 class ThumbnailService;
 
@@ -37,11 +42,29 @@ public:
 signals:
     void thumbnailReady(const QString &path, int size, const QImage &image);
 
+private slots:
+    void takeResults();
+
 private:
-    void deliver(quint64 generation, const QString &path, int size, const QImage &image);
+    struct Job
+    {
+        quint64 generation;
+        QString path;
+        int size;
+        QImage image; // once made
+    };
+    void work();
 
     PreviewCache m_pictures;
-    QThreadPool m_workers;
+    const std::size_t m_maxWorkers;
     QSet<QString> m_asked; // path and size of the pictures being made
     quint64 m_generation = 0;
+
+    // Shared with the workers: what to make and what they made.
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    std::deque<Job> m_jobs;
+    std::vector<Job> m_results;
+    bool m_stopping = false;
+    std::vector<std::thread> m_workers;
 };
