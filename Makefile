@@ -50,8 +50,8 @@ sanitize:
 
 # The tests that run threads again, built with ThreadSanitizer: the listing
 # worker (and the panel it feeds), the menu worker and its previews, the size
-# estimate and the engine.
-TSAN_TESTS = tst_FileListBuilder tst_MenuBuilder tst_Panel tst_Preferences tst_SettingsLists tst_Shell tst_TidyEngine tst_Welcome
+# estimate, the panel's thumbnails and the engine.
+TSAN_TESTS = tst_FileListBuilder tst_MenuBuilder tst_Panel tst_Preferences tst_SettingsLists tst_Shell tst_Thumbnails tst_TidyEngine tst_Welcome
 tsan:
 	@scripts/install-deps.sh build test
 	cmake -S . -B $(TSAN_DIR) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DBREVANO_TESTS=ON \

@@ -267,8 +267,8 @@ int main(int argc, char *argv[])
     const double rssBase = residentMegabytes();
     BenchDelegate delegate;
     PanelController panel(PanelController::Services{data, engine, services.fileViewer(),
-                                                    QtScheduler::instance(),
-                                                    engine.notifications()},
+                                                    QtScheduler::instance(), engine.notifications(),
+                                                    services.thumbnails()},
                           delegate);
     PaintCounter windowPaints;
     panel.window()->installEventFilter(&windowPaints);

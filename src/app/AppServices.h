@@ -4,6 +4,7 @@
 #include "BrevanoData.h"
 #include "FreedesktopFileViewer.h"
 #include "FreedesktopNotifier.h"
+#include "FreedesktopThumbnailService.h"
 #include "FreedesktopTrash.h"
 #include "LocalItemInfo.h"
 #include "QtModifierKeys.h"
@@ -24,6 +25,7 @@ public:
     BrevanoData &data() { return m_data; }
     Brevano &engine() { return m_engine; }
     FileViewer &fileViewer() { return m_fileViewer; }
+    ThumbnailService &thumbnails() { return m_thumbnails; }
     // Loads the data file and links the engine to it, as the tray application
     // starts (for programs that start from these services without it).
     void loadStore();
@@ -33,6 +35,7 @@ private:
     FreedesktopTrash m_trash;
     FreedesktopNotifier m_notifier;
     FreedesktopFileViewer m_fileViewer;
+    FreedesktopThumbnailService m_thumbnails;
     QtModifierKeys m_modifierKeys;
     BrevanoData m_data;
     Brevano m_engine;

@@ -178,7 +178,8 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
     DesktopNotificationSettings notificationSettings;
     KVBrevanoAppDelegate delegate(SettingsServices{services.data(), services.engine(), chooser,
                                                    launchAtLogin, notificationSettings, alerts},
-                                  QtScheduler::instance(), services.fileViewer(), alerts);
+                                  QtScheduler::instance(), services.fileViewer(),
+                                  services.thumbnails(), alerts);
     InstanceServer server([&services, &delegate](const InstanceChannel::Request &request) {
         return carryOut(request, services, delegate);
     });

@@ -117,6 +117,11 @@ QString FileListModel::pathAt(int row) const
     return row >= 0 && row < m_filtered.size() ? m_filtered.at(row) : QString();
 }
 
+int FileListModel::rowOfPath(const QString &path) const
+{
+    return int(m_filtered.indexOf(path));
+}
+
 void FileListModel::removeRowAt(int row)
 {
     if (row < 0 || row >= m_filtered.size())
@@ -129,7 +134,7 @@ void FileListModel::removeRowAt(int row)
 
 void FileListModel::removePath(const QString &path)
 {
-    removeRowAt(int(m_filtered.indexOf(path)));
+    removeRowAt(rowOfPath(path));
 }
 
 QModelIndex FileListModel::index(int row, int column, const QModelIndex &parent) const

@@ -32,7 +32,8 @@ public:
     QString searchPhrase() const { return m_phrase; }
     const QStringList &dirContents() const { return m_dirContents; }
     const QStringList &dirContentsFiltered() const { return m_filtered; }
-    QString pathAt(int row) const; // empty outside the rows
+    QString pathAt(int row) const;            // empty outside the rows
+    int rowOfPath(const QString &path) const; // -1 when no row shows it
     // Removes one row (after a restore or trash) without a new listing; the
     // path leaves dirContents too, so a later search does not bring it back.
     void removeRowAt(int row);

@@ -1,6 +1,8 @@
 #include "FileRowDelegate.h"
 
+#include "FileListModel.h"
 #include "QuickFilterItem.h"
+#include "ThumbnailLoader.h"
 
 #include <QFontMetrics>
 #include <QGuiApplication>
@@ -66,7 +68,8 @@ void FileRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
 
     // QIcon picks the pixmap for the square at the painter's pixel ratio.
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
-    index.data(Qt::DecorationRole).value<QIcon>().paint(painter, iconRect(row));
+    if (!paintThumbnail(painter, iconRect(row), index))
+        index.data(Qt::DecorationRole).value<QIcon>().paint(painter, iconRect(row));
 
     // Where the keyboard is, for those who move through the rows with it.
     if (option.state & QStyle::State_HasFocus) {
@@ -75,6 +78,24 @@ void FileRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
         painter->drawRect(row.adjusted(0, 0, -1, -1));
     }
     painter->restore();
+}
+
+bool FileRowDelegate::paintThumbnail(QPainter *painter, const QRect &square,
+                                     const QModelIndex &index) const
+{
+    if (!m_thumbnails)
+        return false;
+    const qreal ratio = painter->device() ? painter->device()->devicePixelRatioF() : 1.0;
+    const QImage picture = m_thumbnails->thumbnail(index.data(FileListModel::PathRole).toString(),
+                                                   qRound(m_rowHeight * ratio));
+    if (picture.isNull())
+        return false;
+    QSizeF size = picture.size();
+    size.scale(square.size(), Qt::KeepAspectRatio);
+    QRectF target(QPointF(), size);
+    target.moveCenter(QRectF(square).center());
+    painter->drawImage(target, picture);
+    return true;
 }
 
 QSize FileRowDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const

@@ -4,10 +4,14 @@
 #include <QStyledItemDelegate>
 
 class QuickFilterItem;
+class ThumbnailLoader;
 
 // Draws a panel row: the type icon in a square at x + 5 (side: row height - 4),
 // the name at x + row height + 4 in the 12-point system font, on the row's
-// background (selected, odd, even). Every row has the same height.
+// background (selected, odd, even). Every row has the same height. With
+// thumbnails, a row shows its file's picture (made for the row height in
+// device pixels, drawn in the square with its proportions kept) once it is
+// there, the type icon until then; only the rows painted ask for one.
 class FileRowDelegate : public QStyledItemDelegate
 {
     Q_OBJECT
@@ -24,6 +28,8 @@ public:
     static int rowHeight(const QuickFilterItem *view);
     void setRowHeight(int height) { m_rowHeight = height; }
     int rowHeight() const { return m_rowHeight; }
+    // Where the pictures come from; none shows type icons only.
+    void setThumbnails(ThumbnailLoader *thumbnails) { m_thumbnails = thumbnails; }
     // The icon's square and the name's origin in a row's rectangle.
     static QRect iconRect(const QRect &row);
     static QPoint nameOrigin(const QRect &row);
@@ -33,5 +39,9 @@ public:
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
 
 private:
+    // Draws the row's picture when it has one; false otherwise.
+    bool paintThumbnail(QPainter *painter, const QRect &square, const QModelIndex &index) const;
+
     int m_rowHeight = 22;
+    ThumbnailLoader *m_thumbnails = nullptr;
 };

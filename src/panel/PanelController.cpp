@@ -14,6 +14,7 @@
 #include "PanelPlacement.h"
 #include "PanelWindow.h"
 #include "PathBar.h"
+#include "ThumbnailLoader.h"
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
 
@@ -128,11 +129,13 @@ PanelController::PanelController(const Services &services, PanelControllerDelega
                                  QObject *parent)
     : QObject(parent), m_data(services.data), m_engine(services.engine),
       m_fileViewer(services.fileViewer), m_scheduler(services.scheduler),
-      m_notifications(services.notifications), m_delegate(delegate), m_shiftHeld(shiftHeldNow)
+      m_notifications(services.notifications), m_delegate(delegate), m_shiftHeld(shiftHeldNow),
+      m_thumbnails(std::make_unique<ThumbnailLoader>(services.thumbnails))
 {
     for (const auto &filter : m_data.filterItems())
         m_desktopViews.append(filter->getName());
     setUpWindow();
+    setUpThumbnails();
 }
 
 PanelController::~PanelController()
@@ -820,10 +823,22 @@ void PanelController::applyView(const QuickFilterList::ItemPointer &view)
     Ui::Panel &ui = m_window->ui();
     ui.activeViewText->setText(view ? view->getName() : QStringLiteral("All Contents"));
     m_rowDelegate->setRowHeight(FileRowDelegate::rowHeight(view.get()));
+    m_rowDelegate->setThumbnails(view && view->getIconStyle() == 1 ? m_thumbnails.get() : nullptr);
     ui.tableView->doItemsLayout();
     if (m_hasActivePanel)
         buildFileList();
     configureControls();
+}
+
+// A row shows its picture once it is made; the rows of another listing want others.
+void PanelController::setUpThumbnails()
+{
+    connect(m_thumbnails.get(), &ThumbnailLoader::thumbnailReady, this,
+            [this](const QString &path) {
+                if (const int row = m_model->rowOfPath(path); row >= 0)
+                    m_window->ui().tableView->update(m_model->index(row));
+            });
+    connect(m_model, &QAbstractItemModel::modelReset, m_thumbnails.get(), &ThumbnailLoader::clear);
 }
 
 void PanelController::pressedMenuItem(int index)

@@ -27,6 +27,8 @@ class QAction;
 class QMenu;
 class QModelIndex;
 class QuickFilterItem;
+class ThumbnailLoader;
+class ThumbnailService;
 
 // The drop-down panel under the status item: lists the Shadow Desktop by view,
 // searches the listing, navigates its folders and opens, reveals, restores or
@@ -43,6 +45,7 @@ public:
         FileViewer &fileViewer;
         Scheduler &scheduler;
         NotificationCenter &notifications;
+        ThumbnailService &thumbnails;
     };
     static constexpr std::chrono::milliseconds kSearchFocusDelay{300};
     static constexpr std::chrono::milliseconds kSearchFocusDelayWithShift{3000};
@@ -69,6 +72,8 @@ public:
     PreviewPopoverViewController *previewPopover() const { return m_previewPopover; }
     QMenu *fileMenu() const { return m_fileMenu; }
     QMenu *actionMenu() const { return m_actionMenu; }
+    // The pictures of the rows (and of whatever else shows a file).
+    ThumbnailLoader &thumbnails() const { return *m_thumbnails; }
 
     void bringToFront();
     // The panel closed because it lost the focus a moment ago (to a click on
@@ -139,6 +144,7 @@ private:
     void setUpActionMenu();
     void setUpFileMenu();
     void setUpViewMenus();
+    void setUpThumbnails();
     void fileListUpdated(const QStringList &paths, BackgroundFileListBuilder *task);
     void fileListCompletedForTask(const QStringList &paths, BackgroundFileListBuilder *task);
     void showFileMenu(int row, const QPoint &globalPos);
@@ -170,6 +176,7 @@ private:
     NotificationCenter &m_notifications;
     PanelControllerDelegate &m_delegate;
     std::function<bool()> m_shiftHeld;
+    std::unique_ptr<ThumbnailLoader> m_thumbnails;
 
     bool m_hasActivePanel = false;
     QPointer<PanelWindow> m_window;

@@ -24,10 +24,10 @@
 #include <QUrlQuery>
 
 KVBrevanoAppDelegate::KVBrevanoAppDelegate(const SettingsServices &settings, Scheduler &scheduler,
-                                           FileViewer &fileViewer, AlertPresenter &alerts,
-                                           QObject *parent)
+                                           FileViewer &fileViewer, ThumbnailService &thumbnails,
+                                           AlertPresenter &alerts, QObject *parent)
     : QObject(parent), m_settings(settings), m_data(settings.data), m_engine(settings.engine),
-      m_scheduler(scheduler), m_fileViewer(fileViewer), m_alerts(alerts)
+      m_scheduler(scheduler), m_fileViewer(fileViewer), m_thumbnails(thumbnails), m_alerts(alerts)
 {
 }
 
@@ -138,7 +138,7 @@ PanelController &KVBrevanoAppDelegate::getPanelController()
     if (!m_panelController) {
         m_panelController = std::make_unique<PanelController>(
             PanelController::Services{m_data, m_engine, m_fileViewer, m_scheduler,
-                                      m_engine.notifications()},
+                                      m_engine.notifications(), m_thumbnails},
             *this);
         // hasActivePanel drives the active icon, whoever changes it.
         connect(m_panelController.get(), &PanelController::hasActivePanelChanged, this,

@@ -19,6 +19,7 @@ class NoTrayWindow;
 class PanelController;
 class Scheduler;
 class StatusMenu;
+class ThumbnailService;
 class WelcomeWindowController;
 
 // The tray application: starts the store, the engine, the status menu and the
@@ -29,7 +30,8 @@ class KVBrevanoAppDelegate : public QObject, public PanelControllerDelegate
 public:
     // settings holds the store, the engine and what the settings windows need.
     KVBrevanoAppDelegate(const SettingsServices &settings, Scheduler &scheduler,
-                         FileViewer &fileViewer, AlertPresenter &alerts, QObject *parent = nullptr);
+                         FileViewer &fileViewer, ThumbnailService &thumbnails,
+                         AlertPresenter &alerts, QObject *parent = nullptr);
     ~KVBrevanoAppDelegate() override;
 
     void applicationDidFinishLaunching();
@@ -87,6 +89,7 @@ private:
     Brevano &m_engine;
     Scheduler &m_scheduler;
     FileViewer &m_fileViewer;
+    ThumbnailService &m_thumbnails;
     AlertPresenter &m_alerts;
     std::unique_ptr<StatusMenu> m_statusMenu;
     std::unique_ptr<MenubarController> m_menubarController;

@@ -1,10 +1,12 @@
 #include "EngineFixture.h"
+#include "FakeThumbnailService.h"
 #include "FileListModel.h"
 #include "FileRowDelegate.h"
 #include "PanelController.h"
 #include "PanelControllerDelegate.h"
 #include "PanelWindow.h"
 #include "PreviewPopoverViewController.h"
+#include "ThumbnailLoader.h"
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
 
@@ -24,6 +26,19 @@
 using namespace std::chrono_literals;
 
 namespace {
+
+// The parts of a widget painted since it was watched.
+class PaintRecorder : public QObject
+{
+public:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            m_painted += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+    QRegion m_painted;
+};
 
 class RecordingPanelDelegate : public PanelControllerDelegate
 {
@@ -53,6 +68,7 @@ struct PanelFixture
 {
     EngineFixture f;
     RecordingPanelDelegate delegate;
+    FakeThumbnailService thumbnails;
     std::unique_ptr<PanelController> panel;
 
     PanelFixture()
@@ -72,7 +88,8 @@ struct PanelFixture
     {
         panel.reset(); // the settings of the last one are written first
         panel = std::make_unique<PanelController>(
-            PanelController::Services{f.data, f.engine, f.fileViewer, f.scheduler, f.notifications},
+            PanelController::Services{f.data, f.engine, f.fileViewer, f.scheduler, f.notifications,
+                                      thumbnails},
             delegate);
         panel->setShiftHeldQuery([this] { return m_shift; });
     }
@@ -353,6 +370,67 @@ private slots:
         p.makePanel();
         QVERIFY(!p.panel->currentFilter());
         QVERIFY(!p.ui().buttonViewOptions->isEnabled());
+    }
+
+    void previewRowsShowTheirPicturesOnceMade()
+    {
+        PanelFixture p;
+        // More rows than are shown; the fake has no picture of the JPEG.
+        for (int i = 0; i < 9; ++i)
+            p.f.sandbox.write(QString(".local/share/Brevano/Shadow Desktop/picture %1.png").arg(i),
+                              "p");
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/plain.jpg", "j");
+        QListView *table = p.ui().tableView;
+        p.panel->pressedMenuItem(1); // Images
+        p.panel->pressedMenuItemIconSize(3);
+        p.open();
+        QCoreApplication::processEvents();
+        QVERIFY(p.thumbnails.calls().isEmpty()); // type icons ask for no pictures
+
+        p.panel->setHasActivePanel(false);
+        p.panel->pressedMenuItemIconStyle(1);
+        p.thumbnails.setOpen(false);
+        p.open();
+        QVERIFY(QTest::qWaitForWindowActive(p.panel->window()));
+        QCoreApplication::processEvents(); // the rows are painted, asking for their pictures
+        QStringList visible;
+        QList<QRect> pictureRows;
+        QRegion pictureArea;
+        const QImage before = table->viewport()->grab().toImage();
+        for (int row = 0; row < p.panel->model().rowCount(); ++row) {
+            const QRect rect = table->visualRect(p.panel->model().index(row));
+            if (!rect.intersects(table->viewport()->rect()))
+                continue;
+            visible << p.panel->model().pathAt(row);
+            QVERIFY(before.pixelColor(FileRowDelegate::iconRect(rect).center()) != Qt::red);
+            if (visible.last().endsWith(".png")) {
+                pictureRows << rect;
+                pictureArea += rect & table->viewport()->rect();
+            }
+        }
+        QVERIFY(visible.size() < p.panel->model().rowCount());
+        QVERIFY(!pictureRows.isEmpty());
+        QCoreApplication::processEvents(); // the whole table again, after the grab
+
+        PaintRecorder paints;
+        table->viewport()->installEventFilter(&paints);
+        p.thumbnails.setOpen(true);
+        // Those rows only, as their pictures come.
+        QTRY_COMPARE(paints.m_painted, pictureArea);
+        const QImage after = table->viewport()->grab().toImage();
+        for (const QRect &rect : pictureRows)
+            if (const QPoint centre = FileRowDelegate::iconRect(rect).center();
+                after.rect().contains(centre))
+                QCOMPARE(after.pixelColor(centre), QColor(Qt::red));
+        // The rows shown asked, each once, for pictures as tall as they are.
+        QStringList asked;
+        for (const FakeThumbnailService::Call &call : p.thumbnails.calls()) {
+            QCOMPARE(call.size, 128);
+            asked << call.path;
+        }
+        asked.sort();
+        visible.sort();
+        QCOMPARE(asked, visible);
     }
 
     void viewOptionsSaveOrCancel()

@@ -1,6 +1,7 @@
 #include "AlreadyRunningWindow.h"
 #include "AlternateItemWidget.h"
 #include "EngineFixture.h"
+#include "FakeThumbnailService.h"
 #include "GermanLocale.h"
 #include "KVBrevanoAppDelegate.h"
 #include "MenuRenderer.h"
@@ -379,9 +380,11 @@ void tst_Shell::windowOpeners()
 {
     SettingsFixture s;
     RecordingAlertPresenter alerts;
+    FakeThumbnailService thumbnails;
     {
         // A first start opens the tutorial, once the store asks for it.
-        KVBrevanoAppDelegate delegate(s.services, s.f.scheduler, s.f.fileViewer, alerts);
+        KVBrevanoAppDelegate delegate(s.services, s.f.scheduler, s.f.fileViewer, thumbnails,
+                                      alerts);
         delegate.applicationDidFinishLaunching();
         QCOMPARE(shownWindows<WelcomeWindowController>().size(), 1);
         delegate.openTutorial();
@@ -433,7 +436,7 @@ void tst_Shell::windowOpeners()
     // Told not to show it again, a start opens no tutorial.
     s.f.data.setShowWelcome(false);
     s.f.data.saveDataFile();
-    KVBrevanoAppDelegate delegate(s.services, s.f.scheduler, s.f.fileViewer, alerts);
+    KVBrevanoAppDelegate delegate(s.services, s.f.scheduler, s.f.fileViewer, thumbnails, alerts);
     delegate.applicationDidFinishLaunching();
     QVERIFY(shownWindows<WelcomeWindowController>().isEmpty());
 }
@@ -443,9 +446,10 @@ void tst_Shell::thePanelAndTheActiveIcon()
     SettingsFixture s;
     EngineFixture &f = s.f;
     RecordingAlertPresenter alerts;
+    FakeThumbnailService thumbnails;
     f.data.setShowWelcome(false);
     f.data.saveDataFile();
-    KVBrevanoAppDelegate delegate(s.services, f.scheduler, f.fileViewer, alerts);
+    KVBrevanoAppDelegate delegate(s.services, f.scheduler, f.fileViewer, thumbnails, alerts);
     delegate.applicationDidFinishLaunching();
     f.engine.setEnabled(true);
     f.data.updateStatusIcon();

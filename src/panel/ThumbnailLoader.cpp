@@ -1,0 +1,99 @@
+#include "ThumbnailLoader.h"
+
+#include "ThumbnailService.h"
+
+namespace {
+
+QString keyOf(const QString &path, int size)
+{
+    return path + u'\n' + QString::number(size);
+}
+
+} // namespace
+
+ThumbnailLoader::ThumbnailLoader(ThumbnailService &service, QObject *parent, int workers)
+    : QObject(parent), m_pictures(kMaxKilobytes,
+                                  [&service](const QString &path, int size) {
+                                      return service.imageWithPreviewOfFileAtPath(path, size, true);
+                                  }),
+      m_maxWorkers(std::size_t(std::max(workers, 1)))
+{
+}
+
+// The workers use the service, the memory and this object: none may run after
+// this. A wake-up they posted goes with the object.
+ThumbnailLoader::~ThumbnailLoader()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+        m_jobs.clear();
+    }
+    m_wake.notify_all();
+    for (std::thread &worker : m_workers)
+        worker.join();
+}
+
+QImage ThumbnailLoader::thumbnail(const QString &path, int size)
+{
+    if (std::optional<QImage> picture = m_pictures.cached(path, size))
+        return *picture;
+    const QString key = keyOf(path, size);
+    if (m_asked.contains(key))
+        return {};
+    m_asked.insert(key);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.push_back({m_generation, path, size, {}});
+        // Threads start as work comes, up to the bound, and stay until the end.
+        if (m_workers.size() < m_maxWorkers)
+            m_workers.emplace_back([this] { work(); });
+    }
+    m_wake.notify_one();
+    return {};
+}
+
+void ThumbnailLoader::clear()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_jobs.clear();
+    }
+    m_asked.clear();
+    ++m_generation;
+}
+
+void ThumbnailLoader::work()
+{
+    std::unique_lock lock(m_mutex);
+    for (;;) {
+        m_wake.wait(lock, [this] { return m_stopping || !m_jobs.empty(); });
+        if (m_stopping)
+            return;
+        Job job = std::move(m_jobs.front());
+        m_jobs.pop_front();
+        lock.unlock();
+        job.image = m_pictures.preview(job.path, job.size);
+        lock.lock();
+        // The results travel under the lock; the queued call only wakes the main thread.
+        m_results.push_back(std::move(job));
+        if (m_results.size() == 1)
+            QMetaObject::invokeMethod(this, "takeResults", Qt::QueuedConnection);
+    }
+}
+
+void ThumbnailLoader::takeResults()
+{
+    std::vector<Job> results;
+    {
+        const std::lock_guard lock(m_mutex);
+        results.swap(m_results);
+    }
+    for (const Job &result : results) {
+        if (result.generation != m_generation)
+            continue; // asked before clear: the next look at its row asks again
+        m_asked.remove(keyOf(result.path, result.size));
+        if (!result.image.isNull())
+            emit thumbnailReady(result.path, result.size, result.image);
+    }
+}
