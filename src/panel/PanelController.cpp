@@ -103,6 +103,12 @@ protected:
         case Qt::Key_Enter:
             m_panel.doubleClickedRow(row);
             return true;
+        case Qt::Key_Tab:
+            // On to the preview's buttons, in its own window.
+            if (!m_panel.m_previewPopover)
+                return false;
+            m_panel.m_previewPopover->takeKeyboard();
+            return true;
         case Qt::Key_Backspace:
             if (m_panel.m_window->ui().buttonBack->isEnabled())
                 m_panel.pressedUpDirectory();
@@ -204,23 +210,7 @@ void PanelController::setUpWindow()
     connect(ui.comboView, &QComboBox::activated, this,
             &PanelController::comboBoxSelectionDidChange);
 
-    connect(m_window, &PanelWindow::resignedKey, this, [this] {
-        // The keyboard went to a window of ours that is no widget: the XEmbed
-        // tray icon, told by its tray that it was clicked, sometimes only after
-        // the panel opened. A click toggles the panel itself; an open panel
-        // takes the keyboard back.
-        if (QGuiApplication::focusWindow() && !QApplication::activeWindow()) {
-            m_scheduler.schedule(std::chrono::milliseconds(0), [window = m_window, this] {
-                if (window && m_hasActivePanel)
-                    window->reactivate();
-            });
-            return;
-        }
-        if (m_hasActivePanel && m_window->isVisible() && !m_data.getPin()) {
-            m_resignedAt = m_scheduler.now();
-            setHasActivePanel(false);
-        }
-    });
+    connect(m_window, &PanelWindow::resignedKey, this, [this] { windowLostKeyboard(m_window); });
     connect(m_window, &PanelWindow::cancelOperation, this, [this] { setHasActivePanel(false); });
     connect(m_window, &PanelWindow::closing, this, [this] { setHasActivePanel(false); });
     connect(m_window, &PanelWindow::resized, this, &PanelController::setArrowPosition);
@@ -250,6 +240,33 @@ void PanelController::setUpWindow()
 }
 
 // Down from the search field goes to the rows.
+// The panel or a preview of its rows (`window`) lost the keyboard. To another
+// of them, the panel stays open; to anything else, it closes unless pinned.
+void PanelController::windowLostKeyboard(QWidget *window)
+{
+    QWidget *active = QApplication::activeWindow();
+    const bool ours = active == m_window || (qobject_cast<PreviewPopoverViewController *>(active) &&
+                                             active->parentWidget() == m_window);
+    if (active && active != window && ours)
+        return;
+
+    // The keyboard went to a window of ours that is no widget: the XEmbed
+    // tray icon, told by its tray that it was clicked, sometimes only after
+    // the panel opened. A click toggles the panel itself; an open panel
+    // takes the keyboard back.
+    if (QGuiApplication::focusWindow() && !QApplication::activeWindow()) {
+        m_scheduler.schedule(std::chrono::milliseconds(0), [window = m_window, this] {
+            if (window && m_hasActivePanel)
+                window->reactivate();
+        });
+        return;
+    }
+    if (m_hasActivePanel && m_window->isVisible() && !m_data.getPin()) {
+        m_resignedAt = m_scheduler.now();
+        setHasActivePanel(false);
+    }
+}
+
 bool PanelController::eventFilter(QObject *watched, QEvent *event)
 {
     if (m_window && watched == m_window->ui().searchField && event->type() == QEvent::KeyPress &&
@@ -1032,25 +1049,26 @@ void PanelController::previewFile(int row)
             });
     connect(popover, &PreviewPopoverViewController::closeRequested, this,
             &PanelController::closePreviewPopover);
+    connect(popover, &PreviewPopoverViewController::resignedKey, this,
+            [this, popover] { windowLostKeyboard(popover); });
     popover->applyPreview();
 
-    // A panel too small for the whole picture gets a smaller one.
-    const QRect within = m_window->contentsRect();
+    // A screen too small for the whole picture gets a smaller one.
+    QListView *table = m_window->ui().tableView;
+    const QRect cell = table->visualRect(m_model->index(row));
+    const QRect rowOnScreen(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());
+    const QScreen *screen = m_window->screen();
+    const QRect available = screen ? screen->availableGeometry() : m_window->geometry();
     popover->adjustSize();
     const int overflow =
-        qMax(popover->width() - within.width(), popover->height() - within.height()) +
+        qMax(popover->width() - available.width(), popover->height() - available.height()) +
         2 * PanelPlacement::kPopoverMargin;
     if (overflow > 0)
         popover->setPreviewSide(qMax(kSmallestPreview, popover->previewSide() - overflow));
+    popover->setGeometry(PanelPlacement::popoverBesideRow(rowOnScreen, popover->size(), available));
     showPreviewPicture(*popover);
-
-    QListView *table = m_window->ui().tableView;
-    const QRect cell = table->visualRect(m_model->index(row));
-    const QRect rowInPanel(table->viewport()->mapTo(m_window, cell.topLeft()), cell.size());
-    popover->setGeometry(PanelPlacement::popoverBesideRow(rowInPanel, popover->size(), within));
-    // Shown without the focus: the keys still move through the rows, and Tab
-    // from the rows goes to its buttons.
-    popover->followInTabOrder(table);
+    // Shown without the keyboard: the keys still move through the rows, and
+    // Tab from the rows goes to its buttons.
     popover->show();
     popover->raise();
 }
@@ -1059,13 +1077,18 @@ void PanelController::previewFile(int row)
 void PanelController::showPreviewPicture(PreviewPopoverViewController &popover)
 {
     const QString path = popover.filenameToPreview();
-    const int side = PreviewPopoverViewController::kPreviewSide;
+    const int side = qRound(popover.previewSide() * popover.devicePixelRatioF());
+    const QImage picture = m_thumbnails->thumbnail(path, side);
+    if (!picture.isNull()) {
+        popover.setPicture(picture);
+        return;
+    }
     popover.setPicture(FileTypeIcons::shared().forPath(path).pixmap(side, side).toImage());
-    // TODO(thumbnails): the file's own picture goes in here once the thumbnail
-    // loader is among the panel's services: popover.setPicture() with its
-    // thumbnail(path, side) when that is in memory, else with the image its
-    // thumbnailReady brings for (path, side) while m_previewPopover is still
-    // this popover.
+    connect(m_thumbnails.get(), &ThumbnailLoader::thumbnailReady, &popover,
+            [&popover, path, side](const QString &madePath, int madeSide, const QImage &made) {
+                if (madePath == path && madeSide == side)
+                    popover.setPicture(made);
+            });
 }
 
 void PanelController::singleClickedRow()
@@ -1082,9 +1105,13 @@ void PanelController::closePreviewPopover()
 {
     if (!m_previewPopover)
         return;
+    PreviewPopoverViewController *popover = std::exchange(m_previewPopover, nullptr);
+    popover->disconnect(this);
     // The keyboard goes back to the rows.
-    if (m_previewPopover->isAncestorOf(QApplication::focusWidget()))
+    if (popover->isActiveWindow()) {
+        m_window->activateWindow();
         m_window->ui().tableView->setFocus(Qt::PopupFocusReason);
-    m_previewPopover->hide();
-    std::exchange(m_previewPopover, nullptr)->deleteLater();
+    }
+    popover->hide();
+    popover->deleteLater();
 }

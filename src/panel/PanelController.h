@@ -168,6 +168,7 @@ private:
     void setUpPreview();
     void closePreviewPopover();
     void showPreviewPicture(PreviewPopoverViewController &popover);
+    void windowLostKeyboard(QWidget *window);
 
     BrevanoData &m_data;
     Brevano &m_engine;

@@ -103,16 +103,17 @@ PanelPlacement::Result PanelPlacement::place(const QRect &statusRect, const QSiz
     return {QRect(origin, size), edge, arrowInside(tip, horizontal ? size.width() : size.height())};
 }
 
-QRect PanelPlacement::popoverBesideRow(const QRect &row, const QSize &size, const QRect &within)
+QRect PanelPlacement::popoverBesideRow(const QRect &row, const QSize &size, const QRect &available)
 {
-    const Span across{within.left(), within.left() + within.width()};
-    const Span down{within.top(), within.top() + within.height()};
-    // Rows run the width of the panel, so a popover inside it covers them, and
-    // one that does not fit right of the inset cannot go left of the row
-    // either: it moves left just as far as it must to stay in the panel
-    // (turning it about the row would put it at the same place or beyond the
-    // panel's left edge).
-    const int x = row.left() + kPopoverInset;
+    const Span across{available.left(), available.left() + available.width()};
+    const Span down{available.top(), available.top() + available.height()};
+    const int rightEdge = row.left() + row.width() + kPopoverInset; // where one on the right starts
+    const int leftEdge = row.left() - kPopoverInset;                // where one on the left ends
+    const int roomRight = across.end - kPopoverMargin - rightEdge;
+    const int roomLeft = leftEdge - across.start - kPopoverMargin;
+    const bool right =
+        roomRight >= size.width() || (roomLeft < size.width() && roomRight >= roomLeft);
+    const int x = right ? rightEdge : leftEdge - size.width();
     const int y = row.top() + (row.height() - size.height()) / 2;
     return QRect(QPoint(keepInside(x, size.width(), across, kPopoverMargin),
                         keepInside(y, size.height(), down, kPopoverMargin)),

@@ -33,9 +33,11 @@ public:
     static int arrowInside(int position, int edgeLength);
     // The screen edge the panel bar sits on for an item at statusRect.
     static Qt::Edge barEdge(const QRect &statusRect, const QRect &screen, const QRect &available);
-    // A popover of the given size beside a row, all in the panel's coordinates:
-    // its left edge kPopoverInset in from the row's left edge, level with the
-    // row's middle, moved only as far as it must to lie wholly inside `within`
-    // (the panel's contents).
-    static QRect popoverBesideRow(const QRect &row, const QSize &size, const QRect &within);
+    // A popover of the given size beside a row, in screen coordinates: its left
+    // edge kPopoverInset past the row's right edge, level with the row's middle.
+    // The row runs the panel's width, so that is beside the panel. Where the
+    // screen has no room on that side it goes as far left of the row, and where
+    // neither side has room, on the roomier one; it is moved only as far as it
+    // must to lie wholly on `available` (the screen less its panel bars).
+    static QRect popoverBesideRow(const QRect &row, const QSize &size, const QRect &available);
 };

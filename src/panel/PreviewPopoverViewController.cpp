@@ -16,6 +16,9 @@ PreviewPopoverViewController::PreviewPopoverViewController(Brevano &engine, File
       m_fileViewer(fileViewer), m_path(path)
 {
     m_ui->setupUi(this);
+    // A window of the panel's, always above it, that leaves the keyboard where it is.
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setAttribute(Qt::WA_ShowWithoutActivating);
     connect(m_ui->buttonRestore, &QPushButton::clicked, this,
             &PreviewPopoverViewController::pressedRestoreFile);
     connect(m_ui->buttonTrash, &QPushButton::clicked, this,
@@ -65,11 +68,17 @@ int PreviewPopoverViewController::previewSide() const
     return m_ui->preview->maximumWidth();
 }
 
-void PreviewPopoverViewController::followInTabOrder(QWidget *previous)
+void PreviewPopoverViewController::takeKeyboard()
 {
-    for (QWidget *button :
-         {m_ui->buttonRestore, m_ui->buttonTrash, m_ui->buttonReveal, m_ui->buttonOpen})
-        setTabOrder(std::exchange(previous, button), button);
+    activateWindow();
+    raise();
+    for (QPushButton *button :
+         {m_ui->buttonRestore, m_ui->buttonTrash, m_ui->buttonReveal, m_ui->buttonOpen}) {
+        if (button->isEnabled()) {
+            button->setFocus(Qt::TabFocusReason);
+            return;
+        }
+    }
 }
 
 // Long names and paths lose their middle; the whole path is the tool tip.
@@ -113,8 +122,9 @@ void PreviewPopoverViewController::pressedOpenFile()
 
 bool PreviewPopoverViewController::event(QEvent *event)
 {
-    // Escape belongs to this frame while the focus is in it, before the
-    // window's own handling (the panel closes on Escape).
+    if (event->type() == QEvent::WindowDeactivate)
+        emit resignedKey();
+    // Escape belongs to this window, before any shortcut of the application's.
     if (event->type() == QEvent::ShortcutOverride) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Escape &&

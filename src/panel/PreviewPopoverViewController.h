@@ -16,6 +16,7 @@ class PreviewPopoverViewController;
 // buttons to restore it (and ignore it from then on), trash it, show it in the
 // file manager or open it. Opening and showing are done here; restoring and
 // trashing are asked of the panel, which runs them as its context menu does.
+// A window of its own beside the panel, shown without taking the keyboard.
 class PreviewPopoverViewController : public QFrame
 {
     Q_OBJECT
@@ -36,8 +37,9 @@ public:
     // A smaller square, for a panel too small for the whole one.
     void setPreviewSide(int side);
     int previewSide() const;
-    // Tab from previous goes on to the buttons, in their order.
-    void followInTabOrder(QWidget *previous);
+    // Takes the keyboard, on the first button that can be pressed (it is
+    // shown without it, so the keys stay with the panel's rows).
+    void takeKeyboard();
 
     void pressedRestoreFile();
     void pressedDeleteFile();
@@ -49,9 +51,11 @@ signals:
     void restoreFileRequested(const QString &path);
     void deleteFileRequested(const QString &path);
     void closeRequested();
+    // The keyboard went to another window.
+    void resignedKey();
 
 protected:
-    // Escape closes this frame and does not reach the panel.
+    // Escape closes it.
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDir>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -18,6 +19,10 @@ public:
         qputenv("XDG_DATA_HOME", (home + "/.local/share").toUtf8());
         qputenv("XDG_CACHE_HOME", (home + "/.cache").toUtf8());
         qputenv("XDG_RUNTIME_DIR", (home + "/run").toUtf8());
+        // QSettings reads the configuration folder once per process: each
+        // sandbox gets its own settings, not the first one's.
+        QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, home + "/.config");
+        QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, home + "/.config");
         QDir(home).mkpath(QStringLiteral("Desktop"));
         QDir(home).mkpath(QStringLiteral("run"));
         QFile::setPermissions(home + "/run",

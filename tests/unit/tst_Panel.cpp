@@ -113,6 +113,13 @@ struct PanelFixture
         panel->setHasActivePanel(true);
         waitForListing();
     }
+    // Pinned, so that only what a test does closes the panel: the test
+    // platform hands the keyboard to each window it shows, previews included.
+    void openPinned()
+    {
+        f.data.setPin(true);
+        open();
+    }
     int rowOf(const QString &name) const { return int(names().indexOf(name)); }
     bool m_shift = false;
 };
@@ -486,7 +493,8 @@ private slots:
         PanelFixture p;
         p.open();
         QWidget *window = p.panel->window();
-        window->resize(1000, 700);
+        window->setGeometry(QRect(window->screen()->availableGeometry().topLeft() + QPoint(10, 10),
+                                  window->minimumSize().expandedTo(QSize(320, 560))));
         window->activateWindow();
         QTRY_VERIFY(QApplication::activeWindow() == window);
         p.f.scheduler.advance(300ms); // the search field has had its turn
@@ -495,49 +503,64 @@ private slots:
         table->setCurrentIndex(p.panel->model().index(p.rowOf("photo.png")));
         p.f.scheduler.advance(499ms);
         QVERIFY(!p.panel->previewPopover());
+        p.thumbnails.setOpen(false);
         p.f.scheduler.advance(1ms);
         PreviewPopoverViewController *preview = p.panel->previewPopover();
         QVERIFY(preview && preview->isVisible());
         const QString photo = p.f.sandbox.shadowDesktop() + "/photo.png";
         QCOMPARE(preview->findChild<QLabel *>("filename")->text(), QString("photo.png"));
         QCOMPARE(preview->findChild<QLabel *>("filepath")->toolTip(), photo);
-        QVERIFY(!preview->findChild<QLabel *>("preview")->pixmap().isNull());
-        // To the right of the row, 25 in from its left edge, level with it.
+        // The type icon, until the file's own picture is made.
+        const auto pictureCentre = [&preview] {
+            const QImage shown = preview->findChild<QLabel *>("preview")->pixmap().toImage();
+            return shown.pixelColor(shown.rect().center());
+        };
+        QVERIFY(pictureCentre() != Qt::red);
+        p.thumbnails.setOpen(true);
+        QTRY_COMPARE(pictureCentre(), QColor(Qt::red));
+        // Beside the panel, 25 past the row's right edge, level with it.
         const QRect cell = table->visualRect(table->currentIndex());
-        const QPoint row = table->viewport()->mapTo(window, cell.topLeft());
-        QCOMPARE(preview->x(), row.x() + 25);
-        QVERIFY(preview->geometry().top() <= row.y() + cell.height() / 2);
-        QVERIFY(preview->geometry().bottom() >= row.y() + cell.height() / 2);
+        const QRect row(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());
+        QVERIFY(preview->isWindow());
+        QCOMPARE(preview->x(), row.x() + row.width() + 25);
+        QVERIFY(preview->geometry().top() <= row.center().y());
+        QVERIFY(preview->geometry().bottom() >= row.center().y());
         QCOMPARE(preview->findChild<QLabel *>("preview")->width(), 380);
-        // It left the keys with the rows.
-        QCOMPARE(QApplication::focusWidget(), table);
+        // The keys still move through the rows.
         QTest::keyClick(table, Qt::Key_Down);
         QCOMPARE(table->currentIndex().row(), p.rowOf("photo.png") + 1);
 
-        // Tab reaches its buttons, Escape in it closes it and not the panel.
+        // Tab takes the keyboard to its buttons, and the panel stays open;
+        // Escape in it closes it and not the panel.
         table->setCurrentIndex(p.panel->model().index(p.rowOf("photo.png")));
         p.f.scheduler.advance(500ms);
         preview = p.panel->previewPopover();
+        QVERIFY(preview);
         QStringList reached;
-        for (int i = 0; i < 4; ++i) {
+        for (int i = 0; i < 5; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QVERIFY(p.panel->previewPopover() == preview);
+            QTRY_VERIFY(QApplication::activeWindow() == preview);
             auto *button = qobject_cast<QPushButton *>(QApplication::focusWidget());
             QVERIFY(button && preview->isAncestorOf(button) && !button->toolTip().isEmpty());
             reached << button->accessibleName();
         }
-        QCOMPARE(reached, QStringList({"Restore to Desktop and Ignore", "Move to Trash",
-                                       "Show in File Manager", "Open"}));
+        QCOMPARE(reached,
+                 QStringList({"Restore to Desktop and Ignore", "Move to Trash",
+                              "Show in File Manager", "Open", "Restore to Desktop and Ignore"}));
+        QVERIFY(p.panel->hasActivePanel());
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
         QVERIFY(!p.panel->previewPopover());
         QVERIFY(p.panel->hasActivePanel());
-        QCOMPARE(QApplication::focusWidget(), table);
+        QTRY_COMPARE(QApplication::focusWidget(), table);
 
-        // In the smallest panel it moves left and stays inside, with a smaller picture.
-        window->resize(window->minimumSize());
+        // Where the screen has no room right of the panel, it opens on the left.
+        const QRect screen = window->screen()->availableGeometry();
+        window->move(screen.right() - window->width(), window->y());
         p.panel->previewFile(p.rowOf("photo.png"));
         preview = p.panel->previewPopover();
-        QVERIFY(window->contentsRect().contains(preview->geometry()));
-        QVERIFY(preview->findChild<QLabel *>("preview")->width() < 380);
+        const QRect moved(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());
+        QCOMPARE(preview->geometry().right() + 1, moved.x() - 25);
         // A row that is no longer there opens nothing.
         p.panel->previewFile(int(p.names().size()));
         p.panel->previewFile(-1);
@@ -547,7 +570,7 @@ private slots:
     void previewButtonsActOnTheItem()
     {
         PanelFixture p;
-        p.open();
+        p.openPinned();
         const QString shadow = p.f.sandbox.shadowDesktop();
         const auto button = [&p](const char *name) {
             return p.panel->previewPopover()->findChild<QPushButton *>(name);
@@ -591,7 +614,7 @@ private slots:
         PanelFixture p;
         for (int i = 0; i < 40; ++i)
             p.f.sandbox.write(QString(".local/share/Brevano/Shadow Desktop/n%1.txt").arg(i), "n");
-        p.open();
+        p.openPinned();
         QWidget *window = p.panel->window();
         window->resize(1000, 560);
         QListView *table = p.ui().tableView;

@@ -42,6 +42,7 @@ class tst_PanelParts : public QObject
 private slots:
     void placement_data();
     void placement();
+    void previewBesideTheRow();
     void searchMatchesNamesOnly();
     void growingListingKeepsTheSelection();
     void phraseKeepingTheRowsKeepsTheSelection();
@@ -111,6 +112,26 @@ void tst_PanelParts::placement()
     QTEST(int(result.arrowEdge), "edge");
     QTEST(result.arrowPosition, "arrow");
     QVERIFY(available.contains(result.frame));
+}
+
+// Right of the row where the screen has room, else left of it, else on the
+// roomier side; always on the screen and level with the row where it can be.
+void tst_PanelParts::previewBesideTheRow()
+{
+    const QRect screen(0, 24, 1440, 876);
+    const QSize size(404, 500);
+    const QRect row(100, 300, 380, 20); // right edge at 480
+    QCOMPARE(PanelPlacement::popoverBesideRow(row, size, screen), QRect(505, 60, 404, 500));
+    const QRect atRight(1000, 300, 380, 20);
+    QCOMPARE(PanelPlacement::popoverBesideRow(atRight, size, screen).topLeft(), QPoint(571, 60));
+    // Near the top, it keeps off the screen's edge.
+    QCOMPARE(PanelPlacement::popoverBesideRow(QRect(100, 30, 380, 20), size, screen).y(), 28);
+    // A narrow screen: 300 free on the right, 200 on the left.
+    const QRect narrow(0, 0, 1020, 900);
+    const QRect middle(225, 300, 470, 20);
+    const QRect placed = PanelPlacement::popoverBesideRow(middle, size, narrow);
+    QCOMPARE(placed.right(), narrow.right() - 4);
+    QVERIFY(narrow.contains(placed));
 }
 
 void tst_PanelParts::searchMatchesNamesOnly()
