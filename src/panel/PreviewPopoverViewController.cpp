@@ -89,9 +89,11 @@ void PreviewPopoverViewController::showPath()
     m_ui->filename->setText(
         m_ui->filename->fontMetrics().elidedText(name, Qt::ElideMiddle, m_ui->filename->width()));
     m_ui->filename->setToolTip(name);
+    m_ui->filename->setAccessibleName(name); // whole, for a screen reader
     m_ui->filepath->setText(
         m_ui->filepath->fontMetrics().elidedText(path, Qt::ElideMiddle, m_ui->filepath->width()));
     m_ui->filepath->setToolTip(path);
+    m_ui->filepath->setAccessibleName(path);
 }
 
 void PreviewPopoverViewController::resizeEvent(QResizeEvent *event)
