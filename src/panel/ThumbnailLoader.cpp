@@ -24,14 +24,19 @@ ThumbnailLoader::ThumbnailLoader(ThumbnailService &service, QObject *parent, int
 // this. A wake-up they posted goes with the object.
 ThumbnailLoader::~ThumbnailLoader()
 {
+    stop();
+    for (std::thread &worker : m_workers)
+        worker.join();
+}
+
+void ThumbnailLoader::stop()
+{
     {
         const std::lock_guard lock(m_mutex);
         m_stopping = true;
         m_jobs.clear();
     }
     m_wake.notify_all();
-    for (std::thread &worker : m_workers)
-        worker.join();
 }
 
 QImage ThumbnailLoader::thumbnail(const QString &path, int size)

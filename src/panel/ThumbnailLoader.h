@@ -28,8 +28,12 @@ public:
 
     explicit ThumbnailLoader(ThumbnailService &service, QObject *parent = nullptr,
                              int workers = kWorkers);
-    // Waits for the pictures being made (the service bounds how long one takes).
+    // Stops, and waits for the pictures being made (the service bounds how
+    // long one takes).
     ~ThumbnailLoader() override;
+    // Takes no more work: the pictures asked for and not started are
+    // forgotten, those being made are finished and not announced.
+    void stop();
 
     // The picture when it is in memory; otherwise a null image, and the picture
     // is made and announced by thumbnailReady (or nothing, if the file has none).

@@ -8,6 +8,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <memory>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -223,19 +225,13 @@ private slots:
         SandboxHome home;
         FakeThumbnailService service;
         service.setOpen(false);
-        // Lets its workers go on only as it starts to go.
-        struct GoingLoader : ThumbnailLoader
-        {
-            using ThumbnailLoader::ThumbnailLoader;
-            ~GoingLoader() override { m_service->setOpen(true); }
-            FakeThumbnailService *m_service = nullptr;
-        };
-        auto *loader = new GoingLoader(service);
-        loader->m_service = &service;
+        auto loader = std::make_unique<ThumbnailLoader>(service);
         for (const char *name : {"a.png", "b.png", "c.png", "d.png"})
             loader->thumbnail(home.write(name, "x"), 44);
         QVERIFY(service.waitForCalls(ThumbnailLoader::kWorkers));
-        delete loader;
+        loader->stop();
+        service.setOpen(true); // its workers go on only once it stopped
+        loader.reset();
         // Those being made were finished before it went; the others never started.
         QCOMPARE(service.returned(), ThumbnailLoader::kWorkers);
         QCOMPARE(service.calls().size(), ThumbnailLoader::kWorkers);
