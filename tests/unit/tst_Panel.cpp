@@ -532,11 +532,14 @@ private slots:
         QVERIFY(QFile::exists(shadow + "/c.txt"));
 
         // The panel's own rows follow the same rules; a folder never goes into itself.
-        Dropping own(p, {url(shadow + "/c.txt"), url(shadow + "/Reports")});
-        QVERIFY(!own.allowedAt(own.at("Reports")));
         Dropping row(p, {url(shadow + "/c.txt")});
         row.dropAt(row.at("Reports"));
         QVERIFY(QFile::exists(shadow + "/Reports/c.txt"));
+        p.panel->doubleClickedRow(p.rowOf("Reports"));
+        p.waitForListing();
+        Dropping itself(p, {url(shadow + "/Reports")});
+        QVERIFY(!itself.allowedAt(itself.at("2024")));
+        QVERIFY(!itself.allowedAt(itself.at("2024", true)));
     }
 
     void rowMenuOpensFromTheKeyboardOnTheCurrentRow()
