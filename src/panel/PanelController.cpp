@@ -720,6 +720,9 @@ qsizetype PanelController::countFilesOnDesktop() const
 void PanelController::tableViewDraggingSessionWillBeginAtPoint(const QStringList &)
 {
     m_filesOnDesktopBeforeDrag = countFilesOnDesktop();
+    // The press that began the drag selected the row: no preview comes over the rows now.
+    m_scheduler.cancel(std::exchange(m_previewTask, 0));
+    closePreviewPopover();
 }
 
 void PanelController::tableViewDraggingSessionEndedAtPoint(const QStringList &paths,
@@ -731,7 +734,7 @@ void PanelController::tableViewDraggingSessionEndedAtPoint(const QStringList &pa
     if (operation == Qt::MoveAction)
         lookForDraggedBackFiles(paths, m_filesOnDesktopBeforeDrag, kDragSettleChecks);
     else if (m_hasActivePanel)
-        refreshFileList();
+        buildFileList();
 }
 
 void PanelController::lookForDraggedBackFiles(const QStringList &paths,
@@ -750,7 +753,7 @@ void PanelController::lookForDraggedBackFiles(const QStringList &paths,
     if (!found.isEmpty())
         askToIgnoreDraggedBackFiles(found);
     if (m_hasActivePanel)
-        refreshFileList();
+        buildFileList();
 }
 
 // The question is the panel's own: the panel stays open under it, pinned or
@@ -798,7 +801,7 @@ bool PanelController::tableViewAcceptDrop(const QStringList &paths,
         else
             moveFileIntoCurrentlyDisplayedFolder(path);
     }
-    refreshFileList();
+    buildFileList();
     // Not accepted, whatever moved: the source is never to delete anything.
     return false;
 }

@@ -407,11 +407,15 @@ private slots:
         QVERIFY(mime->data("text/uri-list").contains("/caf%E9.txt\r\n"));
         QVERIFY(mime->data("text/uri-list").contains("/Shadow%20Desktop/photo.png"));
 
-        // The drag's start counts the Desktop's entries, hidden ones too.
+        // The drag's start counts the Desktop's entries, hidden ones too. The
+        // press that began it selected the row: no preview comes over the rows.
         p.f.desktopItem(".hidden");
         p.f.desktopItem("a.txt");
+        p.ui().tableView->setCurrentIndex(p.panel->model().index(photoRow));
         p.panel->tableViewDraggingSessionWillBeginAtPoint({p.shadowPath("photo.png")});
         QCOMPARE(p.panel->filesOnDesktopBeforeDrag(), 2);
+        p.f.scheduler.advance(PanelController::kPreviewDelay);
+        QVERIFY(!p.panel->previewPopover());
     }
 
     void filesDraggedBackToTheDesktopAreOfferedForTheIgnoreList()
