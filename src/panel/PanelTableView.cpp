@@ -20,8 +20,7 @@ PanelTableView::PanelTableView(QWidget *parent) : QListView(parent)
     setDropIndicatorShown(false);
 }
 
-void PanelTableView::setDropHandlers(
-    DropTest validate, std::function<void(const QStringList &paths, const DropPlace &place)> accept)
+void PanelTableView::setDropHandlers(DropCheck validate, DropHandler accept)
 {
     m_validate = std::move(validate);
     m_accept = std::move(accept);
@@ -49,7 +48,7 @@ PanelTableView::DropPlace PanelTableView::dropPlaceAt(const QPoint &pos) const
     return {index.row(), !between};
 }
 
-void PanelTableView::startDrag(Qt::DropActions)
+void PanelTableView::startDrag(Qt::DropActions supportedActions)
 {
     QModelIndexList rows = selectionModel()->selectedIndexes();
     if (rows.isEmpty() || !model())
@@ -69,8 +68,7 @@ void PanelTableView::startDrag(Qt::DropActions)
     drag->setPixmap(rows.first().data(Qt::DecorationRole).value<QIcon>().pixmap(side, side));
     // A drag back to the Desktop is to move the item there, unless the user
     // asks for a copy or a link.
-    const Qt::DropAction done =
-        drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::MoveAction);
+    const Qt::DropAction done = drag->exec(supportedActions, Qt::MoveAction);
     emit dragEnded(paths, done);
 }
 

@@ -22,15 +22,14 @@ public:
         int row = -1;
         bool onRow = false;
     };
-    using DropTest = std::function<bool(const QStringList &paths, const DropPlace &place)>;
+    using DropCheck = std::function<bool(const QStringList &paths, const DropPlace &place)>;
+    using DropHandler = std::function<void(const QStringList &paths, const DropPlace &place)>;
 
     explicit PanelTableView(QWidget *parent = nullptr);
 
     // validate answers whether dropping paths there is allowed (the pointer
     // shows it); accept then does it.
-    void
-    setDropHandlers(DropTest validate,
-                    std::function<void(const QStringList &paths, const DropPlace &place)> accept);
+    void setDropHandlers(DropCheck validate, DropHandler accept);
     // The place of a drop at pos, in the viewport: the middle of a row is onto
     // it, its top and bottom edges between rows.
     DropPlace dropPlaceAt(const QPoint &pos) const;
@@ -56,8 +55,8 @@ private:
     bool allows(QDropEvent *event);
     void setDropIndicator(const QRect &rect, bool onRow);
 
-    DropTest m_validate;
-    std::function<void(const QStringList &, const DropPlace &)> m_accept;
+    DropCheck m_validate;
+    DropHandler m_accept;
     QRect m_dropIndicator;
     bool m_dropOnRow = false;
 };
