@@ -5,8 +5,9 @@
 # the question whether to ignore it appears over the panel, which stays open,
 # and "Yes" puts it on the ignore list; files dragged from a Thunar window onto
 # the panel move into the Shadow Desktop, between rows into the folder shown
-# and onto a folder's row into that folder. The question and the drops are
-# photographed into $SCREENSHOTS. A Qt warning in Brevano's log fails the run.
+# and onto a folder's row into that folder; and a row's menu, opened with the
+# menu key, restores and ignores a file as a drag back does. The question and
+# the drops are photographed into $SCREENSHOTS. A Qt warning in Brevano's log fails the run.
 # Run under with-display.sh. It stops only the processes it started, by their
 # ids, and skips (exit status 77) when a program it needs is missing.
 # Usage: panel-drag.sh BREVANO SCREENSHOTS
@@ -116,9 +117,21 @@ check "a file dropped on a folder's row moves into that folder" \
   'wait_for "[ -e \"$shadow/Photos/holiday.jpg\" ] && [ ! -e \"$HOME/Documents/holiday.jpg\" ]"'
 photo drag-dropped-on-folder
 
+# What a drag back to the Desktop does, from the keyboard: the row's menu
+# (the menu key) restores the file and ignores it.
+"$brevano" open panel # takes the keyboard back from Thunar
+act "Brevano panel" Search focus
+xdotool key ctrl+a type notes
+check "without a pointer, a row's menu restores it to the Desktop and ignores it" \
+  'wait_for "[ \"\$(panel_rows)\" = notes.txt ]" && xdotool key Down Menu && wait_for menu_shows &&
+   xdotool key --delay 60 Down Down Down Down Return &&
+   wait_for "[ -e \"$HOME/Desktop/notes.txt\" ]" &&
+   "$brevano" ignore list | grep -qxF "$HOME/Desktop/notes.txt"'
+
 kill -TERM "$app"; wait "$app"
 check "the ignore list is in the data file" \
-  'grep -qF "<key>$HOME/Desktop/report.pdf</key>" "$data_file"'
+  'grep -qF "<key>$HOME/Desktop/report.pdf</key>" "$data_file" &&
+   grep -qF "<key>$HOME/Desktop/notes.txt</key>" "$data_file"'
 kill "$file_manager" "$desk" "$tray" 2>/dev/null; wait "$file_manager" "$desk" "$tray" 2>/dev/null
 
 check "Brevano's log holds no Qt warning or error" '! qt_warnings'
