@@ -268,7 +268,7 @@ int main(int argc, char *argv[])
     BenchDelegate delegate;
     PanelController panel(PanelController::Services{data, engine, services.fileViewer(),
                                                     QtScheduler::instance(), engine.notifications(),
-                                                    services.thumbnails()},
+                                                    services.thumbnails(), alerts},
                           delegate);
     PaintCounter windowPaints;
     panel.window()->installEventFilter(&windowPaints);

@@ -5,7 +5,7 @@ set -euo pipefail
 
 build=(cmake ninja-build g++ make pkg-config qt6-base-dev qt6-svg-dev)
 test=(libplist-dev python3 tzdata dbus xvfb xauth dunst xfce4-panel trayer xdotool imagemagick libglib2.0-bin
-      at-spi2-core python3-pyatspi adwaita-icon-theme x11-utils tumbler)
+      at-spi2-core python3-pyatspi adwaita-icon-theme x11-utils tumbler xfdesktop4 thunar)
 fuzz=(clang libclang-rt-14-dev)
 bench=(libplist-utils hyperfine time)
 # A virtual display with a tray host and a notification server, for make run

@@ -113,6 +113,13 @@ public:
     void forEachTidyItem(bool announce,
                          const std::function<void(const QString &entry, quint32 verdict)> &visit);
     bool doMoveFileFrom(const QString &source, const QString &target, qint64 *filesMoved);
+    // The same move without ever replacing, whatever the overwrite mode, with
+    // the mover's account: a taken name leaves the item where it is
+    // (TargetExists). Items dropped on the panel move so.
+    FileMover::Result doMoveFileFromWithoutReplacing(const QString &source, const QString &target)
+    {
+        return FileMover::move(source, target);
+    }
     bool isRepeatTidy() const { return m_isRepeatTidy; }
     void setIsRepeatTidy(bool repeat) { m_isRepeatTidy = repeat; }
     bool hasPendingTidy() const { return !m_pendingPasses.isEmpty(); }

@@ -50,6 +50,11 @@ public:
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     QVariant data(const QModelIndex &index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex &index) const override;
+    // Dragged rows go out as file URLs (text/uri-list), in row order
+    // whatever the order of indexes, for a target to copy, move or link.
+    QStringList mimeTypes() const override;
+    QMimeData *mimeData(const QModelIndexList &indexes) const override;
+    Qt::DropActions supportedDragActions() const override;
 
 private:
     // Appends to kept the paths from index from on whose name holds phrase.

@@ -3,9 +3,11 @@
 #include "BackgroundFileListBuilder.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
+#include "DraggedBackFiles.h"
 #include "FileListModel.h"
 #include "FileNames.h"
 #include "FileRowDelegate.h"
+#include "FileStat.h"
 #include "FileTypeIcons.h"
 #include "FileViewer.h"
 #include "ItemInfo.h"
@@ -75,6 +77,7 @@ protected:
             QPoint at;
             if (menuEvent->reason() == QContextMenuEvent::Keyboard) {
                 index = table->currentIndex();
+                table->scrollTo(index); // the menu comes beside the row, in sight
                 at = table->viewport()->mapToGlobal(table->visualRect(index).center());
             } else {
                 const QPoint local = table->viewport()->mapFromGlobal(menuEvent->globalPos());
@@ -136,7 +139,8 @@ PanelController::PanelController(const Services &services, PanelControllerDelega
     : QObject(parent), m_data(services.data), m_engine(services.engine),
       m_fileViewer(services.fileViewer), m_scheduler(services.scheduler),
       m_notifications(services.notifications), m_delegate(delegate), m_shiftHeld(shiftHeldNow),
-      m_thumbnails(std::make_unique<ThumbnailLoader>(services.thumbnails))
+      m_thumbnails(std::make_unique<ThumbnailLoader>(services.thumbnails)),
+      m_alerts(services.alerts)
 {
     for (const auto &filter : m_data.filterItems())
         m_desktopViews.append(filter->getName());
@@ -149,6 +153,7 @@ PanelController::~PanelController()
     m_scheduler.cancel(m_focusTask);
     m_scheduler.cancel(m_initialUpdateTask);
     m_scheduler.cancel(m_previewTask);
+    m_scheduler.cancel(m_dragSettleTask);
     if (m_hasActivePanel)
         m_data.stopUpdatingTimeRemaining();
     m_backgroundBuilder.reset(); // stops the listing; nothing it finds arrives after this
@@ -189,6 +194,7 @@ void PanelController::setUpWindow()
     connect(ui.tableView, &QListView::doubleClicked, this,
             [this](const QModelIndex &index) { doubleClickedRow(index.row()); });
     setUpPreview();
+    setUpDragAndDrop();
     m_pathBar = new PathBar(ui.pathControl);
     connect(m_pathBar, &PathBar::componentClicked, this, &PanelController::pathControlClicked);
 
@@ -244,6 +250,8 @@ void PanelController::setUpWindow()
 // of them, the panel stays open; to anything else, it closes unless pinned.
 void PanelController::windowLostKeyboard(QWidget *window)
 {
+    if (m_askingAboutDrag)
+        return; // the panel's own question took the focus; the panel waits for it
     QWidget *active = QApplication::activeWindow();
     const bool ours = active == m_window || (qobject_cast<PreviewPopoverViewController *>(active) &&
                                              active->parentWidget() == m_window);
@@ -695,6 +703,147 @@ void PanelController::fileDeletedAtRow(const QString &path)
 {
     closePopovers();
     m_model->removePath(path);
+}
+
+// ---- drag and drop ----
+
+void PanelController::setUpDragAndDrop()
+{
+    PanelTableView *table = m_window->ui().tableView;
+    connect(table, &PanelTableView::dragWillBegin, this,
+            &PanelController::tableViewDraggingSessionWillBeginAtPoint);
+    // After the drag's own event handling is over: the question may be asked.
+    connect(table, &PanelTableView::dragEnded, this,
+            &PanelController::tableViewDraggingSessionEndedAtPoint, Qt::QueuedConnection);
+    table->setDropHandlers(
+        [this](const QStringList &paths, const PanelTableView::DropPlace &place) {
+            return tableViewValidateDrop(paths, place);
+        },
+        [this](const QStringList &paths, const PanelTableView::DropPlace &place) {
+            tableViewAcceptDrop(paths, place);
+        });
+}
+
+qsizetype PanelController::countFilesOnDesktop() const
+{
+    qsizetype count = 0;
+    m_engine.forEachDesktopEntry([&count](const QString &) {
+        ++count;
+        return true;
+    });
+    return count;
+}
+
+void PanelController::tableViewDraggingSessionWillBeginAtPoint(const QStringList &)
+{
+    m_filesOnDesktopBeforeDrag = countFilesOnDesktop();
+    // The press that began the drag selected the row: no preview comes over the rows now.
+    m_scheduler.cancel(std::exchange(m_previewTask, 0));
+    closePreviewPopover();
+}
+
+void PanelController::tableViewDraggingSessionEndedAtPoint(const QStringList &paths,
+                                                           Qt::DropAction operation)
+{
+    m_scheduler.cancel(std::exchange(m_dragSettleTask, 0));
+    // Nothing here deletes a dragged item: a target that moved one (into the
+    // Trash too) did so itself. The listing shows what is left.
+    if (operation == Qt::MoveAction)
+        lookForDraggedBackFiles(paths, m_filesOnDesktopBeforeDrag, kDragSettleChecks);
+    else if (m_hasActivePanel)
+        buildFileList();
+}
+
+void PanelController::lookForDraggedBackFiles(const QStringList &paths,
+                                              qsizetype desktopCountBefore, int checksLeft)
+{
+    const bool moving = std::any_of(paths.begin(), paths.end(), FileStat::exists);
+    if (moving && checksLeft > 0) {
+        m_dragSettleTask = m_scheduler.schedule(kDragSettleInterval, [=, this] {
+            m_dragSettleTask = 0;
+            lookForDraggedBackFiles(paths, desktopCountBefore, checksLeft - 1);
+        });
+        return;
+    }
+    const QStringList found =
+        DraggedBackFiles::find(paths, desktopCountBefore, m_engine.desktopEntries());
+    if (!found.isEmpty())
+        askToIgnoreDraggedBackFiles(found);
+    if (m_hasActivePanel)
+        buildFileList();
+}
+
+// The question is the panel's own: the panel stays open under it, pinned or
+// not, and has the keyboard again once it is answered.
+void PanelController::askToIgnoreDraggedBackFiles(const QStringList &desktopPaths)
+{
+    m_askingAboutDrag = true;
+    const int answer = m_alerts.runModal(DraggedBackFiles::question(desktopPaths.size()));
+    m_askingAboutDrag = false;
+    if (answer == 0)
+        m_data.addIgnoreFiles(desktopPaths);
+    if (m_hasActivePanel && m_window->isVisible())
+        bringToFront();
+}
+
+QString PanelController::dropFolder(const PanelTableView::DropPlace &place) const
+{
+    return place.onRow ? m_model->pathAt(place.row) : m_currentPath;
+}
+
+bool PanelController::tableViewValidateDrop(const QStringList &paths,
+                                            const PanelTableView::DropPlace &place) const
+{
+    const QString folder = dropFolder(place);
+    if (paths.isEmpty() || folder.isEmpty())
+        return false;
+    if (place.onRow && (m_engine.getFileFlags(folder) &
+                        (ItemInfo::Container | ItemInfo::Package)) != ItemInfo::Container)
+        return false;
+    // Nothing goes into itself.
+    return std::none_of(paths.begin(), paths.end(), [&folder](const QString &path) {
+        return folder == path || folder.startsWith(path + u'/');
+    });
+}
+
+bool PanelController::tableViewAcceptDrop(const QStringList &paths,
+                                          const PanelTableView::DropPlace &place)
+{
+    if (!tableViewValidateDrop(paths, place))
+        return false;
+    const QString folder = dropFolder(place);
+    for (const QString &path : paths) {
+        if (place.onRow)
+            moveFile(path, folder);
+        else
+            moveFileIntoCurrentlyDisplayedFolder(path);
+    }
+    buildFileList();
+    // Not accepted, whatever moved: the source is never to delete anything.
+    return false;
+}
+
+void PanelController::moveFileIntoCurrentlyDisplayedFolder(const QString &path)
+{
+    moveFile(path, m_currentPath);
+}
+
+// A taken name leaves the item where it was, and the status line says so.
+void PanelController::moveFile(const QString &path, const QString &folder)
+{
+    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+    const QString target = folder + u'/' + name;
+    if (target == path)
+        return;
+    const FileMover::Result result = m_engine.doMoveFileFromWithoutReplacing(path, target);
+    if (result.moved())
+        return;
+    const QString folderName = FileNames::display(folder.mid(folder.lastIndexOf(u'/') + 1));
+    showFailure(QStringLiteral("Could not move “%1” into “%2”: %3")
+                    .arg(FileNames::display(name), folderName,
+                         result.status == FileMover::Status::TargetExists
+                             ? QStringLiteral("an item of that name is already there")
+                             : reasonOf(result.message)));
 }
 
 // ---- the action menu ----

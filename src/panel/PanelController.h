@@ -1,5 +1,6 @@
 #pragma once
 
+#include "PanelTableView.h"
 #include "PanelWindow.h"
 #include "PreviewPopoverViewController.h"
 #include "QuickFilterList.h"
@@ -15,6 +16,7 @@
 #include <functional>
 #include <memory>
 
+class AlertPresenter;
 class BackgroundFileListBuilder;
 class Brevano;
 class BrevanoData;
@@ -46,6 +48,7 @@ public:
         Scheduler &scheduler;
         NotificationCenter &notifications;
         ThumbnailService &thumbnails;
+        AlertPresenter &alerts;
     };
     static constexpr std::chrono::milliseconds kSearchFocusDelay{300};
     static constexpr std::chrono::milliseconds kSearchFocusDelayWithShift{3000};
@@ -104,6 +107,24 @@ public:
     void fileDeletedAtRow(const QString &path);
     // Trashes each (Delete on several selected rows).
     void trashPaths(const QStringList &paths);
+
+    // Drag and drop. Rows dragged out: the Desktop's entries are counted as
+    // the drag begins; when it ended in a move after which the Desktop holds
+    // more of them, those named like the dragged items are offered for the
+    // ignore list. A file manager moves what it took after the drag has ended,
+    // so that is looked for again every kDragSettleInterval, kDragSettleChecks
+    // times at most, until the dragged items have left.
+    static constexpr std::chrono::milliseconds kDragSettleInterval{250};
+    static constexpr int kDragSettleChecks = 12;
+    void tableViewDraggingSessionWillBeginAtPoint(const QStringList &paths);
+    void tableViewDraggingSessionEndedAtPoint(const QStringList &paths, Qt::DropAction operation);
+    qsizetype countFilesOnDesktop() const;
+    qsizetype filesOnDesktopBeforeDrag() const { return m_filesOnDesktopBeforeDrag; }
+    // Items dropped on the rows: between rows into the folder shown, onto the
+    // row of a folder (not a package) into that folder, never replacing.
+    bool tableViewValidateDrop(const QStringList &paths,
+                               const PanelTableView::DropPlace &place) const;
+    bool tableViewAcceptDrop(const QStringList &paths, const PanelTableView::DropPlace &place);
 
     // Views.
     void applyView(const QuickFilterList::ItemPointer &view);
@@ -170,6 +191,14 @@ private:
     void showPreviewPicture(PreviewPopoverViewController &popover);
     void windowLostKeyboard(QWidget *window);
 
+    void setUpDragAndDrop();
+    void lookForDraggedBackFiles(const QStringList &paths, qsizetype desktopCountBefore,
+                                 int checksLeft);
+    void askToIgnoreDraggedBackFiles(const QStringList &desktopPaths);
+    QString dropFolder(const PanelTableView::DropPlace &place) const;
+    void moveFileIntoCurrentlyDisplayedFolder(const QString &path);
+    void moveFile(const QString &path, const QString &folder);
+
     BrevanoData &m_data;
     Brevano &m_engine;
     FileViewer &m_fileViewer;
@@ -200,6 +229,11 @@ private:
     Scheduler::TaskId m_initialUpdateTask = 0;
     QPointer<PreviewPopoverViewController> m_previewPopover;
     Scheduler::TaskId m_previewTask = 0;
+
+    AlertPresenter &m_alerts;
+    qsizetype m_filesOnDesktopBeforeDrag = 0;
+    Scheduler::TaskId m_dragSettleTask = 0;
+    bool m_askingAboutDrag = false; // the question's window has the focus
 
     QMenu *m_actionMenu = nullptr;
     QMenu *m_fileMenu = nullptr;

@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QStringDecoder>
+#include <QUrl>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -156,4 +157,19 @@ QString FileNames::resolveQtDecoded(const QString &path)
         resolved += u'/' + name;
     }
     return resolved;
+}
+
+QUrl FileNames::toUrl(const QString &path)
+{
+    return QUrl::fromEncoded("file://" + encode(path).toPercentEncoding("/"), QUrl::StrictMode);
+}
+
+QString FileNames::fromUrl(const QUrl &url)
+{
+    if (!url.isLocalFile() || !(url.host().isEmpty() || url.host() == u"localhost"))
+        return {};
+    const QString path = url.path(QUrl::FullyEncoded);
+    if (!path.startsWith(u'/'))
+        return {};
+    return decode(QByteArray::fromPercentEncoding(path.toLatin1()));
 }

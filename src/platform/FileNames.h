@@ -5,6 +5,7 @@
 #include <QString>
 
 class QFile;
+class QUrl;
 
 // File names are bytes; paths are held as QString. Valid UTF-8 decodes as
 // usual, and each byte of a sequence that is not valid UTF-8 becomes the lone
@@ -29,4 +30,10 @@ public:
     // Opens path for reading by its bytes (QFile would look for the decoded
     // name), without blocking should it be a pipe; false when it cannot.
     static bool openForReading(QFile &file, const QString &path);
+    // A file URL of the path's bytes: QUrl::fromLocalFile would turn bytes
+    // that are not UTF-8 into U+FFFD. The path must be absolute.
+    static QUrl toUrl(const QString &path);
+    // The path a file URL names, byte for byte; a null string for a URL that
+    // names no local file (another scheme, another host).
+    static QString fromUrl(const QUrl &url);
 };

@@ -138,7 +138,7 @@ PanelController &KVBrevanoAppDelegate::getPanelController()
     if (!m_panelController) {
         m_panelController = std::make_unique<PanelController>(
             PanelController::Services{m_data, m_engine, m_fileViewer, m_scheduler,
-                                      m_engine.notifications(), m_thumbnails},
+                                      m_engine.notifications(), m_thumbnails, m_alerts},
             *this);
         // hasActivePanel drives the active icon, whoever changes it.
         connect(m_panelController.get(), &PanelController::hasActivePanelChanged, this,

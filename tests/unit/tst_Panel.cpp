@@ -4,6 +4,7 @@
 #include "FileRowDelegate.h"
 #include "PanelController.h"
 #include "PanelControllerDelegate.h"
+#include "PanelTableView.h"
 #include "PanelWindow.h"
 #include "PreviewPopoverViewController.h"
 #include "ThumbnailLoader.h"
@@ -14,7 +15,9 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QMenu>
+#include <QMimeData>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScreen>
 #include <QScrollBar>
 #include <QSettings>
@@ -22,6 +25,9 @@
 #include <QtTest>
 
 #include <algorithm>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 using namespace std::chrono_literals;
 
@@ -89,7 +95,7 @@ struct PanelFixture
         panel.reset(); // the settings of the last one are written first
         panel = std::make_unique<PanelController>(
             PanelController::Services{f.data, f.engine, f.fileViewer, f.scheduler, f.notifications,
-                                      thumbnails},
+                                      thumbnails, f.alerts},
             delegate);
         panel->setShiftHeldQuery([this] { return m_shift; });
     }
@@ -121,7 +127,53 @@ struct PanelFixture
         open();
     }
     int rowOf(const QString &name) const { return int(names().indexOf(name)); }
+    // What a file manager does with the rows dragged onto the Desktop.
+    void moveToDesktop(const QStringList &names) const
+    {
+        for (const QString &name : names)
+            QVERIFY(QFile::rename(f.sandbox.shadowDesktop() + "/" + name,
+                                  f.sandbox.desktop() + "/" + name));
+    }
+    QString shadowPath(const QString &name) const { return f.sandbox.shadowDesktop() + "/" + name; }
     bool m_shift = false;
+};
+
+// Files dragged from another program onto the panel's rows.
+struct Dropping
+{
+    PanelFixture &p;
+    QMimeData mime;
+    Dropping(PanelFixture &panel, const QList<QUrl> &urls) : p(panel) { mime.setUrls(urls); }
+    PanelTableView *table() const { return p.ui().tableView; }
+    // The middle of the row, or its top edge: between it and the one above.
+    QPoint at(const QString &name, bool between = false) const
+    {
+        const QRect rect = table()->visualRect(p.panel->model().index(p.rowOf(name)));
+        return between ? QPoint(rect.center().x(), rect.top() + 1) : rect.center();
+    }
+    // Whether the pointer there shows that a drop is taken.
+    bool allowedAt(const QPoint &pos)
+    {
+        QDragEnterEvent enter(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
+                              Qt::NoModifier);
+        QApplication::sendEvent(table()->viewport(), &enter);
+        QDragMoveEvent move(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
+                            Qt::NoModifier);
+        QApplication::sendEvent(table()->viewport(), &move);
+        return enter.isAccepted() && move.isAccepted();
+    }
+    // Drops there and waits for the listing; the source must never hear "taken".
+    void dropAt(const QPoint &pos)
+    {
+        allowedAt(pos);
+        QDropEvent drop(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
+                        Qt::NoModifier);
+        QApplication::sendEvent(table()->viewport(), &drop);
+        QVERIFY(!drop.isAccepted());
+        QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+        if (p.panel->isListing())
+            p.waitForListing();
+    }
 };
 
 } // namespace
@@ -332,6 +384,202 @@ private slots:
         QVERIFY(visible().contains("Items in Folders Cannot Be Restored"));
         QVERIFY(!visible().contains("Restore to Desktop"));
         QVERIFY(!visible().contains("Restore to Desktop and Ignore"));
+    }
+
+    void draggedRowsGoOutAsFileUrlsInRowOrder()
+    {
+        PanelFixture p;
+        // A name that is not UTF-8 keeps its bytes in the URL and back.
+        const QByteArray shadow = FileNames::encode(p.f.sandbox.shadowDesktop());
+        const int fd = ::open(shadow + "/caf\xe9.txt", O_WRONLY | O_CREAT | O_EXCL, 0600);
+        QVERIFY(fd >= 0);
+        ::close(fd);
+        // QTemporaryDir cannot name it to remove it.
+        const auto unlink = qScopeGuard([&shadow] { ::unlink(shadow + "/caf\xe9.txt"); });
+        p.open();
+        const QString odd = FileNames::decode(shadow + "/caf\xe9.txt");
+        const int oddRow = int(p.panel->model().dirContentsFiltered().indexOf(odd));
+        QVERIFY(oddRow >= 0);
+        const int photoRow = p.rowOf("photo.png");
+        const int reportsRow = p.rowOf("Reports");
+        std::unique_ptr<QMimeData> mime(p.panel->model().mimeData(
+            {p.panel->model().index(photoRow), p.panel->model().index(oddRow),
+             p.panel->model().index(reportsRow)}));
+        QList<int> rows{photoRow, oddRow, reportsRow};
+        std::sort(rows.begin(), rows.end());
+        QStringList expected;
+        for (int row : rows)
+            expected << p.panel->model().pathAt(row);
+        QCOMPARE(PanelTableView::localPaths(mime.get()), expected);
+        QVERIFY(mime->data("text/uri-list").contains("/caf%E9.txt\r\n"));
+        QVERIFY(mime->data("text/uri-list").contains("/Shadow%20Desktop/photo.png"));
+
+        // The drag's start counts the Desktop's entries, hidden ones too. The
+        // press that began it selected the row: no preview comes over the rows.
+        p.f.desktopItem(".hidden");
+        p.f.desktopItem("a.txt");
+        p.ui().tableView->setCurrentIndex(p.panel->model().index(photoRow));
+        p.panel->tableViewDraggingSessionWillBeginAtPoint({p.shadowPath("photo.png")});
+        QCOMPARE(p.panel->filesOnDesktopBeforeDrag(), 2);
+        p.f.scheduler.advance(PanelController::kPreviewDelay);
+        QVERIFY(!p.panel->previewPopover());
+    }
+
+    void filesDraggedBackToTheDesktopAreOfferedForTheIgnoreList()
+    {
+        PanelFixture p;
+        p.open();
+        const QString desktop = p.f.sandbox.desktop();
+        QList<Alert> &alerts = p.f.alerts.m_alerts;
+        const auto drag = [&p](const QStringList &names, Qt::DropAction done, bool landed = true) {
+            QStringList paths;
+            for (const QString &name : names)
+                paths << p.shadowPath(name);
+            p.panel->tableViewDraggingSessionWillBeginAtPoint(paths);
+            if (landed)
+                p.moveToDesktop(names);
+            p.panel->tableViewDraggingSessionEndedAtPoint(paths, done);
+        };
+
+        // One file, "Yes": the Desktop path goes on the ignore list, and the
+        // unpinned panel stays open under the question.
+        p.f.alerts.m_whileShown = [&p](const Alert &) {
+            QEvent deactivate(QEvent::WindowDeactivate);
+            QApplication::sendEvent(p.panel->window(), &deactivate);
+        };
+        drag({"photo.png"}, Qt::MoveAction);
+        QCOMPARE(alerts.size(), 1);
+        QCOMPARE(alerts.at(0).title,
+                 QString("It looks like you just dragged a file back to the Desktop. Would you "
+                         "like Brevano to ignore these files when tidying?"));
+        QCOMPARE(alerts.at(0).message, QString());
+        QCOMPARE(alerts.at(0).buttons, QStringList({"Yes", "No"}));
+        QVERIFY(p.f.data.shouldIgnoreFile(desktop + "/photo.png"));
+        QVERIFY(p.panel->hasActivePanel());
+        p.f.alerts.m_whileShown = nullptr;
+        p.waitForListing();
+        QVERIFY(!p.names().contains("photo.png"));
+
+        // Two, "No": the plural question, and nothing ignored.
+        p.f.alerts.m_answer = 1;
+        drag({"Q1 Report.pdf", "q1 report.pdf"}, Qt::MoveAction);
+        QCOMPARE(alerts.size(), 2);
+        QVERIFY(alerts.at(1).title.startsWith("It looks like you just dragged files back"));
+        QVERIFY(!p.f.data.shouldIgnoreFile(desktop + "/Q1 Report.pdf"));
+        QVERIFY(!p.f.data.shouldIgnoreFile(desktop + "/q1 report.pdf"));
+
+        // A copy, or a move that left the Desktop's count as it was (to another
+        // folder, beside a Desktop item of the same name), asks nothing.
+        p.f.alerts.m_answer = 0;
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/copied.txt", "c");
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/elsewhere.txt", "e");
+        p.f.desktopItem("elsewhere.txt");
+        p.panel->tableViewDraggingSessionWillBeginAtPoint({p.shadowPath("copied.txt")});
+        QVERIFY(QFile::copy(p.shadowPath("copied.txt"), desktop + "/copied.txt"));
+        p.panel->tableViewDraggingSessionEndedAtPoint({p.shadowPath("copied.txt")}, Qt::CopyAction);
+        p.panel->tableViewDraggingSessionWillBeginAtPoint({p.shadowPath("elsewhere.txt")});
+        QVERIFY(QFile::rename(p.shadowPath("elsewhere.txt"), p.f.sandbox.home() + "/e.txt"));
+        p.panel->tableViewDraggingSessionEndedAtPoint({p.shadowPath("elsewhere.txt")},
+                                                      Qt::MoveAction);
+        QCOMPARE(alerts.size(), 2);
+
+        // A file manager that moves the file a moment after the drag ended.
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/late.txt", "l");
+        drag({"late.txt"}, Qt::MoveAction, false);
+        p.f.scheduler.advance(PanelController::kDragSettleInterval);
+        QCOMPARE(alerts.size(), 2);
+        p.moveToDesktop({"late.txt"});
+        p.f.scheduler.advance(PanelController::kDragSettleInterval);
+        QCOMPARE(alerts.size(), 3);
+        QVERIFY(p.f.data.shouldIgnoreFile(desktop + "/late.txt"));
+    }
+
+    void droppedFilesMoveIntoTheFolderShownOrOntoAFolderRow()
+    {
+        PanelFixture p;
+        p.open();
+        const QString desktop = p.f.sandbox.desktop();
+        const QString shadow = p.f.sandbox.shadowDesktop();
+        const auto url = [](const QString &path) {
+            return FileNames::toUrl(path);
+        };
+
+        // Between rows: into the folder shown.
+        Dropping between(p, {url(p.f.desktopItem("memo.txt"))});
+        QVERIFY(between.allowedAt(between.at("photo.png", true)));
+        between.dropAt(between.at("photo.png", true));
+        QVERIFY(QFile::exists(shadow + "/memo.txt") && !QFile::exists(desktop + "/memo.txt"));
+        QVERIFY(p.names().contains("memo.txt"));
+
+        // Onto a folder's row: into that folder; onto a file's or a package's
+        // row: refused.
+        Dropping onto(p, {url(p.f.desktopItem("plan.txt"))});
+        QVERIFY(!onto.allowedAt(onto.at("photo.png")));
+        onto.dropAt(onto.at("photo.png"));
+        QVERIFY(!onto.allowedAt(onto.at("Tool.app")));
+        onto.dropAt(onto.at("Tool.app"));
+        QVERIFY(QFile::exists(desktop + "/plan.txt"));
+        QVERIFY(onto.allowedAt(onto.at("Reports")));
+        onto.dropAt(onto.at("Reports"));
+        QVERIFY(QFile::exists(shadow + "/Reports/plan.txt") &&
+                !QFile::exists(desktop + "/plan.txt"));
+
+        // A taken name: nothing is replaced, the dropped file stays, the line says why.
+        Dropping taken(p, {url(p.f.desktopItem("photo.png", 3600, "desk"))});
+        taken.dropAt(taken.at("Reports", true));
+        QVERIFY(QFile::exists(desktop + "/photo.png"));
+        QFile kept(shadow + "/photo.png");
+        QVERIFY(kept.open(QIODevice::ReadOnly));
+        QCOMPARE(kept.readAll(), QByteArray("p"));
+        QCOMPARE(p.ui().textField->toolTip(),
+                 QString("Could not move “photo.png” into “Shadow Desktop”: an item of that name "
+                         "is already there"));
+
+        // Only local files are taken; nothing else is even let in.
+        Dropping web(p, {QUrl("https://example.com/a.txt")});
+        QVERIFY(!web.allowedAt(web.at("photo.png", true)));
+        Dropping mixed(p, {QUrl("https://example.com/b.txt"), url(p.f.desktopItem("c.txt"))});
+        mixed.dropAt(mixed.at("photo.png", true));
+        QVERIFY(QFile::exists(shadow + "/c.txt"));
+
+        // The panel's own rows follow the same rules; a folder never goes into itself.
+        Dropping row(p, {url(shadow + "/c.txt")});
+        row.dropAt(row.at("Reports"));
+        QVERIFY(QFile::exists(shadow + "/Reports/c.txt"));
+        p.panel->doubleClickedRow(p.rowOf("Reports"));
+        p.waitForListing();
+        Dropping itself(p, {url(shadow + "/Reports")});
+        QVERIFY(!itself.allowedAt(itself.at("2024")));
+        QVERIFY(!itself.allowedAt(itself.at("2024", true)));
+    }
+
+    void rowMenuOpensFromTheKeyboardOnTheCurrentRow()
+    {
+        PanelFixture p;
+        for (int i = 0; i < 60; ++i)
+            p.f.sandbox.write(QString(".local/share/Brevano/Shadow Desktop/z%1.txt").arg(i), "z");
+        p.open();
+        PanelTableView *table = p.ui().tableView;
+        QMenu *menu = p.panel->fileMenu();
+        // The current row out of sight: the menu comes beside it, scrolled into view.
+        table->setCurrentIndex(p.panel->model().index(p.rowOf("z59.txt")));
+        table->scrollToTop();
+        QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(), QPoint());
+        QApplication::sendEvent(table, &menuKey);
+        QVERIFY(menu->isVisible());
+        const QRect rows(table->viewport()->mapToGlobal(QPoint(0, 0)), table->viewport()->size());
+        QVERIFY(rows.contains(menu->pos()));
+        menu->hide();
+
+        table->setCurrentIndex(p.panel->model().index(p.rowOf("photo.png")));
+        QTest::keyClick(table, Qt::Key_F10, Qt::ShiftModifier);
+        QVERIFY(menu->isVisible());
+        for (QAction *action : menu->actions())
+            if (action->text() == "Restore to Desktop and Ignore")
+                action->trigger();
+        menu->hide();
+        QVERIFY(QFile::exists(p.f.sandbox.desktop() + "/photo.png"));
+        QVERIFY(p.f.data.shouldIgnoreFile(p.f.sandbox.desktop() + "/photo.png"));
     }
 
     void viewsChangeTheListingAndTheRows()
