@@ -219,7 +219,15 @@ void PanelController::setUpWindow()
     connect(m_window, &PanelWindow::resignedKey, this, [this] { windowLostKeyboard(m_window); });
     connect(m_window, &PanelWindow::cancelOperation, this, [this] { setHasActivePanel(false); });
     connect(m_window, &PanelWindow::closing, this, [this] { setHasActivePanel(false); });
-    connect(m_window, &PanelWindow::resized, this, &PanelController::setArrowPosition);
+    connect(m_window, &PanelWindow::resized, this, [this] {
+        setArrowPosition();
+        // The preview stays beside its row.
+        if (m_previewPopover) {
+            const int row = m_model->rowOfPath(m_previewPopover->filenameToPreview());
+            if (row >= 0)
+                placePreviewPopover(*m_previewPopover, row);
+        }
+    });
 
     m_notifications.observe(NotificationCenter::UpdateNextTidyText, this,
                             [this](const QVariant &text) { updateNextTidyText(text.toString()); });
@@ -1202,24 +1210,35 @@ void PanelController::previewFile(int row)
             [this, popover] { windowLostKeyboard(popover); });
     popover->applyPreview();
 
-    // A screen too small for the whole picture gets a smaller one.
-    QListView *table = m_window->ui().tableView;
-    const QRect cell = table->visualRect(m_model->index(row));
-    const QRect rowOnScreen(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());
-    const QScreen *screen = m_window->screen();
-    const QRect available = screen ? screen->availableGeometry() : m_window->geometry();
-    popover->adjustSize();
-    const int overflow =
-        qMax(popover->width() - available.width(), popover->height() - available.height()) +
-        2 * PanelPlacement::kPopoverMargin;
-    if (overflow > 0)
-        popover->setPreviewSide(qMax(kSmallestPreview, popover->previewSide() - overflow));
-    popover->setGeometry(PanelPlacement::popoverBesideRow(rowOnScreen, popover->size(), available));
+    connect(popover, &PreviewPopoverViewController::keyboardLeft, this, [this] {
+        m_window->activateWindow();
+        m_window->ui().tableView->setFocus(Qt::TabFocusReason);
+    });
+    popover->applyPreview();
+    placePreviewPopover(*popover, row);
     showPreviewPicture(*popover);
     // Shown without the keyboard: the keys still move through the rows, and
     // Tab from the rows goes to its buttons.
     popover->show();
     popover->raise();
+}
+
+// Beside the row, on the screen; a screen too small for the whole picture gets
+// a smaller one.
+void PanelController::placePreviewPopover(PreviewPopoverViewController &popover, int row)
+{
+    QListView *table = m_window->ui().tableView;
+    const QRect cell = table->visualRect(m_model->index(row));
+    const QRect rowOnScreen(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());
+    const QScreen *screen = m_window->screen();
+    const QRect available = screen ? screen->availableGeometry() : m_window->geometry();
+    popover.setPreviewSide(PreviewPopoverViewController::kPreviewSide);
+    const int overflow =
+        qMax(popover.width() - available.width(), popover.height() - available.height()) +
+        2 * PanelPlacement::kPopoverMargin;
+    if (overflow > 0)
+        popover.setPreviewSide(qMax(kSmallestPreview, popover.previewSide() - overflow));
+    popover.setGeometry(PanelPlacement::popoverBesideRow(rowOnScreen, popover.size(), available));
 }
 
 // The file's type icon fills the square until its own picture comes.

@@ -188,6 +188,7 @@ private:
     void setArrowPosition();
     void setUpPreview();
     void closePreviewPopover();
+    void placePreviewPopover(PreviewPopoverViewController &popover, int row);
     void showPreviewPicture(PreviewPopoverViewController &popover);
     void windowLostKeyboard(QWidget *window);
 

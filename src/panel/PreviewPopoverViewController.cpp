@@ -72,13 +72,19 @@ void PreviewPopoverViewController::takeKeyboard()
 {
     activateWindow();
     raise();
-    for (QPushButton *button :
+    if (const QList<QWidget *> buttons = reachableButtons(); !buttons.isEmpty())
+        buttons.first()->setFocus(Qt::TabFocusReason);
+}
+
+QList<QWidget *> PreviewPopoverViewController::reachableButtons() const
+{
+    QList<QWidget *> reachable;
+    for (QWidget *button :
          {m_ui->buttonRestore, m_ui->buttonTrash, m_ui->buttonReveal, m_ui->buttonOpen}) {
-        if (button->isEnabled()) {
-            button->setFocus(Qt::TabFocusReason);
-            return;
-        }
+        if (button->isEnabled())
+            reachable.append(button);
     }
+    return reachable;
 }
 
 // Long names and paths lose their middle; the whole path is the tool tip.
@@ -136,6 +142,16 @@ bool PreviewPopoverViewController::event(QEvent *event)
         }
     }
     return QFrame::event(event);
+}
+
+bool PreviewPopoverViewController::focusNextPrevChild(bool next)
+{
+    const QList<QWidget *> reachable = reachableButtons();
+    if (!reachable.isEmpty() && focusWidget() == (next ? reachable.last() : reachable.first())) {
+        emit keyboardLeft();
+        return true;
+    }
+    return QFrame::focusNextPrevChild(next);
 }
 
 void PreviewPopoverViewController::keyPressEvent(QKeyEvent *event)

@@ -53,15 +53,21 @@ signals:
     void closeRequested();
     // The keyboard went to another window.
     void resignedKey();
+    // Tab past the last button or Shift+Tab before the first: the keyboard
+    // goes back to the panel, and the preview stays.
+    void keyboardLeft();
 
 protected:
     // Escape closes it.
     bool event(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
     void showPath();
+    // Its buttons the keyboard can reach, in their order.
+    QList<QWidget *> reachableButtons() const;
 
     std::unique_ptr<Ui::PreviewPopoverViewController> m_ui;
     Brevano &m_engine;

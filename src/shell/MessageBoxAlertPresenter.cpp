@@ -24,6 +24,8 @@ protected:
 int MessageBoxAlertPresenter::runModal(const Alert &alert)
 {
     DismissableMessageBox box;
+    // Above the panel, which stays on top of other windows.
+    box.setWindowFlag(Qt::WindowStaysOnTopHint);
     box.setWindowTitle(QStringLiteral("Brevano"));
     box.setText(alert.title);
     box.setInformativeText(alert.message);

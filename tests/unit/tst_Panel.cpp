@@ -785,7 +785,7 @@ private slots:
         preview = p.panel->previewPopover();
         QVERIFY(preview);
         QStringList reached;
-        for (int i = 0; i < 5; ++i) {
+        for (int i = 0; i < 4; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QVERIFY(p.panel->previewPopover() == preview);
             QTRY_VERIFY(QApplication::activeWindow() == preview);
@@ -793,10 +793,20 @@ private slots:
             QVERIFY(button && preview->isAncestorOf(button) && !button->toolTip().isEmpty());
             reached << button->accessibleName();
         }
-        QCOMPARE(reached,
-                 QStringList({"Restore to Desktop and Ignore", "Move to Trash",
-                              "Show in File Manager", "Open", "Restore to Desktop and Ignore"}));
+        QCOMPARE(reached, QStringList({"Restore to Desktop and Ignore", "Move to Trash",
+                                       "Show in File Manager", "Open"}));
+        // Tab past the last button, or Shift+Tab before the first, goes back to
+        // the rows and leaves the preview open.
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTRY_COMPARE(QApplication::focusWidget(), table);
+        QCOMPARE(p.panel->previewPopover(), preview);
+        QTest::keyClick(table, Qt::Key_Tab);
+        QTRY_VERIFY(preview->isAncestorOf(QApplication::focusWidget()));
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        QTRY_COMPARE(QApplication::focusWidget(), table);
         QVERIFY(p.panel->hasActivePanel());
+        QTest::keyClick(table, Qt::Key_Tab);
+        QTRY_VERIFY(preview->isAncestorOf(QApplication::focusWidget()));
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
         QVERIFY(!p.panel->previewPopover());
         QVERIFY(p.panel->hasActivePanel());
@@ -809,6 +819,10 @@ private slots:
         preview = p.panel->previewPopover();
         const QRect moved(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());
         QCOMPARE(preview->geometry().right() + 1, moved.x() - 25);
+        // A wider panel keeps it beside the row.
+        window->setGeometry(window->geometry().adjusted(-60, 0, 0, 0));
+        QTRY_COMPARE(preview->geometry().right() + 1,
+                     table->viewport()->mapToGlobal(cell.topLeft()).x() - 25);
         // A row that is no longer there opens nothing.
         p.panel->previewFile(int(p.names().size()));
         p.panel->previewFile(-1);
