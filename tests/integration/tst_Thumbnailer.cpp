@@ -13,25 +13,68 @@ static QColor colourOf(const QImage &image)
     return image.isNull() ? QColor() : image.pixelColor(image.rect().center());
 }
 
-// The desktop's own thumbnailer (tumbler), started by a private session bus.
+// A thumbnailer that takes every call and answers none.
+class HungThumbnailer : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.thumbnails.Thumbnailer1")
+public:
+    int m_calls = 0;
+public slots:
+    QStringList GetFlavors(const QDBusMessage &message)
+    {
+        ++m_calls;
+        message.setDelayedReply(true);
+        return {};
+    }
+};
+
+// The desktop's thumbnailer on a private session bus: a hung one, then the
+// real one (tumbler) where it is installed.
 class tst_Thumbnailer : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase()
+    void initTestCase() { QVERIFY(QDBusConnection::sessionBus().isConnected()); }
+
+    // Before tumbler is started: the name is free for the stand-in.
+    void aHungThumbnailerIsLeftAloneForAWhile()
     {
+        SandboxHome home;
         QDBusConnection bus = QDBusConnection::sessionBus();
-        QVERIFY(bus.isConnected());
-        const QDBusReply<QStringList> activatable = bus.call(
-            QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                           "org.freedesktop.DBus", "ListActivatableNames"));
-        if (!activatable.value().contains(FreedesktopThumbnailService::Service))
-            QSKIP("No thumbnailer on this system (package tumbler)");
+        HungThumbnailer hung;
+        QVERIFY(bus.registerObject(FreedesktopThumbnailService::Path, &hung,
+                                   QDBusConnection::ExportAllSlots));
+        QVERIFY(bus.registerService(FreedesktopThumbnailService::Service));
+        QImage image(64, 48, QImage::Format_RGB32);
+        image.fill(Qt::green);
+        const QString first = home.home() + "/first.png";
+        const QString second = home.home() + "/second.png";
+        QVERIFY(image.save(first, "PNG") && image.save(second, "PNG"));
+
+        // The calls wait here, where the stand-in cannot answer them: each
+        // times out, and the pictures are decoded instead.
+        FreedesktopThumbnailService service(FreedesktopThumbnailService::Thumbnailer::SessionBus,
+                                            300ms);
+        QCOMPARE(colourOf(service.imageWithPreviewOfFileAtPath(first, 32, true)),
+                 QColor(Qt::green));
+        QCOMPARE(colourOf(service.imageWithPreviewOfFileAtPath(second, 32, true)),
+                 QColor(Qt::green));
+        QTRY_COMPARE(hung.m_calls, 1); // the second picture did not ask
+        QCoreApplication::processEvents();
+        QCOMPARE(hung.m_calls, 1);
+        bus.unregisterService(FreedesktopThumbnailService::Service);
+        bus.unregisterObject(FreedesktopThumbnailService::Path);
     }
 
     void aPictureGetsItsThumbnailInTheSharedCache()
     {
+        const QDBusReply<QStringList> activatable = QDBusConnection::sessionBus().call(
+            QDBusMessage::createMethodCall("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                           "org.freedesktop.DBus", "ListActivatableNames"));
+        if (!activatable.value().contains(FreedesktopThumbnailService::Service))
+            QSKIP("No thumbnailer on this system (package tumbler)");
         SandboxHome home;
         // The thumbnailer starts in the bus's environment: it must write to the sandbox.
         qDBusRegisterMetaType<QMap<QString, QString>>();

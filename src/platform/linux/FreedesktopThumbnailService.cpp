@@ -253,17 +253,35 @@ QStringList FreedesktopThumbnailService::thumbnailerFlavours(QDBusConnection &bu
     return m_flavours;
 }
 
+bool FreedesktopThumbnailService::thumbnailerResting()
+{
+    const std::lock_guard lock(m_mutex);
+    return !m_restUntil.hasExpired();
+}
+
+// A thumbnailer that hangs would cost every row its whole wait, one after the
+// other: it is left alone for a while.
+void FreedesktopThumbnailService::restThumbnailer()
+{
+    const std::lock_guard lock(m_mutex);
+    m_restUntil.setRemainingTime(kThumbnailerRest);
+}
+
 bool FreedesktopThumbnailService::askThumbnailer(const QString &path, int size)
 {
-    if (m_thumbnailer == Thumbnailer::None)
+    if (m_thumbnailer == Thumbnailer::None || thumbnailerResting())
         return false;
     const QDeadlineTimer deadline(m_wait);
     PrivateBus connection;
     QDBusConnection &bus = connection.bus();
     if (!bus.isConnected())
         return false;
-    const QList<Flavour> flavours =
-        flavoursFor(size, thumbnailerFlavours(bus, remainingMs(deadline)));
+    const QStringList offered = thumbnailerFlavours(bus, remainingMs(deadline));
+    if (offered.isEmpty()) {
+        restThumbnailer();
+        return false;
+    }
+    const QList<Flavour> flavours = flavoursFor(size, offered);
     if (flavours.isEmpty())
         return false;
 
@@ -280,10 +298,13 @@ bool FreedesktopThumbnailService::askThumbnailer(const QString &path, int size)
     queue << QStringList{QString::fromLatin1(uriOf(path))} << QStringList{mimeType}
           << flavours.first().name << QStringLiteral("default") << 0u;
     const QDBusReply<uint> handle = bus.call(queue, QDBus::Block, remainingMs(deadline));
-    if (!handle.isValid())
+    if (!handle.isValid()) {
+        restThumbnailer();
         return false;
+    }
     if (!request.waitFor(handle.value(), deadline)) {
-        // Not wanted any more: the next ask comes with the next look at the row.
+        restThumbnailer();
+        // Not wanted any more; the picture is decoded here where it can be.
         bus.call(QDBusMessage::createMethodCall(Service, Path, Service, QStringLiteral("Dequeue"))
                      << handle.value(),
                  QDBus::Block, 500);

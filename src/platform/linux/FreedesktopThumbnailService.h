@@ -2,6 +2,8 @@
 
 #include "ThumbnailService.h"
 
+#include <QDeadlineTimer>
+
 #include <QByteArray>
 #include <QStringList>
 
@@ -38,6 +40,9 @@ public:
         None,       // use the cache and decode images only
     };
     static constexpr std::chrono::milliseconds kThumbnailerWait{5000};
+    // After a thumbnailer failed to answer, or was not there, how long the
+    // service leaves it alone and decodes images itself.
+    static constexpr std::chrono::seconds kThumbnailerRest{120};
 
     explicit FreedesktopThumbnailService(Thumbnailer thumbnailer = Thumbnailer::SessionBus,
                                          std::chrono::milliseconds wait = kThumbnailerWait);
@@ -61,9 +66,12 @@ private:
     // done or the wait is over; false when there is no thumbnailer.
     bool askThumbnailer(const QString &path, int size);
     QStringList thumbnailerFlavours(QDBusConnection &bus, int timeoutMs);
+    bool thumbnailerResting();
+    void restThumbnailer();
 
     const Thumbnailer m_thumbnailer;
     const std::chrono::milliseconds m_wait;
     std::mutex m_mutex;
     QStringList m_flavours; // the thumbnailer's, asked once it answers
+    QDeadlineTimer m_restUntil{0};
 };
