@@ -90,7 +90,7 @@ private slots:
         writeThumbnail(photo, "normal", 128, Qt::blue, "1700000000.090892");
         writeThumbnail(photo, "large", 256, Qt::green, "1700000000", size);
 
-        QImage picture = service.imageWithPreviewOfFileAtPath(photo, 100, true);
+        QImage picture = service.imageWithPreviewOfFileAtPath(photo, 100, false);
         QCOMPARE(colourOf(picture), QColor(Qt::blue));
         QCOMPARE(picture.size(), QSize(100, 66));
         QCOMPARE(colourOf(service.imageWithPreviewOfFileAtPath(photo, 200, true)),
@@ -106,7 +106,7 @@ private slots:
                  QColor(Qt::blue));
         // A microsecond off is older too; then the image itself is read.
         writeThumbnail(photo, "normal", 128, Qt::blue, "1700000000.090891");
-        picture = service.imageWithPreviewOfFileAtPath(photo, 200, true);
+        picture = service.imageWithPreviewOfFileAtPath(photo, 200, false);
         QCOMPARE(colourOf(picture), QColor(Qt::red));
         QCOMPARE(picture.size(), QSize(200, 133));
         // A size that differs says so too.
@@ -119,9 +119,15 @@ private slots:
         SandboxHome home;
         FreedesktopThumbnailService service(FreedesktopThumbnailService::Thumbnailer::None);
         const QString wide = writeImage(home.home() + "/wide.png", {400, 200}, Qt::red);
-        QImage picture = service.imageWithPreviewOfFileAtPath(wide, 100, true);
+        QImage picture = service.imageWithPreviewOfFileAtPath(wide, 100, false);
         QCOMPARE(picture.size(), QSize(100, 50));
         QCOMPARE(colourOf(picture), QColor(Qt::red));
+        // As an icon: framed in a clear square, the picture in its middle.
+        const QImage icon = service.imageWithPreviewOfFileAtPath(wide, 100, true);
+        QCOMPARE(icon.size(), QSize(100, 100));
+        QCOMPARE(colourOf(icon), QColor(Qt::red));
+        QCOMPARE(icon.pixelColor(50, 5).alpha(), 0);
+        QCOMPARE(icon.pixelColor(50, 24), QColor(Qt::white));
         const QString unnamed = writeImage(
             FileNames::decode(QFile::encodeName(home.home()) + "/\xff.png"), {40, 40}, Qt::green);
         QCOMPARE(colourOf(service.imageWithPreviewOfFileAtPath(unnamed, 100, true)),

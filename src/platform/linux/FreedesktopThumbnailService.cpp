@@ -13,6 +13,7 @@
 #include <QFile>
 #include <QImageReader>
 #include <QMimeDatabase>
+#include <QPainter>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -203,7 +204,6 @@ QString FreedesktopThumbnailService::cacheFileName(const QString &path)
 QImage FreedesktopThumbnailService::imageWithPreviewOfFileAtPath(const QString &path, int size,
                                                                  bool asIcon)
 {
-    Q_UNUSED(asIcon);
     const Stamp stamp = Stamp::of(path);
     if (!stamp.regular || size <= 0)
         return {};
@@ -212,7 +212,26 @@ QImage FreedesktopThumbnailService::imageWithPreviewOfFileAtPath(const QString &
         image = cachedThumbnail(path, Stamp::of(path), size);
     if (image.isNull())
         image = PreviewCache::decode(path, size);
-    return image;
+    return asIcon && !image.isNull() ? iconOf(image, size) : image;
+}
+
+QImage FreedesktopThumbnailService::iconOf(const QImage &picture, int size)
+{
+    const int mount = std::max(1, size / 32);
+    const int room = size - 2 * (mount + 1);
+    if (room < 1)
+        return fitted(picture, size);
+    const QImage inner = picture.scaled(room, room, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+    QImage icon(size, size, QImage::Format_ARGB32_Premultiplied);
+    icon.fill(Qt::transparent);
+    QPainter painter(&icon);
+    const QRect place(QPoint((size - inner.width()) / 2, (size - inner.height()) / 2),
+                      inner.size());
+    const QRect frame = place.adjusted(-mount - 1, -mount - 1, mount + 1, mount + 1);
+    painter.fillRect(frame, QColor(0, 0, 0, 70)); // the outline
+    painter.fillRect(frame.adjusted(1, 1, -1, -1), Qt::white);
+    painter.drawImage(place, inner);
+    return icon;
 }
 
 QImage FreedesktopThumbnailService::cachedThumbnail(const QString &path, const Stamp &stamp,

@@ -30,7 +30,9 @@ class QDBusConnection;
 // answers (sent to the connection that asked) reach no one else, and nothing
 // of the main thread's connection is touched.
 //
-// asIcon changes nothing: the panel draws the bare picture in its square.
+// In icon mode the picture is framed as a file manager shows a thumbnail: on a
+// white mount with a fine outline, centred in a clear square of the size asked.
+// Without it, the bare picture at its own proportions.
 class FreedesktopThumbnailService : public ThumbnailService
 {
 public:
@@ -55,6 +57,8 @@ public:
     // The name of path's thumbnail in each flavour's folder: the MD5 of its URI
     // in hexadecimal, then ".png".
     static QString cacheFileName(const QString &path);
+    // A picture framed as an icon, in a square of size pixels.
+    static QImage iconOf(const QImage &picture, int size);
 
     static inline const QString Service = QStringLiteral("org.freedesktop.thumbnails.Thumbnailer1");
     static inline const QString Path = QStringLiteral("/org/freedesktop/thumbnails/Thumbnailer1");
