@@ -1246,15 +1246,16 @@ void PanelController::showPreviewPicture(PreviewPopoverViewController &popover)
 {
     const QString path = popover.filenameToPreview();
     const int side = qRound(popover.previewSide() * popover.devicePixelRatioF());
-    const QImage picture = m_thumbnails->thumbnail(path, side);
+    const QImage picture = m_thumbnails->thumbnail(path, side, ThumbnailLoader::Mode::Picture);
     if (!picture.isNull()) {
         popover.setPicture(picture);
         return;
     }
     popover.setPicture(FileTypeIcons::shared().forPath(path).pixmap(side, side).toImage());
     connect(m_thumbnails.get(), &ThumbnailLoader::thumbnailReady, &popover,
-            [&popover, path, side](const QString &madePath, int madeSide, const QImage &made) {
-                if (madePath == path && madeSide == side)
+            [&popover, path, side](const QString &madePath, int madeSide,
+                                   ThumbnailLoader::Mode mode, const QImage &made) {
+                if (madePath == path && madeSide == side && mode == ThumbnailLoader::Mode::Picture)
                     popover.setPicture(made);
             });
 }

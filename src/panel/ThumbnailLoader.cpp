@@ -4,18 +4,23 @@
 
 namespace {
 
-QString keyOf(const QString &path, int size)
+QString keyOf(const QString &path, int size, ThumbnailLoader::Mode mode)
 {
-    return path + u'\n' + QString::number(size);
+    return path + u'\n' + QString::number(size) +
+           (mode == ThumbnailLoader::Mode::Icon ? u'i' : u'p');
 }
 
 } // namespace
 
 ThumbnailLoader::ThumbnailLoader(ThumbnailService &service, QObject *parent, int workers)
-    : QObject(parent), m_pictures(kMaxKilobytes,
-                                  [&service](const QString &path, int size) {
-                                      return service.imageWithPreviewOfFileAtPath(path, size, true);
-                                  }),
+    : QObject(parent), m_icons(kMaxKilobytes,
+                               [&service](const QString &path, int size) {
+                                   return service.imageWithPreviewOfFileAtPath(path, size, true);
+                               }),
+      m_pictures(kMaxPictureKilobytes,
+                 [&service](const QString &path, int size) {
+                     return service.imageWithPreviewOfFileAtPath(path, size, false);
+                 }),
       m_maxWorkers(std::size_t(std::max(workers, 1)))
 {
 }
@@ -39,23 +44,28 @@ void ThumbnailLoader::stop()
     m_wake.notify_all();
 }
 
-QImage ThumbnailLoader::thumbnail(const QString &path, int size)
+QImage ThumbnailLoader::thumbnail(const QString &path, int size, Mode mode)
 {
-    if (std::optional<QImage> picture = m_pictures.cached(path, size))
+    if (std::optional<QImage> picture = cacheFor(mode).cached(path, size))
         return *picture;
-    const QString key = keyOf(path, size);
+    const QString key = keyOf(path, size, mode);
     if (m_asked.contains(key))
         return {};
     m_asked.insert(key);
     {
         const std::lock_guard lock(m_mutex);
-        m_jobs.push_back({m_generation, path, size, {}});
+        m_jobs.push_back({m_generation, path, size, mode, {}});
         // Threads start as work comes, up to the bound, and stay until the end.
         if (m_workers.size() < m_maxWorkers)
             m_workers.emplace_back([this] { work(); });
     }
     m_wake.notify_one();
     return {};
+}
+
+PreviewCache &ThumbnailLoader::cacheFor(Mode mode)
+{
+    return mode == Mode::Icon ? m_icons : m_pictures;
 }
 
 void ThumbnailLoader::clear()
@@ -78,7 +88,7 @@ void ThumbnailLoader::work()
         Job job = std::move(m_jobs.front());
         m_jobs.pop_front();
         lock.unlock();
-        job.image = m_pictures.preview(job.path, job.size);
+        job.image = cacheFor(job.mode).preview(job.path, job.size);
         lock.lock();
         // The results travel under the lock; the queued call only wakes the main thread.
         m_results.push_back(std::move(job));
@@ -97,8 +107,8 @@ void ThumbnailLoader::takeResults()
     for (const Job &result : results) {
         if (result.generation != m_generation)
             continue; // asked before clear: the next look at its row asks again
-        m_asked.remove(keyOf(result.path, result.size));
+        m_asked.remove(keyOf(result.path, result.size, result.mode));
         if (!result.image.isNull())
-            emit thumbnailReady(result.path, result.size, result.image);
+            emit thumbnailReady(result.path, result.size, result.mode, result.image);
     }
 }

@@ -25,6 +25,14 @@ class ThumbnailLoader : public QObject
 public:
     static constexpr int kWorkers = 2;
     static constexpr int kMaxKilobytes = 48 * 1024;
+    static constexpr int kMaxPictureKilobytes = 8 * 1024;
+    // Rows show pictures framed as icons; a preview shows the bare picture.
+    enum class Mode
+    {
+        Icon,
+        Picture
+    };
+    Q_ENUM(Mode)
 
     explicit ThumbnailLoader(ThumbnailService &service, QObject *parent = nullptr,
                              int workers = kWorkers);
@@ -38,13 +46,14 @@ public:
     // The picture when it is in memory; otherwise a null image, and the picture
     // is made and announced by thumbnailReady (or nothing, if the file has none).
     // Asking again while it is being made starts nothing more.
-    QImage thumbnail(const QString &path, int size);
+    QImage thumbnail(const QString &path, int size, Mode mode = Mode::Icon);
     // Forgets the pictures asked for and not made yet (their rows are gone);
     // those being made are kept in memory but not announced.
     void clear();
 
 signals:
-    void thumbnailReady(const QString &path, int size, const QImage &image);
+    void thumbnailReady(const QString &path, int size, ThumbnailLoader::Mode mode,
+                        const QImage &image);
 
 private slots:
     void takeResults();
@@ -55,10 +64,13 @@ private:
         quint64 generation;
         QString path;
         int size;
+        Mode mode;
         QImage image; // once made
     };
     void work();
+    PreviewCache &cacheFor(Mode mode);
 
+    PreviewCache m_icons;
     PreviewCache m_pictures;
     const std::size_t m_maxWorkers;
     QSet<QString> m_asked; // path and size of the pictures being made

@@ -21,12 +21,13 @@ public:
         QString path;
         int size;
         bool onMainThread;
+        bool asIcon;
     };
 
-    QImage imageWithPreviewOfFileAtPath(const QString &path, int size, bool) override
+    QImage imageWithPreviewOfFileAtPath(const QString &path, int size, bool asIcon) override
     {
         std::unique_lock lock(m_mutex);
-        m_calls.append({path, size, QThread::currentThread() == qApp->thread()});
+        m_calls.append({path, size, QThread::currentThread() == qApp->thread(), asIcon});
         m_changed.notify_all();
         m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_open; });
         ++m_returned;

@@ -766,6 +766,10 @@ private slots:
         QVERIFY(pictureCentre() != Qt::red);
         p.thumbnails.setOpen(true);
         QTRY_COMPARE(pictureCentre(), QColor(Qt::red));
+        const auto calls = p.thumbnails.calls();
+        QVERIFY(std::any_of(calls.begin(), calls.end(), [&](const auto &call) {
+            return call.path == photo && !call.asIcon; // the bare picture, not an icon
+        }));
         // Beside the panel, 25 past the row's right edge, level with it.
         const QRect cell = table->visualRect(table->currentIndex());
         const QRect row(table->viewport()->mapToGlobal(cell.topLeft()), cell.size());

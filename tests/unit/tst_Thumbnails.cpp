@@ -159,22 +159,27 @@ private slots:
         QVERIFY(loader.thumbnail(photo, 44).isNull());
         QVERIFY(loader.thumbnail(photo, 44).isNull()); // asked again while being made
         QVERIFY(loader.thumbnail(photo, 88).isNull()); // another size is another picture
+        // and so is the bare picture, which a preview shows
+        QVERIFY(loader.thumbnail(photo, 44, ThumbnailLoader::Mode::Picture).isNull());
         service.setOpen(true);
-        QTRY_COMPARE(ready.count(), 2);
+        QTRY_COMPARE(ready.count(), 3);
         QVERIFY(announcedOnMainThread);
-        QCOMPARE(service.calls().size(), 2);
-        for (const FakeThumbnailService::Call &call : service.calls())
+        QCOMPARE(service.calls().size(), 3);
+        QSet<QString> asked;
+        for (const FakeThumbnailService::Call &call : service.calls()) {
             QVERIFY(!call.onMainThread);
-        QSet<int> sizes;
+            asked.insert(QString::number(call.size) + (call.asIcon ? " icon" : " picture"));
+        }
+        QCOMPARE(asked, (QSet<QString>{"44 icon", "88 icon", "44 picture"}));
         for (const QList<QVariant> &arguments : ready) {
             QCOMPARE(arguments.at(0).toString(), photo);
-            sizes.insert(arguments.at(1).toInt());
-            QCOMPARE(arguments.at(2).value<QImage>().width(), arguments.at(1).toInt());
+            QCOMPARE(arguments.at(3).value<QImage>().width(), arguments.at(1).toInt());
         }
-        QCOMPARE(sizes, (QSet<int>{44, 88}));
         // From memory now.
         QCOMPARE(colourOf(loader.thumbnail(photo, 44)), QColor(Qt::red));
-        QCOMPARE(service.calls().size(), 2);
+        QCOMPARE(colourOf(loader.thumbnail(photo, 44, ThumbnailLoader::Mode::Picture)),
+                 QColor(Qt::red));
+        QCOMPARE(service.calls().size(), 3);
     }
 
     void filesWithoutPicturesAndClearedRequestsAreNotAnnounced()
