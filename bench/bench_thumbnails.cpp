@@ -18,7 +18,9 @@
 //         scroll-stall  the longest gap while the rows are scrolled a page at
 //                       a time from top to bottom, a step every kStepMs, each
 //                       step repainted before the next
-//         scroll-steps, rows (no scrolling with no-scroll)
+//         scroll-last-pictures  from the last step until every row then in
+//                       sight is painted with its picture
+//         scroll-steps, rows (with no-scroll, no scrolling and no scroll-*)
 //   bench_thumbnails tumbler CACHE RUNS IMAGE...
 //       The desktop's thumbnailer on the session bus, given the images in one
 //       Queue call for the 128-pixel flavour, from Queue to Finished: cold
@@ -200,6 +202,42 @@ private:
     const StallProbe &m_clock;
 };
 
+// Which rows' pictures have come, and whether the rows have been painted since
+// the last came.
+class PictureArrivals
+{
+public:
+    PictureArrivals(ThumbnailLoader &thumbnails, QWidget &rows)
+    {
+        rows.installEventFilter(&m_paints);
+        // After the panel's own handler, which asks for the row's repaint: the
+        // next paint of the rows shows the picture.
+        m_connection = QObject::connect(&thumbnails, &ThumbnailLoader::thumbnailReady,
+                                        [this](const QString &path) {
+                                            m_arrived.insert(path);
+                                            m_paints.paints = 0;
+                                        });
+    }
+    ~PictureArrivals() { QObject::disconnect(m_connection); }
+
+    // Waits until every one of paths shows its picture; false when the time is up.
+    bool waitForPictures(const QStringList &paths, int timeoutMs)
+    {
+        return BenchEventLoop::waitUntil(
+            [&] {
+                return m_paints.paints > 0 &&
+                       std::all_of(paths.begin(), paths.end(),
+                                   [&](const QString &path) { return m_arrived.contains(path); });
+            },
+            timeoutMs);
+    }
+
+private:
+    PaintCounter m_paints;
+    QSet<QString> m_arrived;
+    QMetaObject::Connection m_connection;
+};
+
 struct Screenful
 {
     double shown = -1;   // the rows' first paint began (with their type icons)
@@ -209,38 +247,25 @@ struct Screenful
 };
 
 // Opens the panel and waits until every row in sight shows its picture.
-Screenful openToPictures(PanelController &panel, PaintCounter &rowPaints)
+Screenful openToPictures(PanelController &panel, PictureArrivals &pictures)
 {
     Screenful result;
     StallProbe probe;
     QAbstractItemView &table = *panel.window()->ui().tableView;
     const FirstRowsPaint firstRows(table, probe);
     bool completed = false;
-    QSet<QString> arrived;
     const QMetaObject::Connection listed =
         QObject::connect(&panel, &PanelController::fileListCompleted, [&] { completed = true; });
-    // After the panel's own handler, which asks for the row's repaint: the next
-    // paint of the rows shows the picture.
-    const QMetaObject::Connection pictures = QObject::connect(
-        &panel.thumbnails(), &ThumbnailLoader::thumbnailReady, [&](const QString &path) {
-            arrived.insert(path);
-            rowPaints.paints = 0;
-        });
     probe.start();
     panel.setHasActivePanel(true);
-    const auto allThere = [&] {
-        return std::all_of(result.paths.begin(), result.paths.end(),
-                           [&](const QString &path) { return arrived.contains(path); });
-    };
     if (BenchEventLoop::waitUntil([&] { return completed && firstRows.seconds >= 0; })) {
         result.paths = visiblePaths(table);
-        if (BenchEventLoop::waitUntil([&] { return allThere() && rowPaints.paints > 0; }))
+        if (pictures.waitForPictures(result.paths, 30000))
             result.seconds = probe.elapsedSeconds();
     }
     result.shown = firstRows.seconds;
     result.stall = probe.longestSeconds();
     QObject::disconnect(listed);
-    QObject::disconnect(pictures);
     return result;
 }
 
@@ -248,13 +273,16 @@ struct Scroll
 {
     double stall = 0;
     int steps = 0;
+    double lastPictures = -1; // from the last step until the rows then in sight show theirs
 };
 
 // A page at a time from top to bottom, each step painted before the next.
-Scroll scrollToBottom(QAbstractItemView &table, PaintCounter &rowPaints)
+Scroll scrollToBottom(QAbstractItemView &table, PictureArrivals &pictures)
 {
     Scroll result;
     QScrollBar *bar = table.verticalScrollBar();
+    PaintCounter rowPaints;
+    table.viewport()->installEventFilter(&rowPaints);
     StallProbe probe;
     probe.start();
     while (bar->value() < bar->maximum()) {
@@ -268,8 +296,11 @@ Scroll scrollToBottom(QAbstractItemView &table, PaintCounter &rowPaints)
         ++result.steps;
     }
     // A little longer, for what the last step set off.
+    const double end = probe.elapsedSeconds();
     BenchEventLoop::waitUntil([] { return false; }, 100);
     result.stall = probe.longestSeconds();
+    if (pictures.waitForPictures(visiblePaths(table), 120000))
+        result.lastPictures = probe.elapsedSeconds() - end;
     return result;
 }
 
@@ -302,10 +333,9 @@ int benchPanel(const QString &folder, const QString &cache, bool scrolls)
     panel.pressedMenuItemIconSize(3);
 
     QAbstractItemView &table = *panel.window()->ui().tableView;
-    PaintCounter rowPaints;
-    table.viewport()->installEventFilter(&rowPaints);
-    const Screenful screenful = openToPictures(panel, rowPaints);
-    const Scroll scroll = scrolls ? scrollToBottom(table, rowPaints) : Scroll();
+    PictureArrivals pictures(panel.thumbnails(), *table.viewport());
+    const Screenful screenful = openToPictures(panel, pictures);
+    const Scroll scroll = scrolls ? scrollToBottom(table, pictures) : Scroll();
     if (qEnvironmentVariableIsSet("BENCH_VERBOSE"))
         std::fprintf(stderr, "window %dx%d, viewport %dx%d\n", panel.window()->width(),
                      panel.window()->height(), table.viewport()->width(),
@@ -317,8 +347,11 @@ int benchPanel(const QString &folder, const QString &cache, bool scrolls)
     std::printf("visible-rows %d\n", int(screenful.paths.size()));
     std::printf("visible-files %s\n", qPrintable(screenful.paths.join(u',')));
     std::printf("open-stall %.6f\n", screenful.stall);
-    std::printf("scroll-stall %.6f\n", scroll.stall);
-    std::printf("scroll-steps %d\n", scroll.steps);
+    if (scrolls) {
+        std::printf("scroll-stall %.6f\n", scroll.stall);
+        std::printf("scroll-steps %d\n", scroll.steps);
+        std::printf("scroll-last-pictures %.6f\n", scroll.lastPictures);
+    }
     std::printf("rows %d\n", panel.model().rowCount());
     panel.setHasActivePanel(false);
     return screenful.seconds < 0 ? 3 : 0;

@@ -26,7 +26,8 @@ forget() { # the shared cache's pictures, as if none had ever been made
 value() { awk -v name="$1" '$1 == name {print $2}' "$2"; }
 # panels NAME CACHE [--cold]: RUNS panel runs, the first SCROLLS of them
 # scrolling through all rows; prints NAME-visible and NAME-pictures (medians),
-# NAME-open-stall and NAME-scroll-stall (the longest).
+# NAME-open-stall and NAME-scroll-stall (the longest), NAME-last-pictures (the
+# median of the scrolling runs' scroll-last-pictures).
 panels() {
   local i scroll
   for i in $(seq "$runs"); do
@@ -43,6 +44,8 @@ for time in ("visible", "pictures"):
     print(f"{name}-{time} {statistics.median(float(r.get(time, 'nan')) for r in runs):.6f}")
 for stall in ("open-stall", "scroll-stall"):
     print(f"{name}-{stall} {max(float(r.get(stall, 0)) for r in runs):.6f}")
+last = [float(r["scroll-last-pictures"]) for r in runs if "scroll-last-pictures" in r]
+print(f"{name}-last-pictures {statistics.median(last) if last else float('nan'):.6f}")
 PY
   cp "$out/$1-1.txt" "$out/first.txt"
 }
