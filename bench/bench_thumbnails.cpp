@@ -58,6 +58,7 @@
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QScrollBar>
+#include <QHash>
 #include <QSet>
 #include <QSettings>
 
@@ -202,21 +203,18 @@ private:
     const StallProbe &m_clock;
 };
 
-// Which rows' pictures have come, and whether the rows have been painted since
-// the last came.
+// Which rows' pictures have come, and whether the rows have been painted since.
 class PictureArrivals
 {
 public:
     PictureArrivals(ThumbnailLoader &thumbnails, QWidget &rows)
     {
         rows.installEventFilter(&m_paints);
-        // After the panel's own handler, which asks for the row's repaint: the
-        // next paint of the rows shows the picture.
-        m_connection = QObject::connect(&thumbnails, &ThumbnailLoader::thumbnailReady,
-                                        [this](const QString &path) {
-                                            m_arrived.insert(path);
-                                            m_paints.paints = 0;
-                                        });
+        // After the panel's own handler, which asks for the row's repaint: a
+        // later paint of the rows shows the picture.
+        m_connection = QObject::connect(
+            &thumbnails, &ThumbnailLoader::thumbnailReady,
+            [this](const QString &path) { m_paintsBefore.insert(path, m_paints.paints); });
     }
     ~PictureArrivals() { QObject::disconnect(m_connection); }
 
@@ -225,16 +223,16 @@ public:
     {
         return BenchEventLoop::waitUntil(
             [&] {
-                return m_paints.paints > 0 &&
-                       std::all_of(paths.begin(), paths.end(),
-                                   [&](const QString &path) { return m_arrived.contains(path); });
+                return std::all_of(paths.begin(), paths.end(), [&](const QString &path) {
+                    return m_paintsBefore.value(path, m_paints.paints) < m_paints.paints;
+                });
             },
             timeoutMs);
     }
 
 private:
     PaintCounter m_paints;
-    QSet<QString> m_arrived;
+    QHash<QString, int> m_paintsBefore; // how many paints the rows had when it came
     QMetaObject::Connection m_connection;
 };
 
