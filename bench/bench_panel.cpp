@@ -14,16 +14,14 @@
 // openings), stall (the longest of all), keystroke-median, keystroke-worst,
 // keystroke-clear-worst, rss-mb (VmRSS with the panel open on the listing),
 // rss-base-mb (VmRSS of this process before the panel was made), rows.
-#include "AppServices.h"
 #include "BenchEventLoop.h"
 #include "BenchHome.h"
 #include "BenchPanelHost.h"
-#include "Brevano.h"
+#include "BenchPanelServices.h"
 #include "BrevanoData.h"
 #include "FileListModel.h"
 #include "PaintCounter.h"
 #include "PanelController.h"
-#include "QtScheduler.h"
 #include "StallProbe.h"
 #include "ui_Panel.h"
 
@@ -171,12 +169,8 @@ int main(int argc, char *argv[])
     const int expectedRows = args.value(2, QStringLiteral("0")).toInt();
     const bool verbose = qEnvironmentVariableIsSet("BENCH_VERBOSE");
 
-    BenchPanelHost host;
-    AppServices services(host);
+    BenchPanelServices services(tree);
     BrevanoData &data = services.data();
-    Brevano &engine = services.engine();
-    services.loadStore();
-    data.setShadowDesktopPath(tree);
     // "All Contents", every file of the Shadow Desktop flattened.
     const auto &views = data.filterItems();
     if (views.isEmpty() || views.first()->getName() != u"All Contents")
@@ -184,10 +178,7 @@ int main(int argc, char *argv[])
     views.first()->setFolderStyle(1);
 
     const double rssBase = residentMegabytes();
-    PanelController panel(PanelController::Services{data, engine, services.fileViewer(),
-                                                    QtScheduler::instance(), engine.notifications(),
-                                                    services.thumbnails()},
-                          host);
+    PanelController panel(services.panelServices(), services.host());
     PaintCounter windowPaints;
     panel.window()->installEventFilter(&windowPaints);
     PaintCounter rowPaints;

@@ -32,17 +32,15 @@
 //       (setScaledSize), one after another on one thread; the median of RUNS.
 // Each prints one "NAME VALUE" line per figure (seconds unless the name says
 // otherwise) and runs in a private HOME.
-#include "AppServices.h"
 #include "BenchEventLoop.h"
 #include "BenchHome.h"
 #include "BenchPanelHost.h"
-#include "Brevano.h"
+#include "BenchPanelServices.h"
 #include "BrevanoData.h"
 #include "FileListModel.h"
 #include "FreedesktopThumbnailService.h"
 #include "PaintCounter.h"
 #include "PanelController.h"
-#include "QtScheduler.h"
 #include "StallProbe.h"
 #include "ThumbnailLoader.h"
 #include "ui_Panel.h"
@@ -53,12 +51,12 @@
 #include <QDBusReply>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QHash>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QPainter>
 #include <QRandomGenerator>
 #include <QScrollBar>
-#include <QHash>
 #include <QSet>
 #include <QSettings>
 
@@ -305,21 +303,14 @@ Scroll scrollToBottom(QAbstractItemView &table, PictureArrivals &pictures)
 int benchPanel(const QString &folder, const QString &cache, bool scrolls)
 {
     qputenv("XDG_CACHE_HOME", QFile::encodeName(cache));
-    BenchPanelHost host;
-    AppServices services(host);
+    BenchPanelServices services(folder);
     BrevanoData &data = services.data();
-    Brevano &engine = services.engine();
-    services.loadStore();
-    data.setShadowDesktopPath(folder);
     // The panel keeps its size under these keys.
     QSettings settings;
     settings.setValue(QStringLiteral("PanelWidth"), 400.0);
     settings.setValue(QStringLiteral("PanelHeight"), 700.0);
 
-    PanelController panel(PanelController::Services{data, engine, services.fileViewer(),
-                                                    QtScheduler::instance(), engine.notifications(),
-                                                    services.thumbnails()},
-                          host);
+    PanelController panel(services.panelServices(), services.host());
     const auto &views = data.filterItems();
     const auto images = std::find_if(views.begin(), views.end(),
                                      [](const auto &view) { return view->getName() == u"Images"; });
