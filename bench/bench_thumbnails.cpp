@@ -20,6 +20,7 @@
 //                       a time from top to bottom, a step every kStepMs, each
 //                       step repainted before the next, and until the rows
 //                       then in sight show their pictures
+//         scroll-stall-running  how much of that gap the main thread ran
 //         scroll-last-pictures  from the last step until every row then in
 //                       sight is painted with its picture
 //         scroll-steps, rows (with no-scroll, no scrolling and no scroll-*)
@@ -270,6 +271,7 @@ Screenful openToPictures(PanelController &panel, PictureArrivals &pictures)
 struct Scroll
 {
     double stall = 0;
+    double stallRunning = 0; // of that, the main thread ran
     int steps = 0;
     double lastPictures = -1; // from the last step until the rows then in sight show theirs
 };
@@ -299,6 +301,7 @@ Scroll scrollToBottom(QAbstractItemView &table, PictureArrivals &pictures)
     // A little longer, for what the last pictures set off.
     BenchEventLoop::waitUntil([] { return false; }, 100);
     result.stall = probe.longestSeconds();
+    result.stallRunning = probe.longestRunningSeconds();
     return result;
 }
 
@@ -352,6 +355,7 @@ int benchPanel(const QString &folder, const QString &cache, bool scrolls)
     std::printf("open-stall %.6f\n", screenful.stall);
     if (scrolls) {
         std::printf("scroll-stall %.6f\n", scroll.stall);
+        std::printf("scroll-stall-running %.6f\n", scroll.stallRunning);
         std::printf("scroll-steps %d\n", scroll.steps);
         std::printf("scroll-last-pictures %.6f\n", scroll.lastPictures);
     }

@@ -93,6 +93,9 @@ CONF
     $(without cold-open-stall), $(without warm-open-stall)))")" 0.05 1
   echo "  without tumbler, warm: the longest scroll stall $(without warm-scroll-stall) s," \
     "the rows in sight at the bottom $(without warm-last-pictures) s"
+  echo "  of the longest scroll stalls, the main thread ran: cold $(with cold-scroll-stall-running) s," \
+    "warm $(with warm-scroll-stall-running) s, decoding $(without cold-scroll-stall-running) s" \
+    "(the rest it waited, for a core on a busy machine or for a lock)"
 }
 if [ "${BENCH_ONLY:-}" = thumbnails ]; then
   thumbnails

@@ -26,8 +26,9 @@ forget() { # the shared cache's pictures, as if none had ever been made
 value() { awk -v name="$1" '$1 == name {print $2}' "$2"; }
 # panels NAME CACHE [--cold]: RUNS panel runs, the first SCROLLS of them
 # scrolling through all rows; prints NAME-visible and NAME-pictures (medians),
-# NAME-open-stall and NAME-scroll-stall (the longest), NAME-last-pictures (the
-# median of the scrolling runs' scroll-last-pictures).
+# NAME-open-stall and NAME-scroll-stall (the longest; NAME-scroll-stall-running:
+# how much of it the main thread ran), NAME-last-pictures (the median of the
+# scrolling runs' scroll-last-pictures).
 panels() {
   local i scroll
   for i in $(seq "$runs"); do
@@ -44,6 +45,8 @@ for time in ("visible", "pictures"):
     print(f"{name}-{time} {statistics.median(float(r.get(time, 'nan')) for r in runs):.6f}")
 for stall in ("open-stall", "scroll-stall"):
     print(f"{name}-{stall} {max(float(r.get(stall, 0)) for r in runs):.6f}")
+worst = max(runs, key=lambda r: float(r.get("scroll-stall", 0)))
+print(f"{name}-scroll-stall-running {float(worst.get('scroll-stall-running', 0)):.6f}")
 last = [float(r["scroll-last-pictures"]) for r in runs if "scroll-last-pictures" in r]
 print(f"{name}-last-pictures {statistics.median(last) if last else float('nan'):.6f}")
 PY
