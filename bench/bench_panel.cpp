@@ -14,79 +14,27 @@
 // openings), stall (the longest of all), keystroke-median, keystroke-worst,
 // keystroke-clear-worst, rss-mb (VmRSS with the panel open on the listing),
 // rss-base-mb (VmRSS of this process before the panel was made), rows.
-#include "AlertPresenter.h"
-#include "AppServices.h"
+#include "BenchEventLoop.h"
 #include "BenchHome.h"
-#include "Brevano.h"
+#include "BenchPanelHost.h"
+#include "BenchPanelServices.h"
 #include "BrevanoData.h"
 #include "FileListModel.h"
+#include "PaintCounter.h"
 #include "PanelController.h"
-#include "PanelControllerDelegate.h"
-#include "QtScheduler.h"
 #include "StallProbe.h"
 #include "ui_Panel.h"
 
-#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QKeyEvent>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
 #include <vector>
 
 namespace {
-
-// Nothing here should ask: an alert would be a fault of the run, not a wait.
-class NoAlerts : public AlertPresenter
-{
-public:
-    int runModal(const Alert &alert) override
-    {
-        std::fprintf(stderr, "alert: %s\n", qPrintable(alert.title));
-        return Dismissed;
-    }
-};
-
-class BenchDelegate : public PanelControllerDelegate
-{
-public:
-    QRect statusItemRectForPanelController(PanelController &) override
-    {
-        return QRect(700, 0, 24, 24);
-    }
-    void doTidy() override {}
-    void restoreFiles() override {}
-    void restoreAllFiles() override {}
-    void emptyShadowDesktop() override {}
-    void emailSupport() override {}
-    void reviewApp() override {}
-    void openSupport() override {}
-    void openHelp() override {}
-    void openAboutWindow() override {}
-    void checkForUpdates() override {}
-    void terminate() override {}
-    bool canOpenTutorial() const override { return false; }
-    void openTutorial() override {}
-    bool canOpenPreferences() const override { return false; }
-};
-
-// Counts the paint events a widget receives.
-class PaintCounter : public QObject
-{
-public:
-    int paints = 0;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++paints;
-        return false;
-    }
-};
 
 double seconds(qint64 nsecs)
 {
@@ -108,20 +56,6 @@ double residentMegabytes()
         if (line.startsWith("VmRSS:"))
             return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024;
     return 0;
-}
-
-// Runs the event loop, sleeping while it has nothing to do, until done or the
-// time is up; answers done.
-bool waitUntil(const std::function<bool()> &done, int timeoutMs = 30000)
-{
-    bool expired = false;
-    QTimer timer;
-    timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, [&] { expired = true; });
-    timer.start(timeoutMs);
-    while (!done() && !expired)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return done();
 }
 
 struct Opening
@@ -147,11 +81,12 @@ Opening openOnce(PanelController &panel, PaintCounter &windowPaints)
     probe.start();
     panel.setHasActivePanel(true);
     // processEvents returns once the paint it delivered is drawn and flushed.
-    waitUntil([&] { return windowPaints.paints > 0 && panel.window()->isVisible(); });
+    BenchEventLoop::waitUntil(
+        [&] { return windowPaints.paints > 0 && panel.window()->isVisible(); });
     result.show = probe.elapsedSeconds();
-    waitUntil([&] { return completed; });
+    BenchEventLoop::waitUntil([&] { return completed; });
     // A little longer, for whatever the last arrival set off (the rows' relayout).
-    waitUntil([] { return false; }, 100);
+    BenchEventLoop::waitUntil([] { return false; }, 100);
     QObject::disconnect(connection);
     result.stall = probe.longestSeconds();
     return result;
@@ -160,7 +95,7 @@ Opening openOnce(PanelController &panel, PaintCounter &windowPaints)
 void close(PanelController &panel)
 {
     panel.setHasActivePanel(false);
-    waitUntil([&] { return !panel.window()->isVisible(); });
+    BenchEventLoop::waitUntil([&] { return !panel.window()->isVisible(); });
 }
 
 struct Keystrokes
@@ -177,27 +112,16 @@ void sendKey(QWidget *field, int key, Qt::KeyboardModifiers modifiers, const QSt
     QApplication::sendEvent(field, &release);
 }
 
-// Runs whatever is ready to run (the key's consequences: the filtering, the
-// rows' delayed relayout, the repaint) until nothing is.
-void runUntilIdle()
-{
-    QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
-    QElapsedTimer limit;
-    limit.start();
-    while (dispatcher->processEvents(QEventLoop::AllEvents) && limit.elapsed() < 2000) {
-    }
-}
-
 // One key into the search field that changes the phrase, timed until what it
 // set off has run: the rows filtered, laid out and painted where they changed.
 double keystroke(QWidget *field, PaintCounter &rowPaints, int key, const QString &text)
 {
-    runUntilIdle(); // nothing left over from the last one
+    BenchEventLoop::runUntilIdle(); // nothing left over from the last one
     rowPaints.paints = 0;
     QElapsedTimer clock;
     clock.start();
     sendKey(field, key, Qt::NoModifier, text);
-    runUntilIdle();
+    BenchEventLoop::runUntilIdle();
     return seconds(clock.nsecsElapsed());
 }
 
@@ -232,14 +156,7 @@ Keystrokes typePhrases(PanelController &panel, PaintCounter &rowPaints, const QS
 
 int main(int argc, char *argv[])
 {
-    // The offscreen platform has neither window opacity nor stacking; it says so
-    // at every opening.
-    static const QtMessageHandler previous = qInstallMessageHandler(nullptr);
-    qInstallMessageHandler(
-        [](QtMsgType type, const QMessageLogContext &context, const QString &message) {
-            if (!message.startsWith(u"This plugin does not support"))
-                previous(type, context, message);
-        });
+    BenchPanelHost::quietOffscreenPlatform();
     const BenchHome home;
     if (!home.isValid())
         return 1;
@@ -252,12 +169,8 @@ int main(int argc, char *argv[])
     const int expectedRows = args.value(2, QStringLiteral("0")).toInt();
     const bool verbose = qEnvironmentVariableIsSet("BENCH_VERBOSE");
 
-    NoAlerts alerts;
-    AppServices services(alerts);
+    BenchPanelServices services(tree);
     BrevanoData &data = services.data();
-    Brevano &engine = services.engine();
-    services.loadStore();
-    data.setShadowDesktopPath(tree);
     // "All Contents", every file of the Shadow Desktop flattened.
     const auto &views = data.filterItems();
     if (views.isEmpty() || views.first()->getName() != u"All Contents")
@@ -265,11 +178,7 @@ int main(int argc, char *argv[])
     views.first()->setFolderStyle(1);
 
     const double rssBase = residentMegabytes();
-    BenchDelegate delegate;
-    PanelController panel(PanelController::Services{data, engine, services.fileViewer(),
-                                                    QtScheduler::instance(), engine.notifications(),
-                                                    services.thumbnails(), alerts},
-                          delegate);
+    PanelController panel(services.panelServices(), services.host());
     PaintCounter windowPaints;
     panel.window()->installEventFilter(&windowPaints);
     PaintCounter rowPaints;

@@ -5,6 +5,7 @@
 # (seconds unless the name says otherwise; where no tool does the same work, ref
 # is the goal and the goal ratio 1).
 # Usage: run.sh BUILD_DIR [--quick]   (--quick skips the three-minute idle watch)
+# BENCH_ONLY=thumbnails runs the panel's thumbnails alone.
 set -uo pipefail
 build="$(cd "$1" && pwd)"
 quick="${2:-}"
@@ -25,6 +26,82 @@ report() { # NAME OURS REF GOAL [UNIT]
   results+=("$(printf '%-26s %10s %10s %7s %6s %s' "$1" "$ours" "$ref" "$ratio" "$4" "${5:-s}")")
   echo "bench $1 ours=$ours ref=$ref ratio=$ratio goal=$4"
 }
+
+table() {
+  echo
+  printf '%-26s %10s %10s %7s %6s %s\n' item ours reference ratio goal unit
+  printf '%s\n' "${results[@]}"
+}
+
+# The panel's thumbnails (offscreen): 1,000 photographs of 2400x1600 (JPEG) as
+# the Shadow Desktop in "Images", every row with its picture (128-point rows),
+# the window 400x700; with tumbler on a private bus, and on one without a
+# thumbnailer. The time from the rows' first paint until every row in sight
+# shows its picture, with an empty shared cache (cold) and with the pictures
+# in it (warm; a new process each time), against what tumbler's own Queue of
+# the same images takes, reading the thumbnails it made, or a plain QImageReader
+# decode at 128 pixels (goal 1.5 x each); the same for the rows in sight once
+# the rows have been scrolled from top to bottom a page at a time, and the
+# longest main-thread stall meanwhile.
+thumbnails() {
+  local program="$build/bench/bench_thumbnails" photos="$work/photos" cache="$work/thumbcache"
+  echo "Making 1,000 photographs ..."
+  "$program" make-images "$photos" 1000 || { echo "  MAKING THE PHOTOGRAPHS FAILED"; return; }
+  mkdir -p "$cache" "$work/nocache"
+  cat > "$work/bare-bus.conf" <<'CONF'
+<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:tmpdir=/tmp</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+CONF
+  echo "The panel's thumbnails, with tumbler and without (a few minutes) ..."
+  # tumbler is started by the bus, in the bus's environment: its cache is ours.
+  XDG_CACHE_HOME="$cache" dbus-run-session -- \
+    "$here/thumbnails.sh" tumbler "$program" "$photos" "$cache" > "$work/thumbs.txt" 2>/dev/null \
+    || echo "  THE THUMBNAIL BENCHMARK WITH TUMBLER FAILED"
+  dbus-run-session --config-file="$work/bare-bus.conf" -- \
+    "$here/thumbnails.sh" none "$program" "$photos" "$cache" "$work/nocache" \
+    > "$work/thumbs-none.txt" 2>/dev/null || echo "  THE THUMBNAIL BENCHMARK WITHOUT TUMBLER FAILED"
+  # A figure of the run with tumbler (with NAME) or without (without NAME); nan if it is missing.
+  figure() { awk -v name="$2" '$1 == name {v = $2} END {print v == "" ? "float(\"nan\")" : v}' "$1"; }
+  with() { figure "$work/thumbs.txt" "$1"; }
+  without() { figure "$work/thumbs-none.txt" "$1"; }
+  report thumbs-cold-tumbler "$(with cold-pictures)" "$(with tumbler-cold)" 1.5
+  report thumbs-warm "$(with warm-pictures)" "$(with tumbler-read)" 1.5
+  report thumbs-warm-no-tumbler "$(without warm-pictures)" "$(with tumbler-read)" 1.5
+  report thumbs-cold-decode "$(without cold-pictures)" "$(without decode)" 1.5
+  echo "  $(with visible-rows) rows in sight; tumbler's own Queue of their made thumbnails (warm):" \
+    "$(with tumbler-warm) s; of all 1,000 images (cold): $(with tumbler-all) s"
+  echo "  from opening the panel to the pictures: cold $(with cold-visible) s with tumbler," \
+    "$(without cold-visible) s without; warm $(with warm-visible) s"
+  # Scrolled to the bottom: the rows then in sight, against the same references.
+  report thumbs-scrolled-cold "$(with cold-last-pictures)" "$(with tumbler-cold)" 1.5
+  report thumbs-scrolled-warm "$(with warm-last-pictures)" "$(with tumbler-read)" 1.5
+  report thumbs-scrolled-decode "$(without cold-last-pictures)" "$(without decode)" 1.5
+  report thumbs-scroll-stall-cold "$(with cold-scroll-stall)" 0.05 1
+  report thumbs-scroll-stall-warm "$(with warm-scroll-stall)" 0.05 1
+  report thumbs-scroll-stall-decode "$(without cold-scroll-stall)" 0.05 1
+  report thumbs-open-stall "$(python3 -c "print(max($(with cold-open-stall), $(with warm-open-stall),
+    $(without cold-open-stall), $(without warm-open-stall)))")" 0.05 1
+  echo "  without tumbler, warm: the longest scroll stall $(without warm-scroll-stall) s," \
+    "the rows in sight at the bottom $(without warm-last-pictures) s"
+  echo "  of the longest scroll stalls, the main thread ran: cold $(with cold-scroll-stall-running) s," \
+    "warm $(with warm-scroll-stall-running) s, decoding $(without cold-scroll-stall-running) s" \
+    "(the rest it waited, for a core on a busy machine or for a lock)"
+}
+if [ "${BENCH_ONLY:-}" = thumbnails ]; then
+  thumbnails
+  table
+  exit 0
+fi
 
 echo "Making the data in $work ..."
 python3 - "$work/tree" <<'PY'
@@ -106,6 +183,8 @@ report panel-listing-stall "$(panel stall)" 0.05 1
 report panel-keystroke-median "$(panel keystroke-median)" 0.016 1
 report panel-keystroke-worst "$(panel keystroke-worst)" 0.016 1
 
+thumbnails
+
 # 6. The tray application: start-up, memory, idle wake-ups.
 source "$here/../scripts/xvfb.sh"
 start_xvfb
@@ -143,6 +222,4 @@ if [ "$quick" != "--quick" ]; then
   report tray-idle-wakeups-3min "$(awk '/wakeups/ {print $2}' "$work/tray.txt")" 3 1 wakeups
 fi
 
-echo
-printf '%-26s %10s %10s %7s %6s %s\n' item ours reference ratio goal unit
-printf '%s\n' "${results[@]}"
+table

@@ -2,6 +2,8 @@
 
 #include "ThumbnailService.h"
 
+#include <algorithm>
+
 namespace {
 
 QString keyOf(const QString &path, int size, ThumbnailLoader::Mode mode)
@@ -49,8 +51,19 @@ QImage ThumbnailLoader::thumbnail(const QString &path, int size, Mode mode)
     if (std::optional<QImage> picture = cacheFor(mode).cached(path, size))
         return *picture;
     const QString key = keyOf(path, size, mode);
-    if (m_asked.contains(key))
+    if (m_asked.contains(key)) {
+        // Painted again while it waits: it goes ahead of those painted since.
+        const std::lock_guard lock(m_mutex);
+        const auto waiting = std::find_if(m_jobs.begin(), m_jobs.end(), [&](const Job &job) {
+            return job.size == size && job.mode == mode && job.path == path;
+        });
+        if (waiting != m_jobs.end() && waiting + 1 != m_jobs.end()) {
+            Job job = std::move(*waiting);
+            m_jobs.erase(waiting);
+            m_jobs.push_back(std::move(job));
+        }
         return {};
+    }
     m_asked.insert(key);
     {
         const std::lock_guard lock(m_mutex);
@@ -85,8 +98,9 @@ void ThumbnailLoader::work()
         m_wake.wait(lock, [this] { return m_stopping || !m_jobs.empty(); });
         if (m_stopping)
             return;
-        Job job = std::move(m_jobs.front());
-        m_jobs.pop_front();
+        // The last asked first: the rows in sight now, not those scrolled past.
+        Job job = std::move(m_jobs.back());
+        m_jobs.pop_back();
         lock.unlock();
         job.image = cacheFor(job.mode).preview(job.path, job.size);
         lock.lock();

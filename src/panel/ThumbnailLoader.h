@@ -45,7 +45,9 @@ public:
 
     // The picture when it is in memory; otherwise a null image, and the picture
     // is made and announced by thumbnailReady (or nothing, if the file has none).
-    // Asking again while it is being made starts nothing more.
+    // Asking again while it is being made starts nothing more. The pictures
+    // asked for last are made first (the rows painted last are those in sight),
+    // and asking again for a waiting one puts it first.
     QImage thumbnail(const QString &path, int size, Mode mode = Mode::Icon);
     // Forgets the pictures asked for and not made yet (their rows are gone);
     // those being made are kept in memory but not announced.

@@ -192,11 +192,13 @@ private slots:
         const QString e = home.write("e.png", "x");
         const QString f = home.write("f.png", "x");
         FakeThumbnailService service;
-        // One worker: the results come in the order asked.
+        // One worker, each asked once the last is being made: the calls come
+        // in the order asked.
         ThumbnailLoader loader(service, nullptr, 1);
         QSignalSpy ready(&loader, &ThumbnailLoader::thumbnailReady);
 
         loader.thumbnail(notes, 44);
+        QVERIFY(service.waitForCalls(1));
         loader.thumbnail(b, 44);
         QVERIFY(ready.wait());
         QCOMPARE(ready.takeFirst().at(0).toString(), b);
@@ -229,6 +231,33 @@ private slots:
             asked << call.path;
         QCOMPARE(asked, (QStringList{notes, b, f, notes, c, e}));
         QCOMPARE(colourOf(loader.thumbnail(c, 44)), QColor(Qt::red));
+    }
+
+    // The rows painted last are those in sight: their pictures come before
+    // those of rows scrolled past, and a row painted again goes first.
+    void theRowsAskedForLastAreMadeFirst()
+    {
+        SandboxHome home;
+        const QString a = home.write("a.png", "x");
+        const QString b = home.write("b.png", "x");
+        const QString c = home.write("c.png", "x");
+        const QString d = home.write("d.png", "x");
+        FakeThumbnailService service;
+        service.setOpen(false);
+        ThumbnailLoader loader(service, nullptr, 1);
+        QSignalSpy ready(&loader, &ThumbnailLoader::thumbnailReady);
+        loader.thumbnail(a, 44);
+        QVERIFY(service.waitForCalls(1)); // the one worker is busy with a
+        loader.thumbnail(b, 44);
+        loader.thumbnail(c, 44);
+        loader.thumbnail(d, 44);
+        loader.thumbnail(b, 44);
+        service.setOpen(true);
+        QTRY_COMPARE(ready.count(), 4);
+        QStringList made;
+        for (const FakeThumbnailService::Call &call : service.calls())
+            made << call.path;
+        QCOMPARE(made, (QStringList{a, b, d, c}));
     }
 
     void theLoaderGoesOnlyOnceItsWorkersAreDone()
