@@ -4,6 +4,7 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "DraggedBackFiles.h"
+#include "DroppedItemsMover.h"
 #include "FileListModel.h"
 #include "FileNames.h"
 #include "FileRowDelegate.h"
@@ -50,6 +51,12 @@ bool shiftHeldNow()
 QIcon toolbarIcon(const QString &name)
 {
     return QIcon(QStringLiteral(":/panel/") + name + QStringLiteral(".svg"));
+}
+
+// The item's name as the status line shows it.
+QString shownName(const QString &path)
+{
+    return FileNames::display(path.mid(path.lastIndexOf(u'/') + 1));
 }
 
 } // namespace
@@ -154,6 +161,8 @@ PanelController::~PanelController()
     m_scheduler.cancel(m_initialUpdateTask);
     m_scheduler.cancel(m_previewTask);
     m_scheduler.cancel(m_dragSettleTask);
+    // Waits for the move under way; nothing it did is reported any more.
+    m_dropMover.reset();
     if (m_hasActivePanel)
         m_data.stopUpdatingTimeRemaining();
     m_backgroundBuilder.reset(); // stops the listing; nothing it finds arrives after this
@@ -416,7 +425,7 @@ void PanelController::closePanel()
     m_focusTask = m_initialUpdateTask = m_previewTask = 0;
     // Nobody sees the rest of a listing of a closed panel.
     m_backgroundBuilder.reset();
-    m_window->ui().progressIndicator->hide();
+    showProgress();
     if (!m_fade) {
         m_fade = new QPropertyAnimation(m_window, "windowOpacity", this);
         m_fade->setDuration(150);
@@ -485,7 +494,7 @@ void PanelController::buildFileList()
     connect(m_backgroundBuilder.get(), &BackgroundFileListBuilder::fileListCompleted, this,
             &PanelController::fileListCompletedForTask);
     m_backgroundBuilder->startBackgroundTask();
-    m_window->ui().progressIndicator->show();
+    showProgress();
 }
 
 // The same folder and view listed again (after a tidy): the rows stay until the
@@ -521,9 +530,9 @@ void PanelController::fileListCompletedForTask(const QStringList &paths,
         storeKeepingTheCurrentRow(paths);
     else
         m_model->storeFilteredArray(paths);
-    m_window->ui().progressIndicator->hide();
     if (task == m_backgroundBuilder.get())
         m_backgroundBuilder.release()->deleteLater();
+    showProgress();
     emit fileListCompleted();
 }
 
@@ -651,11 +660,11 @@ void PanelController::restorePath(const QString &path, bool addToIgnore)
     if (result.moved())
         fileRestoredAtRow(path);
     else
-        showFailure(QStringLiteral("Could not restore “%1”: %2")
-                        .arg(FileNames::display(path.mid(path.lastIndexOf(u'/') + 1)),
-                             result.status == FileMover::Status::TargetExists
-                                 ? QStringLiteral("an item of that name is on the Desktop")
-                                 : reasonOf(result.message)));
+        showStatus(
+            QStringLiteral("Could not restore “%1”: %2")
+                .arg(shownName(path), result.status == FileMover::Status::TargetExists
+                                          ? QStringLiteral("an item of that name is on the Desktop")
+                                          : reasonOf(result.message)));
 }
 
 void PanelController::pressedFileTrash()
@@ -673,9 +682,8 @@ void PanelController::trashPaths(const QStringList &paths)
         if (result.ok)
             fileDeletedAtRow(path);
         else
-            showFailure(QStringLiteral("Could not move “%1” to the Trash: %2")
-                            .arg(FileNames::display(path.mid(path.lastIndexOf(u'/') + 1)),
-                                 reasonOf(result.message)));
+            showStatus(QStringLiteral("Could not move “%1” to the Trash: %2")
+                           .arg(shownName(path), reasonOf(result.message)));
     }
 }
 
@@ -686,11 +694,18 @@ QString PanelController::reasonOf(const QString &message)
     return colon >= 0 ? message.mid(colon + 2) : message;
 }
 
-void PanelController::showFailure(const QString &text)
+void PanelController::showStatus(const QString &text)
 {
     QLabel *line = m_window->ui().textField;
     line->setToolTip(text);
     line->setText(line->fontMetrics().elidedText(text, Qt::ElideMiddle, line->width()));
+}
+
+// The indicator turns while the panel lists or dropped items move.
+void PanelController::showProgress()
+{
+    m_window->ui().progressIndicator->setVisible(m_hasActivePanel &&
+                                                 (m_backgroundBuilder || m_dropMover->isBusy()));
 }
 
 void PanelController::fileRestoredAtRow(const QString &path)
@@ -709,6 +724,17 @@ void PanelController::fileDeletedAtRow(const QString &path)
 
 void PanelController::setUpDragAndDrop()
 {
+    m_dropMover = std::make_unique<DroppedItemsMover>(&Brevano::doMoveFileFromWithoutReplacing);
+    connect(m_dropMover.get(), &DroppedItemsMover::moveStarted, this,
+            [this](const QString &path, const QString &target) {
+                showStatus(
+                    QStringLiteral("Moving “%1” into “%2”…")
+                        .arg(shownName(path), shownName(target.left(target.lastIndexOf(u'/')))));
+                showProgress();
+            });
+    connect(m_dropMover.get(), &DroppedItemsMover::moveEnded, this,
+            &PanelController::dropMoveEnded);
+    connect(m_dropMover.get(), &DroppedItemsMover::finished, this, &PanelController::dropsMoved);
     PanelTableView *table = m_window->ui().tableView;
     connect(table, &PanelTableView::dragWillBegin, this,
             &PanelController::tableViewDraggingSessionWillBeginAtPoint);
@@ -818,8 +844,7 @@ bool PanelController::tableViewAcceptDrop(const QStringList &paths,
         else
             moveFileIntoCurrentlyDisplayedFolder(path);
     }
-    buildFileList();
-    // Not accepted, whatever moved: the source is never to delete anything.
+    // Not accepted, whatever moves: the source is never to delete anything.
     return false;
 }
 
@@ -828,22 +853,33 @@ void PanelController::moveFileIntoCurrentlyDisplayedFolder(const QString &path)
     moveFile(path, m_currentPath);
 }
 
-// A taken name leaves the item where it was, and the status line says so.
+// Queued behind the drops before it.
 void PanelController::moveFile(const QString &path, const QString &folder)
 {
-    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
-    const QString target = folder + u'/' + name;
-    if (target == path)
-        return;
-    const FileMover::Result result = m_engine.doMoveFileFromWithoutReplacing(path, target);
+    const QString target = folder + u'/' + path.mid(path.lastIndexOf(u'/') + 1);
+    if (target != path)
+        m_dropMover->add({{path, target}});
+}
+
+// A taken name leaves the item where it was, and the status line says so.
+void PanelController::dropMoveEnded(const QString &path, const QString &target,
+                                    const FileMover::Result &result)
+{
     if (result.moved())
         return;
-    const QString folderName = FileNames::display(folder.mid(folder.lastIndexOf(u'/') + 1));
-    showFailure(QStringLiteral("Could not move “%1” into “%2”: %3")
-                    .arg(FileNames::display(name), folderName,
-                         result.status == FileMover::Status::TargetExists
-                             ? QStringLiteral("an item of that name is already there")
-                             : reasonOf(result.message)));
+    showStatus(QStringLiteral("Could not move “%1” into “%2”: %3")
+                   .arg(shownName(path), shownName(target.left(target.lastIndexOf(u'/'))),
+                        result.status == FileMover::Status::TargetExists
+                            ? QStringLiteral("an item of that name is already there")
+                            : reasonOf(result.message)));
+}
+
+// The listing follows once all have moved.
+void PanelController::dropsMoved()
+{
+    if (m_hasActivePanel)
+        buildFileList();
+    showProgress();
 }
 
 // ---- the action menu ----

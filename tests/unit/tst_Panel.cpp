@@ -1,3 +1,4 @@
+#include "DroppedItemsMover.h"
 #include "EngineFixture.h"
 #include "FakeThumbnailService.h"
 #include "FileListModel.h"
@@ -8,6 +9,7 @@
 #include "PanelWindow.h"
 #include "PreviewPopoverViewController.h"
 #include "ThumbnailLoader.h"
+#include "TmpfsMount.h"
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
 
@@ -25,6 +27,8 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -162,8 +166,8 @@ struct Dropping
         QApplication::sendEvent(table()->viewport(), &move);
         return enter.isAccepted() && move.isAccepted();
     }
-    // Drops there and waits for the listing; the source must never hear "taken".
-    void dropAt(const QPoint &pos)
+    // Drops there; the source must never hear "taken".
+    void drop(const QPoint &pos)
     {
         allowedAt(pos);
         QDropEvent drop(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
@@ -171,8 +175,50 @@ struct Dropping
         QApplication::sendEvent(table()->viewport(), &drop);
         QVERIFY(!drop.isAccepted());
         QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+    }
+    // Drops there and waits for the moves and the listing after them.
+    void dropAt(const QPoint &pos)
+    {
+        drop(pos);
+        if (p.panel->dropMover().isBusy()) {
+            QSignalSpy moved(&p.panel->dropMover(), &DroppedItemsMover::finished);
+            QVERIFY(moved.wait(5000));
+        }
         if (p.panel->isListing())
             p.waitForListing();
+    }
+};
+
+// Holds the drop mover's thread before each move until the test opens it.
+struct MoveGate
+{
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool open = false;
+    QStringList arrived;
+    bool onMainThread = false;
+
+    void pass(const QString &source)
+    {
+        std::unique_lock lock(mutex);
+        arrived << source;
+        changed.notify_all();
+        if (QThread::currentThread() == qApp->thread())
+            onMainThread = true; // waiting here would hang the test
+        else
+            changed.wait_for(lock, std::chrono::seconds(30), [this] { return open; });
+    }
+    void setOpen()
+    {
+        const std::lock_guard lock(mutex);
+        open = true;
+        changed.notify_all();
+    }
+    bool waitForArrivals(qsizetype count)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, std::chrono::seconds(30),
+                                [&] { return arrived.size() >= count; });
     }
 };
 
@@ -551,6 +597,79 @@ private slots:
         Dropping itself(p, {url(shadow + "/Reports")});
         QVERIFY(!itself.allowedAt(itself.at("2024")));
         QVERIFY(!itself.allowedAt(itself.at("2024", true)));
+    }
+
+    void droppedItemsMoveOffTheMainThreadOneDropAfterAnother()
+    {
+        PanelFixture p;
+        p.open();
+        const QString desktop = p.f.sandbox.desktop();
+        const QString shadow = p.f.sandbox.shadowDesktop();
+        MoveGate gate;
+        p.panel->dropMover().setMoveHookForTesting(
+            [&gate](const QString &source) { gate.pass(source); });
+        QSignalSpy listed(p.panel.get(), &PanelController::fileListCompleted);
+
+        // The drop returns while the item waits to move; the panel shows it is busy.
+        Dropping memo(p, {FileNames::toUrl(p.f.desktopItem("memo.txt"))});
+        memo.drop(memo.at("photo.png", true));
+        QVERIFY(gate.waitForArrivals(1));
+        QVERIFY(!gate.onMainThread);
+        QVERIFY(QFile::exists(desktop + "/memo.txt"));
+        QCoreApplication::processEvents();
+        QVERIFY(!p.ui().progressIndicator->isHidden());
+        QCOMPARE(p.ui().textField->toolTip(), QString("Moving “memo.txt” into “Shadow Desktop”…"));
+
+        // A second drop waits its turn; an item already on its way goes once.
+        Dropping more(p, {FileNames::toUrl(p.f.desktopItem("plan.txt")),
+                          FileNames::toUrl(desktop + "/memo.txt")});
+        more.drop(more.at("Reports"));
+        QSignalSpy finished(&p.panel->dropMover(), &DroppedItemsMover::finished);
+        gate.setOpen();
+        QVERIFY(finished.wait(5000));
+        p.waitForListing();
+        QCOMPARE(gate.arrived, QStringList({desktop + "/memo.txt", desktop + "/plan.txt"}));
+        QVERIFY(QFile::exists(shadow + "/memo.txt") && QFile::exists(shadow + "/Reports/plan.txt"));
+        QCOMPARE(listed.count(), 1); // listed once, after both
+        QVERIFY(p.names().contains("memo.txt"));
+        QVERIFY(p.ui().progressIndicator->isHidden());
+
+        // A panel that goes while an item moves waits for that move.
+        Dropping last(p, {FileNames::toUrl(p.f.desktopItem("last.txt"))});
+        MoveGate held;
+        p.panel->dropMover().setMoveHookForTesting(
+            [&held](const QString &source) { held.pass(source); });
+        last.drop(last.at("photo.png", true));
+        QVERIFY(held.waitForArrivals(1));
+        std::thread opener([&held] { held.setOpen(); });
+        p.panel.reset();
+        opener.join();
+        QVERIFY(QFile::exists(shadow + "/last.txt") && !QFile::exists(desktop + "/last.txt"));
+    }
+
+    // A copy to another file system and the removal of the original, on the
+    // mover's thread.
+    void droppedItemsFromAnotherFileSystemMoveOffTheMainThread()
+    {
+        TmpfsMount other;
+        REQUIRE_TMPFS(other);
+        PanelFixture p;
+        p.open();
+        MoveGate gate;
+        gate.setOpen();
+        p.panel->dropMover().setMoveHookForTesting(
+            [&gate](const QString &source) { gate.pass(source); });
+        QDir().mkpath(other.path() + "/Album");
+        QFile photo(other.path() + "/Album/cat.jpg");
+        QVERIFY(photo.open(QIODevice::WriteOnly) && photo.write("meow") == 4);
+        photo.close();
+        Dropping album(p, {FileNames::toUrl(other.path() + "/Album")});
+        album.dropAt(album.at("Reports"));
+        QVERIFY(!gate.onMainThread);
+        QVERIFY(!QFile::exists(other.path() + "/Album"));
+        QFile moved(p.f.sandbox.shadowDesktop() + "/Reports/Album/cat.jpg");
+        QVERIFY(moved.open(QIODevice::ReadOnly));
+        QCOMPARE(moved.readAll(), QByteArray("meow"));
     }
 
     void rowMenuOpensFromTheKeyboardOnTheCurrentRow()
