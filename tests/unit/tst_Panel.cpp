@@ -155,27 +155,29 @@ struct Dropping
         const QRect rect = table()->visualRect(p.panel->model().index(p.rowOf(name)));
         return between ? QPoint(rect.center().x(), rect.top() + 1) : rect.center();
     }
-    // Whether the pointer there shows that a drop is taken.
+    Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction; // what the source allows
+    // Whether the pointer there shows that a drop is taken, and as a move.
     bool allowedAt(const QPoint &pos)
     {
-        QDragEnterEvent enter(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
-                              Qt::NoModifier);
+        QDragEnterEvent enter(pos, actions, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(table()->viewport(), &enter);
-        QDragMoveEvent move(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
-                            Qt::NoModifier);
+        QDragMoveEvent move(pos, actions, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(table()->viewport(), &move);
-        return enter.isAccepted() && move.isAccepted();
+        entered = enter.isAccepted();
+        return entered && move.isAccepted() && move.dropAction() == Qt::MoveAction;
     }
-    // Drops there; the source must never hear "taken".
+    // Drops there; the source must never hear "taken". Qt hands a drop only
+    // to a widget that let the drag in.
     void drop(const QPoint &pos)
     {
         allowedAt(pos);
-        QDropEvent drop(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
-                        Qt::NoModifier);
+        QDropEvent drop(pos, actions, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(table()->viewport(), &drop);
         QVERIFY(!drop.isAccepted());
-        QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+        if (entered)
+            QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
     }
+    bool entered = false;
     // Drops there and waits for the moves and the listing after them.
     void dropAt(const QPoint &pos)
     {
@@ -597,6 +599,29 @@ private slots:
         Dropping itself(p, {url(shadow + "/Reports")});
         QVERIFY(!itself.allowedAt(itself.at("2024")));
         QVERIFY(!itself.allowedAt(itself.at("2024", true)));
+    }
+
+    // A file manager asked for a copy (Ctrl held) or a link offers no move:
+    // the panel, which only moves, takes nothing.
+    void dropsThatAllowNoMoveAreRefused()
+    {
+        PanelFixture p;
+        p.open();
+        const QString memo = p.f.desktopItem("memo.txt");
+        Dropping copy(p, {FileNames::toUrl(memo)});
+        for (const Qt::DropActions actions :
+             {Qt::DropActions(Qt::CopyAction), Qt::DropActions(Qt::LinkAction),
+              Qt::CopyAction | Qt::LinkAction}) {
+            copy.actions = actions;
+            QVERIFY(!copy.allowedAt(copy.at("photo.png", true)));
+            QVERIFY(!copy.allowedAt(copy.at("Reports")));
+            copy.dropAt(copy.at("Reports"));
+            QVERIFY(QFile::exists(memo));
+        }
+        // A source that proposes a copy and allows a move is shown, and gets, a move.
+        copy.actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+        copy.dropAt(copy.at("Reports"));
+        QVERIFY(!QFile::exists(memo) && QFile::exists(p.shadowPath("Reports/memo.txt")));
     }
 
     void droppedItemsMoveOffTheMainThreadOneDropAfterAnother()
