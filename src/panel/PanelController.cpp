@@ -771,28 +771,39 @@ void PanelController::tableViewDraggingSessionWillBeginAtPoint(const QStringList
 void PanelController::tableViewDraggingSessionEndedAtPoint(const QStringList &paths,
                                                            Qt::DropAction operation)
 {
-    m_scheduler.cancel(std::exchange(m_dragSettleTask, 0));
     // Nothing here deletes a dragged item: a target that moved one (into the
     // Trash too) did so itself. The listing shows what is left.
-    if (operation == Qt::MoveAction)
-        lookForDraggedBackFiles(paths, m_filesOnDesktopBeforeDrag, kDragSettleChecks);
-    else if (m_hasActivePanel)
-        buildFileList();
+    if (operation != Qt::MoveAction) {
+        if (m_hasActivePanel)
+            buildFileList();
+        return;
+    }
+    // A drag that ends while an earlier one's items are still awaited joins
+    // it: one question for both, against the Desktop as it was before the first.
+    if (m_dragSettleTask) {
+        m_scheduler.cancel(std::exchange(m_dragSettleTask, 0));
+        for (const QString &path : paths)
+            if (!m_draggedPaths.contains(path))
+                m_draggedPaths.append(path);
+    } else {
+        m_draggedPaths = paths;
+        m_desktopCountBeforeDrags = m_filesOnDesktopBeforeDrag;
+    }
+    lookForDraggedBackFiles(kDragSettleChecks);
 }
 
-void PanelController::lookForDraggedBackFiles(const QStringList &paths,
-                                              qsizetype desktopCountBefore, int checksLeft)
+void PanelController::lookForDraggedBackFiles(int checksLeft)
 {
-    const bool moving = std::any_of(paths.begin(), paths.end(), FileStat::exists);
+    const bool moving = std::any_of(m_draggedPaths.begin(), m_draggedPaths.end(), FileStat::exists);
     if (moving && checksLeft > 0) {
-        m_dragSettleTask = m_scheduler.schedule(kDragSettleInterval, [=, this] {
+        m_dragSettleTask = m_scheduler.schedule(kDragSettleInterval, [this, checksLeft] {
             m_dragSettleTask = 0;
-            lookForDraggedBackFiles(paths, desktopCountBefore, checksLeft - 1);
+            lookForDraggedBackFiles(checksLeft - 1);
         });
         return;
     }
-    const QStringList found =
-        DraggedBackFiles::find(paths, desktopCountBefore, m_engine.desktopEntries());
+    const QStringList found = DraggedBackFiles::find(
+        std::exchange(m_draggedPaths, {}), m_desktopCountBeforeDrags, m_engine.desktopEntries());
     if (!found.isEmpty())
         askToIgnoreDraggedBackFiles(found);
     if (m_hasActivePanel)

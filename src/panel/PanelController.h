@@ -198,8 +198,7 @@ private:
     void windowLostKeyboard(QWidget *window);
 
     void setUpDragAndDrop();
-    void lookForDraggedBackFiles(const QStringList &paths, qsizetype desktopCountBefore,
-                                 int checksLeft);
+    void lookForDraggedBackFiles(int checksLeft);
     void askToIgnoreDraggedBackFiles(const QStringList &desktopPaths);
     QString dropFolder(const PanelTableView::DropPlace &place) const;
     void moveFileIntoCurrentlyDisplayedFolder(const QString &path);
@@ -241,6 +240,10 @@ private:
     AlertPresenter &m_alerts;
     qsizetype m_filesOnDesktopBeforeDrag = 0;
     Scheduler::TaskId m_dragSettleTask = 0;
+    // The items of the drags whose end is being looked at, and the Desktop's
+    // count before the first of them began.
+    QStringList m_draggedPaths;
+    qsizetype m_desktopCountBeforeDrags = 0;
     bool m_askingAboutDrag = false; // the question's window has the focus
     std::unique_ptr<DroppedItemsMover> m_dropMover;
 

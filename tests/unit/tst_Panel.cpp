@@ -540,6 +540,21 @@ private slots:
         p.f.scheduler.advance(PanelController::kDragSettleInterval);
         QCOMPARE(alerts.size(), 3);
         QVERIFY(p.f.data.shouldIgnoreFile(desktop + "/late.txt"));
+
+        // A second drag that ends while the first one's item is still being
+        // copied across (its copy already on the Desktop when the second
+        // began) is looked at with it, against the Desktop before the first.
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/slow.txt", "s");
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/other.txt", "o");
+        drag({"slow.txt"}, Qt::MoveAction, false);
+        QVERIFY(QFile::copy(p.shadowPath("slow.txt"), desktop + "/slow.txt"));
+        p.panel->tableViewDraggingSessionWillBeginAtPoint({p.shadowPath("other.txt")});
+        QVERIFY(QFile::rename(p.shadowPath("other.txt"), p.f.sandbox.home() + "/other.txt"));
+        p.panel->tableViewDraggingSessionEndedAtPoint({p.shadowPath("other.txt")}, Qt::MoveAction);
+        QVERIFY(QFile::remove(p.shadowPath("slow.txt")));
+        p.f.scheduler.advance(PanelController::kDragSettleInterval);
+        QCOMPARE(alerts.size(), 4);
+        QVERIFY(p.f.data.shouldIgnoreFile(desktop + "/slow.txt"));
     }
 
     void droppedFilesMoveIntoTheFolderShownOrOntoAFolderRow()
