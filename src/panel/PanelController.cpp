@@ -1,10 +1,12 @@
 #include "PanelController.h"
 
+#include "AppFolders.h"
 #include "BackgroundFileListBuilder.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "DraggedBackFiles.h"
 #include "DroppedItemsMover.h"
+#include "DroppedItemsRule.h"
 #include "FileListModel.h"
 #include "FileNames.h"
 #include "FileRowDelegate.h"
@@ -23,6 +25,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
@@ -837,10 +840,10 @@ bool PanelController::tableViewValidateDrop(const QStringList &paths,
     if (place.onRow && (m_engine.getFileFlags(folder) &
                         (ItemInfo::Container | ItemInfo::Package)) != ItemInfo::Container)
         return false;
-    // Nothing goes into itself.
-    return std::none_of(paths.begin(), paths.end(), [&folder](const QString &path) {
-        return folder == path || folder.startsWith(path + u'/');
-    });
+    return DroppedItemsRule::allows(
+        paths, folder,
+        {m_engine.getDesktopFolder(), QDir::homePath(), shadowDesktopPath(),
+         AppFolders::applicationSupportFolder() + QStringLiteral("/Brevano")});
 }
 
 bool PanelController::tableViewAcceptDrop(const QStringList &paths,

@@ -614,6 +614,29 @@ private slots:
         Dropping itself(p, {url(shadow + "/Reports")});
         QVERIFY(!itself.allowedAt(itself.at("2024")));
         QVERIFY(!itself.allowedAt(itself.at("2024", true)));
+        // Nor by another name: with a trailing "/", or through a link.
+        const QString home = p.f.sandbox.home();
+        QVERIFY(QFile::link(shadow, home + "/linked"));
+        Dropping slashed(p, {QUrl::fromEncoded(url(shadow + "/Reports").toEncoded() + "//")});
+        QCOMPARE(PanelTableView::localPaths(&slashed.mime), QStringList(shadow + "/Reports"));
+        Dropping linked(p, {url(home + "/linked/Reports")});
+        for (Dropping *other : {&slashed, &linked}) {
+            QVERIFY(!other->allowedAt(other->at("2024")));
+            QVERIFY(!other->allowedAt(other->at("2024", true)));
+        }
+
+        // The Desktop, the home folder, and what holds the Shadow Desktop or
+        // Brevano's data never move in; of that data, only the Shadow Desktop's items.
+        p.panel->pressedShadowDesktop();
+        p.waitForListing();
+        for (const QString &path : {desktop, home, home + "/.local", home + "/.local/share/Brevano",
+                                    shadow, home + "/.local/share/Brevano/Brevano.data"}) {
+            Dropping drop(p, {url(path)});
+            QVERIFY2(!drop.allowedAt(drop.at("Reports")), qPrintable(path));
+        }
+        // A link to the Shadow Desktop moves as a link.
+        Dropping ownRowAndLink(p, {url(shadow + "/Reports/c.txt"), url(home + "/linked")});
+        QVERIFY(ownRowAndLink.allowedAt(ownRowAndLink.at("photo.png", true)));
     }
 
     // A file manager asked for a copy (Ctrl held) or a link offers no move:
