@@ -879,18 +879,37 @@ void PanelController::moveFile(const QString &path, const QString &folder)
 void PanelController::dropMoveEnded(const QString &path, const QString &target,
                                     const FileMover::Result &result)
 {
-    if (result.moved())
+    const QString folderName = shownName(target.left(target.lastIndexOf(u'/')));
+    if (result.moved()) {
+        ++m_droppedItemsMoved;
+        m_lastDroppedName = shownName(path);
+        if (!m_dropFolders.contains(folderName))
+            m_dropFolders.append(folderName);
         return;
+    }
+    m_droppedItemFailed = true;
     showStatus(QStringLiteral("Could not move “%1” into “%2”: %3")
-                   .arg(shownName(path), shownName(target.left(target.lastIndexOf(u'/'))),
+                   .arg(shownName(path), folderName,
                         result.status == FileMover::Status::TargetExists
                             ? QStringLiteral("an item of that name is already there")
                             : reasonOf(result.message)));
 }
 
-// The listing follows once all have moved.
+// The listing follows once all have moved. The status line keeps a failure,
+// or says what moved: a search may keep it out of the rows.
 void PanelController::dropsMoved()
 {
+    if (!m_droppedItemFailed && m_droppedItemsMoved > 0) {
+        const QString into = m_dropFolders.size() == 1
+                                 ? QStringLiteral(" into “%1”").arg(m_dropFolders.first())
+                                 : QString();
+        showStatus(m_droppedItemsMoved == 1
+                       ? QStringLiteral("Moved “%1”%2").arg(m_lastDroppedName, into)
+                       : QStringLiteral("Moved %1 items%2").arg(m_droppedItemsMoved).arg(into));
+    }
+    m_droppedItemsMoved = 0;
+    m_droppedItemFailed = false;
+    m_dropFolders.clear();
     if (m_hasActivePanel)
         buildFileList();
     showProgress();

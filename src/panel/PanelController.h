@@ -246,6 +246,11 @@ private:
     qsizetype m_desktopCountBeforeDrags = 0;
     bool m_askingAboutDrag = false; // the question's window has the focus
     std::unique_ptr<DroppedItemsMover> m_dropMover;
+    // What the drops moved since the mover was last idle.
+    int m_droppedItemsMoved = 0;
+    bool m_droppedItemFailed = false;
+    QString m_lastDroppedName;
+    QStringList m_dropFolders;
 
     QMenu *m_actionMenu = nullptr;
     QMenu *m_fileMenu = nullptr;

@@ -639,6 +639,23 @@ private slots:
         QVERIFY(ownRowAndLink.allowedAt(ownRowAndLink.at("photo.png", true)));
     }
 
+    // A search may keep a dropped item out of the rows: the status line says it moved.
+    void droppedItemsThatMovedAreNamedOnTheStatusLine()
+    {
+        PanelFixture p;
+        p.open();
+        p.ui().searchField->setText("photo");
+        Dropping one(p, {FileNames::toUrl(p.f.desktopItem("memo.txt"))});
+        one.dropAt(one.at("photo.png", true));
+        QVERIFY(!p.names().contains("memo.txt"));
+        QCOMPARE(p.ui().textField->toolTip(), QString("Moved “memo.txt” into “Shadow Desktop”"));
+        p.ui().searchField->clear();
+        Dropping two(p, {FileNames::toUrl(p.f.desktopItem("a.txt")),
+                         FileNames::toUrl(p.f.desktopItem("b.txt"))});
+        two.dropAt(two.at("Reports"));
+        QCOMPARE(p.ui().textField->toolTip(), QString("Moved 2 items into “Reports”"));
+    }
+
     // A file manager asked for a copy (Ctrl held) or a link offers no move:
     // the panel, which only moves, takes nothing.
     void dropsThatAllowNoMoveAreRefused()
