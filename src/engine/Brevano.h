@@ -115,8 +115,10 @@ public:
     bool doMoveFileFrom(const QString &source, const QString &target, qint64 *filesMoved);
     // The same move without ever replacing, whatever the overwrite mode, with
     // the mover's account: a taken name leaves the item where it is
-    // (TargetExists). Items dropped on the panel move so.
-    FileMover::Result doMoveFileFromWithoutReplacing(const QString &source, const QString &target)
+    // (TargetExists). Items dropped on the panel move so, off the main thread:
+    // it touches nothing of the engine.
+    static FileMover::Result doMoveFileFromWithoutReplacing(const QString &source,
+                                                            const QString &target)
     {
         return FileMover::move(source, target);
     }

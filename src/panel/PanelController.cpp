@@ -1,9 +1,12 @@
 #include "PanelController.h"
 
+#include "AppFolders.h"
 #include "BackgroundFileListBuilder.h"
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "DraggedBackFiles.h"
+#include "DroppedItemsMover.h"
+#include "DroppedItemsRule.h"
 #include "FileListModel.h"
 #include "FileNames.h"
 #include "FileRowDelegate.h"
@@ -22,6 +25,7 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QMenu>
@@ -50,6 +54,12 @@ bool shiftHeldNow()
 QIcon toolbarIcon(const QString &name)
 {
     return QIcon(QStringLiteral(":/panel/") + name + QStringLiteral(".svg"));
+}
+
+// The item's name as the status line shows it.
+QString shownName(const QString &path)
+{
+    return FileNames::display(path.mid(path.lastIndexOf(u'/') + 1));
 }
 
 } // namespace
@@ -154,6 +164,8 @@ PanelController::~PanelController()
     m_scheduler.cancel(m_initialUpdateTask);
     m_scheduler.cancel(m_previewTask);
     m_scheduler.cancel(m_dragSettleTask);
+    // Waits for the move under way; nothing it did is reported any more.
+    m_dropMover.reset();
     if (m_hasActivePanel)
         m_data.stopUpdatingTimeRemaining();
     m_backgroundBuilder.reset(); // stops the listing; nothing it finds arrives after this
@@ -424,7 +436,7 @@ void PanelController::closePanel()
     m_focusTask = m_initialUpdateTask = m_previewTask = 0;
     // Nobody sees the rest of a listing of a closed panel.
     m_backgroundBuilder.reset();
-    m_window->ui().progressIndicator->hide();
+    showProgress();
     if (!m_fade) {
         m_fade = new QPropertyAnimation(m_window, "windowOpacity", this);
         m_fade->setDuration(150);
@@ -493,7 +505,7 @@ void PanelController::buildFileList()
     connect(m_backgroundBuilder.get(), &BackgroundFileListBuilder::fileListCompleted, this,
             &PanelController::fileListCompletedForTask);
     m_backgroundBuilder->startBackgroundTask();
-    m_window->ui().progressIndicator->show();
+    showProgress();
 }
 
 // The same folder and view listed again (after a tidy): the rows stay until the
@@ -529,9 +541,9 @@ void PanelController::fileListCompletedForTask(const QStringList &paths,
         storeKeepingTheCurrentRow(paths);
     else
         m_model->storeFilteredArray(paths);
-    m_window->ui().progressIndicator->hide();
     if (task == m_backgroundBuilder.get())
         m_backgroundBuilder.release()->deleteLater();
+    showProgress();
     emit fileListCompleted();
 }
 
@@ -659,11 +671,11 @@ void PanelController::restorePath(const QString &path, bool addToIgnore)
     if (result.moved())
         fileRestoredAtRow(path);
     else
-        showFailure(QStringLiteral("Could not restore “%1”: %2")
-                        .arg(FileNames::display(path.mid(path.lastIndexOf(u'/') + 1)),
-                             result.status == FileMover::Status::TargetExists
-                                 ? QStringLiteral("an item of that name is on the Desktop")
-                                 : reasonOf(result.message)));
+        showStatus(
+            QStringLiteral("Could not restore “%1”: %2")
+                .arg(shownName(path), result.status == FileMover::Status::TargetExists
+                                          ? QStringLiteral("an item of that name is on the Desktop")
+                                          : reasonOf(result.message)));
 }
 
 void PanelController::pressedFileTrash()
@@ -681,9 +693,8 @@ void PanelController::trashPaths(const QStringList &paths)
         if (result.ok)
             fileDeletedAtRow(path);
         else
-            showFailure(QStringLiteral("Could not move “%1” to the Trash: %2")
-                            .arg(FileNames::display(path.mid(path.lastIndexOf(u'/') + 1)),
-                                 reasonOf(result.message)));
+            showStatus(QStringLiteral("Could not move “%1” to the Trash: %2")
+                           .arg(shownName(path), reasonOf(result.message)));
     }
 }
 
@@ -694,11 +705,18 @@ QString PanelController::reasonOf(const QString &message)
     return colon >= 0 ? message.mid(colon + 2) : message;
 }
 
-void PanelController::showFailure(const QString &text)
+void PanelController::showStatus(const QString &text)
 {
     QLabel *line = m_window->ui().textField;
     line->setToolTip(text);
     line->setText(line->fontMetrics().elidedText(text, Qt::ElideMiddle, line->width()));
+}
+
+// The indicator turns while the panel lists or dropped items move.
+void PanelController::showProgress()
+{
+    m_window->ui().progressIndicator->setVisible(m_hasActivePanel &&
+                                                 (m_backgroundBuilder || m_dropMover->isBusy()));
 }
 
 void PanelController::fileRestoredAtRow(const QString &path)
@@ -717,6 +735,17 @@ void PanelController::fileDeletedAtRow(const QString &path)
 
 void PanelController::setUpDragAndDrop()
 {
+    m_dropMover = std::make_unique<DroppedItemsMover>(&Brevano::doMoveFileFromWithoutReplacing);
+    connect(m_dropMover.get(), &DroppedItemsMover::moveStarted, this,
+            [this](const QString &path, const QString &target) {
+                showStatus(
+                    QStringLiteral("Moving “%1” into “%2”…")
+                        .arg(shownName(path), shownName(target.left(target.lastIndexOf(u'/')))));
+                showProgress();
+            });
+    connect(m_dropMover.get(), &DroppedItemsMover::moveEnded, this,
+            &PanelController::dropMoveEnded);
+    connect(m_dropMover.get(), &DroppedItemsMover::finished, this, &PanelController::dropsMoved);
     PanelTableView *table = m_window->ui().tableView;
     connect(table, &PanelTableView::dragWillBegin, this,
             &PanelController::tableViewDraggingSessionWillBeginAtPoint);
@@ -753,28 +782,39 @@ void PanelController::tableViewDraggingSessionWillBeginAtPoint(const QStringList
 void PanelController::tableViewDraggingSessionEndedAtPoint(const QStringList &paths,
                                                            Qt::DropAction operation)
 {
-    m_scheduler.cancel(std::exchange(m_dragSettleTask, 0));
     // Nothing here deletes a dragged item: a target that moved one (into the
     // Trash too) did so itself. The listing shows what is left.
-    if (operation == Qt::MoveAction)
-        lookForDraggedBackFiles(paths, m_filesOnDesktopBeforeDrag, kDragSettleChecks);
-    else if (m_hasActivePanel)
-        buildFileList();
+    if (operation != Qt::MoveAction) {
+        if (m_hasActivePanel)
+            buildFileList();
+        return;
+    }
+    // A drag that ends while an earlier one's items are still awaited joins
+    // it: one question for both, against the Desktop as it was before the first.
+    if (m_dragSettleTask) {
+        m_scheduler.cancel(std::exchange(m_dragSettleTask, 0));
+        for (const QString &path : paths)
+            if (!m_draggedPaths.contains(path))
+                m_draggedPaths.append(path);
+    } else {
+        m_draggedPaths = paths;
+        m_desktopCountBeforeDrags = m_filesOnDesktopBeforeDrag;
+    }
+    lookForDraggedBackFiles(kDragSettleChecks);
 }
 
-void PanelController::lookForDraggedBackFiles(const QStringList &paths,
-                                              qsizetype desktopCountBefore, int checksLeft)
+void PanelController::lookForDraggedBackFiles(int checksLeft)
 {
-    const bool moving = std::any_of(paths.begin(), paths.end(), FileStat::exists);
+    const bool moving = std::any_of(m_draggedPaths.begin(), m_draggedPaths.end(), FileStat::exists);
     if (moving && checksLeft > 0) {
-        m_dragSettleTask = m_scheduler.schedule(kDragSettleInterval, [=, this] {
+        m_dragSettleTask = m_scheduler.schedule(kDragSettleInterval, [this, checksLeft] {
             m_dragSettleTask = 0;
-            lookForDraggedBackFiles(paths, desktopCountBefore, checksLeft - 1);
+            lookForDraggedBackFiles(checksLeft - 1);
         });
         return;
     }
-    const QStringList found =
-        DraggedBackFiles::find(paths, desktopCountBefore, m_engine.desktopEntries());
+    const QStringList found = DraggedBackFiles::find(
+        std::exchange(m_draggedPaths, {}), m_desktopCountBeforeDrags, m_engine.desktopEntries());
     if (!found.isEmpty())
         askToIgnoreDraggedBackFiles(found);
     if (m_hasActivePanel)
@@ -808,10 +848,10 @@ bool PanelController::tableViewValidateDrop(const QStringList &paths,
     if (place.onRow && (m_engine.getFileFlags(folder) &
                         (ItemInfo::Container | ItemInfo::Package)) != ItemInfo::Container)
         return false;
-    // Nothing goes into itself.
-    return std::none_of(paths.begin(), paths.end(), [&folder](const QString &path) {
-        return folder == path || folder.startsWith(path + u'/');
-    });
+    return DroppedItemsRule::allows(
+        paths, folder,
+        {m_engine.getDesktopFolder(), QDir::homePath(), shadowDesktopPath(),
+         AppFolders::applicationSupportFolder() + QStringLiteral("/Brevano")});
 }
 
 bool PanelController::tableViewAcceptDrop(const QStringList &paths,
@@ -826,8 +866,7 @@ bool PanelController::tableViewAcceptDrop(const QStringList &paths,
         else
             moveFileIntoCurrentlyDisplayedFolder(path);
     }
-    buildFileList();
-    // Not accepted, whatever moved: the source is never to delete anything.
+    // Not accepted, whatever moves: the source is never to delete anything.
     return false;
 }
 
@@ -836,22 +875,52 @@ void PanelController::moveFileIntoCurrentlyDisplayedFolder(const QString &path)
     moveFile(path, m_currentPath);
 }
 
-// A taken name leaves the item where it was, and the status line says so.
+// Queued behind the drops before it.
 void PanelController::moveFile(const QString &path, const QString &folder)
 {
-    const QString name = path.mid(path.lastIndexOf(u'/') + 1);
-    const QString target = folder + u'/' + name;
-    if (target == path)
+    const QString target = folder + u'/' + path.mid(path.lastIndexOf(u'/') + 1);
+    if (target != path)
+        m_dropMover->add({{path, target}});
+}
+
+// A taken name leaves the item where it was, and the status line says so.
+void PanelController::dropMoveEnded(const QString &path, const QString &target,
+                                    const FileMover::Result &result)
+{
+    const QString folderName = shownName(target.left(target.lastIndexOf(u'/')));
+    if (result.moved()) {
+        ++m_droppedItemsMoved;
+        m_lastDroppedName = shownName(path);
+        if (!m_dropFolders.contains(folderName))
+            m_dropFolders.append(folderName);
         return;
-    const FileMover::Result result = m_engine.doMoveFileFromWithoutReplacing(path, target);
-    if (result.moved())
-        return;
-    const QString folderName = FileNames::display(folder.mid(folder.lastIndexOf(u'/') + 1));
-    showFailure(QStringLiteral("Could not move “%1” into “%2”: %3")
-                    .arg(FileNames::display(name), folderName,
-                         result.status == FileMover::Status::TargetExists
-                             ? QStringLiteral("an item of that name is already there")
-                             : reasonOf(result.message)));
+    }
+    m_droppedItemFailed = true;
+    showStatus(QStringLiteral("Could not move “%1” into “%2”: %3")
+                   .arg(shownName(path), folderName,
+                        result.status == FileMover::Status::TargetExists
+                            ? QStringLiteral("an item of that name is already there")
+                            : reasonOf(result.message)));
+}
+
+// The listing follows once all have moved. The status line keeps a failure,
+// or says what moved: a search may keep it out of the rows.
+void PanelController::dropsMoved()
+{
+    if (!m_droppedItemFailed && m_droppedItemsMoved > 0) {
+        const QString into = m_dropFolders.size() == 1
+                                 ? QStringLiteral(" into “%1”").arg(m_dropFolders.first())
+                                 : QString();
+        showStatus(m_droppedItemsMoved == 1
+                       ? QStringLiteral("Moved “%1”%2").arg(m_lastDroppedName, into)
+                       : QStringLiteral("Moved %1 items%2").arg(m_droppedItemsMoved).arg(into));
+    }
+    m_droppedItemsMoved = 0;
+    m_droppedItemFailed = false;
+    m_dropFolders.clear();
+    if (m_hasActivePanel)
+        buildFileList();
+    showProgress();
 }
 
 // ---- the action menu ----

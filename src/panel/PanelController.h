@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FileMover.h"
 #include "PanelTableView.h"
 #include "PanelWindow.h"
 #include "PreviewPopoverViewController.h"
@@ -20,6 +21,7 @@ class AlertPresenter;
 class BackgroundFileListBuilder;
 class Brevano;
 class BrevanoData;
+class DroppedItemsMover;
 class FileListModel;
 class FileRowDelegate;
 class FileViewer;
@@ -121,10 +123,13 @@ public:
     qsizetype countFilesOnDesktop() const;
     qsizetype filesOnDesktopBeforeDrag() const { return m_filesOnDesktopBeforeDrag; }
     // Items dropped on the rows: between rows into the folder shown, onto the
-    // row of a folder (not a package) into that folder, never replacing.
+    // row of a folder (not a package) into that folder, never replacing. They
+    // move off the main thread, one drop after another; the status line tells
+    // how it went and the folder is listed again once all have moved.
     bool tableViewValidateDrop(const QStringList &paths,
                                const PanelTableView::DropPlace &place) const;
     bool tableViewAcceptDrop(const QStringList &paths, const PanelTableView::DropPlace &place);
+    DroppedItemsMover &dropMover() const { return *m_dropMover; }
 
     // Views.
     void applyView(const QuickFilterList::ItemPointer &view);
@@ -178,7 +183,8 @@ private:
     QString shadowDesktopPath() const;
     QString clickedPath() const;
     void restorePath(const QString &path, bool addToIgnore);
-    void showFailure(const QString &text);
+    void showStatus(const QString &text);
+    void showProgress();
     static QString reasonOf(const QString &message);
     void checkViewMenu(QMenu *menu, int checkedIndex);
     void showMenuAtButton(QMenu *menu, class QWidget *button);
@@ -193,12 +199,13 @@ private:
     void windowLostKeyboard(QWidget *window);
 
     void setUpDragAndDrop();
-    void lookForDraggedBackFiles(const QStringList &paths, qsizetype desktopCountBefore,
-                                 int checksLeft);
+    void lookForDraggedBackFiles(int checksLeft);
     void askToIgnoreDraggedBackFiles(const QStringList &desktopPaths);
     QString dropFolder(const PanelTableView::DropPlace &place) const;
     void moveFileIntoCurrentlyDisplayedFolder(const QString &path);
     void moveFile(const QString &path, const QString &folder);
+    void dropMoveEnded(const QString &path, const QString &target, const FileMover::Result &result);
+    void dropsMoved();
 
     BrevanoData &m_data;
     Brevano &m_engine;
@@ -234,7 +241,17 @@ private:
     AlertPresenter &m_alerts;
     qsizetype m_filesOnDesktopBeforeDrag = 0;
     Scheduler::TaskId m_dragSettleTask = 0;
+    // The items of the drags whose end is being looked at, and the Desktop's
+    // count before the first of them began.
+    QStringList m_draggedPaths;
+    qsizetype m_desktopCountBeforeDrags = 0;
     bool m_askingAboutDrag = false; // the question's window has the focus
+    std::unique_ptr<DroppedItemsMover> m_dropMover;
+    // What the drops moved since the mover was last idle.
+    int m_droppedItemsMoved = 0;
+    bool m_droppedItemFailed = false;
+    QString m_lastDroppedName;
+    QStringList m_dropFolders;
 
     QMenu *m_actionMenu = nullptr;
     QMenu *m_fileMenu = nullptr;

@@ -72,12 +72,19 @@ void PanelTableView::startDrag(Qt::DropActions supportedActions)
     emit dragEnded(paths, done);
 }
 
+// Only a move is taken: dropped items always move. A source that allows
+// only a copy or a link (a file manager with Ctrl held) keeps its items.
+bool PanelTableView::mayMove(const QDropEvent *event)
+{
+    return (event->possibleActions() & Qt::MoveAction) && !localPaths(event->mimeData()).isEmpty();
+}
+
 bool PanelTableView::allows(QDropEvent *event)
 {
     const QPoint pos = event->position().toPoint();
     const DropPlace place = dropPlaceAt(pos);
     const QStringList paths = localPaths(event->mimeData());
-    const bool allowed = !paths.isEmpty() && m_validate && m_validate(paths, place);
+    const bool allowed = mayMove(event) && m_validate && m_validate(paths, place);
     QRect shown;
     if (allowed && place.row >= 0) {
         const QRect rect = visualRect(model()->index(place.row, 0, rootIndex()));
@@ -93,17 +100,21 @@ bool PanelTableView::allows(QDropEvent *event)
 void PanelTableView::dragEnterEvent(QDragEnterEvent *event)
 {
     // Whether a place takes them is told as the pointer moves.
-    if (localPaths(event->mimeData()).isEmpty())
+    if (!mayMove(event))
         return event->ignore();
-    event->acceptProposedAction();
+    event->setDropAction(Qt::MoveAction);
+    event->accept();
 }
 
 void PanelTableView::dragMoveEvent(QDragMoveEvent *event)
 {
-    if (allows(event))
-        event->acceptProposedAction();
-    else
+    if (allows(event)) {
+        // The pointer shows what will happen, whatever the source proposed.
+        event->setDropAction(Qt::MoveAction);
+        event->accept();
+    } else {
         event->ignore();
+    }
     const QRect inner = viewport()->rect().adjusted(0, autoScrollMargin(), 0, -autoScrollMargin());
     if (hasAutoScroll() && !inner.contains(event->position().toPoint()))
         startAutoScroll();

@@ -8,9 +8,10 @@
 class QMimeData;
 
 // The panel's rows as a drag source and a drop target. Dragged rows go out as
-// file URLs, offered for copying, moving and linking; what a drop of local
-// files may do, and does, is for the panel to say. Every drop is reported to
-// its source as not accepted, so that no source removes anything afterwards.
+// file URLs, offered for copying, moving and linking. Local files dropped in
+// are moved, so only a drag that allows a move is let in; where they may go
+// is for the panel to say. Every drop is reported to its source as not
+// accepted, so that no source removes anything afterwards.
 class PanelTableView : public QListView
 {
     Q_OBJECT
@@ -53,6 +54,7 @@ protected:
 private:
     // Whether the drop allows the event's files at its place; shows where it lands.
     bool allows(QDropEvent *event);
+    static bool mayMove(const QDropEvent *event);
     void setDropIndicator(const QRect &rect, bool onRow);
 
     DropCheck m_validate;

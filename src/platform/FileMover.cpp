@@ -36,9 +36,21 @@ QString shown(const QByteArray &path)
     return FileNames::display(FileNames::decode(path));
 }
 
+// strerror_r gives the text (GNU) or fills the buffer (POSIX).
+[[maybe_unused]] const char *errorTextIn(const char *text, const char *)
+{
+    return text;
+}
+[[maybe_unused]] const char *errorTextIn(int, const char *buffer)
+{
+    return buffer;
+}
+
+// Moves run on worker threads too, and strerror's buffer is shared.
 QString errorText(int error)
 {
-    return QString::fromLocal8Bit(std::strerror(error));
+    char buffer[256] = {};
+    return QString::fromLocal8Bit(errorTextIn(::strerror_r(error, buffer, sizeof buffer), buffer));
 }
 
 FileMover::Result failed(const QString &what, int error)
@@ -411,7 +423,7 @@ void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relati
 
 QByteArray temporaryNameBeside(const QByteArray &target)
 {
-    static std::mt19937_64 random{std::random_device{}()};
+    thread_local std::mt19937_64 random{std::random_device{}()};
     const qsizetype slash = target.lastIndexOf('/');
     return target.left(slash + 1) + ".brevano-partial-" + QByteArray::number(quint64(random()), 36);
 }

@@ -1,11 +1,13 @@
 #include "FileNames.h"
 
+#include <QDir>
 #include <QFile>
 #include <QStringDecoder>
 #include <QUrl>
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 namespace {
@@ -171,5 +173,15 @@ QString FileNames::fromUrl(const QUrl &url)
     const QString path = url.path(QUrl::FullyEncoded);
     if (!path.startsWith(u'/'))
         return {};
-    return decode(QByteArray::fromPercentEncoding(path.toLatin1()));
+    return QDir::cleanPath(decode(QByteArray::fromPercentEncoding(path.toLatin1())));
+}
+
+QString FileNames::canonical(const QString &path)
+{
+    char *real = ::realpath(encode(path).constData(), nullptr);
+    if (!real)
+        return {};
+    const QString resolved = decode(real);
+    ::free(real);
+    return resolved;
 }

@@ -33,7 +33,11 @@ public:
     // A file URL of the path's bytes: QUrl::fromLocalFile would turn bytes
     // that are not UTF-8 into U+FFFD. The path must be absolute.
     static QUrl toUrl(const QString &path);
-    // The path a file URL names, byte for byte; a null string for a URL that
-    // names no local file (another scheme, another host).
+    // The path a file URL names, byte for byte and cleaned (no "//", "." or
+    // ".." steps, no trailing "/"); a null string for a URL that names no
+    // local file (another scheme, another host).
     static QString fromUrl(const QUrl &url);
+    // The absolute path with every link, "." and ".." resolved, by its bytes;
+    // a null string when it does not exist.
+    static QString canonical(const QString &path);
 };

@@ -1,3 +1,4 @@
+#include "DroppedItemsMover.h"
 #include "EngineFixture.h"
 #include "FakeThumbnailService.h"
 #include "FileListModel.h"
@@ -8,6 +9,7 @@
 #include "PanelWindow.h"
 #include "PreviewPopoverViewController.h"
 #include "ThumbnailLoader.h"
+#include "TmpfsMount.h"
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
 
@@ -25,6 +27,8 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <condition_variable>
+#include <mutex>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -151,28 +155,72 @@ struct Dropping
         const QRect rect = table()->visualRect(p.panel->model().index(p.rowOf(name)));
         return between ? QPoint(rect.center().x(), rect.top() + 1) : rect.center();
     }
-    // Whether the pointer there shows that a drop is taken.
+    Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction; // what the source allows
+    // Whether the pointer there shows that a drop is taken, and as a move.
     bool allowedAt(const QPoint &pos)
     {
-        QDragEnterEvent enter(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
-                              Qt::NoModifier);
+        QDragEnterEvent enter(pos, actions, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(table()->viewport(), &enter);
-        QDragMoveEvent move(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
-                            Qt::NoModifier);
+        QDragMoveEvent move(pos, actions, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(table()->viewport(), &move);
-        return enter.isAccepted() && move.isAccepted();
+        entered = enter.isAccepted();
+        return entered && move.isAccepted() && move.dropAction() == Qt::MoveAction;
     }
-    // Drops there and waits for the listing; the source must never hear "taken".
-    void dropAt(const QPoint &pos)
+    // Drops there; the source must never hear "taken". Qt hands a drop only
+    // to a widget that let the drag in.
+    void drop(const QPoint &pos)
     {
         allowedAt(pos);
-        QDropEvent drop(pos, Qt::CopyAction | Qt::MoveAction, &mime, Qt::LeftButton,
-                        Qt::NoModifier);
+        QDropEvent drop(pos, actions, &mime, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(table()->viewport(), &drop);
         QVERIFY(!drop.isAccepted());
-        QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+        if (entered)
+            QCOMPARE(drop.dropAction(), Qt::IgnoreAction);
+    }
+    bool entered = false;
+    // Drops there and waits for the moves and the listing after them.
+    void dropAt(const QPoint &pos)
+    {
+        drop(pos);
+        if (p.panel->dropMover().isBusy()) {
+            QSignalSpy moved(&p.panel->dropMover(), &DroppedItemsMover::finished);
+            QVERIFY(moved.wait(5000));
+        }
         if (p.panel->isListing())
             p.waitForListing();
+    }
+};
+
+// Holds the drop mover's thread before each move until the test opens it.
+struct MoveGate
+{
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool open = false;
+    QStringList arrived;
+    bool onMainThread = false;
+
+    void pass(const QString &source)
+    {
+        std::unique_lock lock(mutex);
+        arrived << source;
+        changed.notify_all();
+        if (QThread::currentThread() == qApp->thread())
+            onMainThread = true; // waiting here would hang the test
+        else
+            changed.wait_for(lock, std::chrono::seconds(30), [this] { return open; });
+    }
+    void setOpen()
+    {
+        const std::lock_guard lock(mutex);
+        open = true;
+        changed.notify_all();
+    }
+    bool waitForArrivals(qsizetype count)
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, std::chrono::seconds(30),
+                                [&] { return arrived.size() >= count; });
     }
 };
 
@@ -492,6 +540,21 @@ private slots:
         p.f.scheduler.advance(PanelController::kDragSettleInterval);
         QCOMPARE(alerts.size(), 3);
         QVERIFY(p.f.data.shouldIgnoreFile(desktop + "/late.txt"));
+
+        // A second drag that ends while the first one's item is still being
+        // copied across (its copy already on the Desktop when the second
+        // began) is looked at with it, against the Desktop before the first.
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/slow.txt", "s");
+        p.f.sandbox.write(".local/share/Brevano/Shadow Desktop/other.txt", "o");
+        drag({"slow.txt"}, Qt::MoveAction, false);
+        QVERIFY(QFile::copy(p.shadowPath("slow.txt"), desktop + "/slow.txt"));
+        p.panel->tableViewDraggingSessionWillBeginAtPoint({p.shadowPath("other.txt")});
+        QVERIFY(QFile::rename(p.shadowPath("other.txt"), p.f.sandbox.home() + "/other.txt"));
+        p.panel->tableViewDraggingSessionEndedAtPoint({p.shadowPath("other.txt")}, Qt::MoveAction);
+        QVERIFY(QFile::remove(p.shadowPath("slow.txt")));
+        p.f.scheduler.advance(PanelController::kDragSettleInterval);
+        QCOMPARE(alerts.size(), 4);
+        QVERIFY(p.f.data.shouldIgnoreFile(desktop + "/slow.txt"));
     }
 
     void droppedFilesMoveIntoTheFolderShownOrOntoAFolderRow()
@@ -551,6 +614,142 @@ private slots:
         Dropping itself(p, {url(shadow + "/Reports")});
         QVERIFY(!itself.allowedAt(itself.at("2024")));
         QVERIFY(!itself.allowedAt(itself.at("2024", true)));
+        // Nor by another name: with a trailing "/", or through a link.
+        const QString home = p.f.sandbox.home();
+        QVERIFY(QFile::link(shadow, home + "/linked"));
+        Dropping slashed(p, {QUrl::fromEncoded(url(shadow + "/Reports").toEncoded() + "//")});
+        QCOMPARE(PanelTableView::localPaths(&slashed.mime), QStringList(shadow + "/Reports"));
+        Dropping linked(p, {url(home + "/linked/Reports")});
+        for (Dropping *other : {&slashed, &linked}) {
+            QVERIFY(!other->allowedAt(other->at("2024")));
+            QVERIFY(!other->allowedAt(other->at("2024", true)));
+        }
+
+        // The Desktop, the home folder, and what holds the Shadow Desktop or
+        // Brevano's data never move in; of that data, only the Shadow Desktop's items.
+        p.panel->pressedShadowDesktop();
+        p.waitForListing();
+        for (const QString &path : {desktop, home, home + "/.local", home + "/.local/share/Brevano",
+                                    shadow, home + "/.local/share/Brevano/Brevano.data"}) {
+            Dropping drop(p, {url(path)});
+            QVERIFY2(!drop.allowedAt(drop.at("Reports")), qPrintable(path));
+        }
+        // A link to the Shadow Desktop moves as a link.
+        Dropping ownRowAndLink(p, {url(shadow + "/Reports/c.txt"), url(home + "/linked")});
+        QVERIFY(ownRowAndLink.allowedAt(ownRowAndLink.at("photo.png", true)));
+    }
+
+    // A search may keep a dropped item out of the rows: the status line says it moved.
+    void droppedItemsThatMovedAreNamedOnTheStatusLine()
+    {
+        PanelFixture p;
+        p.open();
+        p.ui().searchField->setText("photo");
+        Dropping one(p, {FileNames::toUrl(p.f.desktopItem("memo.txt"))});
+        one.dropAt(one.at("photo.png", true));
+        QVERIFY(!p.names().contains("memo.txt"));
+        QCOMPARE(p.ui().textField->toolTip(), QString("Moved “memo.txt” into “Shadow Desktop”"));
+        p.ui().searchField->clear();
+        Dropping two(p, {FileNames::toUrl(p.f.desktopItem("a.txt")),
+                         FileNames::toUrl(p.f.desktopItem("b.txt"))});
+        two.dropAt(two.at("Reports"));
+        QCOMPARE(p.ui().textField->toolTip(), QString("Moved 2 items into “Reports”"));
+    }
+
+    // A file manager asked for a copy (Ctrl held) or a link offers no move:
+    // the panel, which only moves, takes nothing.
+    void dropsThatAllowNoMoveAreRefused()
+    {
+        PanelFixture p;
+        p.open();
+        const QString memo = p.f.desktopItem("memo.txt");
+        Dropping copy(p, {FileNames::toUrl(memo)});
+        for (const Qt::DropActions actions :
+             {Qt::DropActions(Qt::CopyAction), Qt::DropActions(Qt::LinkAction),
+              Qt::CopyAction | Qt::LinkAction}) {
+            copy.actions = actions;
+            QVERIFY(!copy.allowedAt(copy.at("photo.png", true)));
+            QVERIFY(!copy.allowedAt(copy.at("Reports")));
+            copy.dropAt(copy.at("Reports"));
+            QVERIFY(QFile::exists(memo));
+        }
+        // A source that proposes a copy and allows a move is shown, and gets, a move.
+        copy.actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+        copy.dropAt(copy.at("Reports"));
+        QVERIFY(!QFile::exists(memo) && QFile::exists(p.shadowPath("Reports/memo.txt")));
+    }
+
+    void droppedItemsMoveOffTheMainThreadOneDropAfterAnother()
+    {
+        PanelFixture p;
+        p.open();
+        const QString desktop = p.f.sandbox.desktop();
+        const QString shadow = p.f.sandbox.shadowDesktop();
+        MoveGate gate;
+        p.panel->dropMover().setMoveHookForTesting(
+            [&gate](const QString &source) { gate.pass(source); });
+        QSignalSpy listed(p.panel.get(), &PanelController::fileListCompleted);
+
+        // The drop returns while the item waits to move; the panel shows it is busy.
+        Dropping memo(p, {FileNames::toUrl(p.f.desktopItem("memo.txt"))});
+        memo.drop(memo.at("photo.png", true));
+        QVERIFY(gate.waitForArrivals(1));
+        QVERIFY(!gate.onMainThread);
+        QVERIFY(QFile::exists(desktop + "/memo.txt"));
+        QCoreApplication::processEvents();
+        QVERIFY(!p.ui().progressIndicator->isHidden());
+        QCOMPARE(p.ui().textField->toolTip(), QString("Moving “memo.txt” into “Shadow Desktop”…"));
+
+        // A second drop waits its turn; an item already on its way goes once.
+        Dropping more(p, {FileNames::toUrl(p.f.desktopItem("plan.txt")),
+                          FileNames::toUrl(desktop + "/memo.txt")});
+        more.drop(more.at("Reports"));
+        QSignalSpy finished(&p.panel->dropMover(), &DroppedItemsMover::finished);
+        gate.setOpen();
+        QVERIFY(finished.wait(5000));
+        p.waitForListing();
+        QCOMPARE(gate.arrived, QStringList({desktop + "/memo.txt", desktop + "/plan.txt"}));
+        QVERIFY(QFile::exists(shadow + "/memo.txt") && QFile::exists(shadow + "/Reports/plan.txt"));
+        QCOMPARE(listed.count(), 1); // listed once, after both
+        QVERIFY(p.names().contains("memo.txt"));
+        QVERIFY(p.ui().progressIndicator->isHidden());
+
+        // A panel that goes while an item moves waits for that move.
+        Dropping last(p, {FileNames::toUrl(p.f.desktopItem("last.txt"))});
+        MoveGate held;
+        p.panel->dropMover().setMoveHookForTesting(
+            [&held](const QString &source) { held.pass(source); });
+        last.drop(last.at("photo.png", true));
+        QVERIFY(held.waitForArrivals(1));
+        std::thread opener([&held] { held.setOpen(); });
+        p.panel.reset();
+        opener.join();
+        QVERIFY(QFile::exists(shadow + "/last.txt") && !QFile::exists(desktop + "/last.txt"));
+    }
+
+    // A copy to another file system and the removal of the original, on the
+    // mover's thread.
+    void droppedItemsFromAnotherFileSystemMoveOffTheMainThread()
+    {
+        TmpfsMount other;
+        REQUIRE_TMPFS(other);
+        PanelFixture p;
+        p.open();
+        MoveGate gate;
+        gate.setOpen();
+        p.panel->dropMover().setMoveHookForTesting(
+            [&gate](const QString &source) { gate.pass(source); });
+        QDir().mkpath(other.path() + "/Album");
+        QFile photo(other.path() + "/Album/cat.jpg");
+        QVERIFY(photo.open(QIODevice::WriteOnly) && photo.write("meow") == 4);
+        photo.close();
+        Dropping album(p, {FileNames::toUrl(other.path() + "/Album")});
+        album.dropAt(album.at("Reports"));
+        QVERIFY(!gate.onMainThread);
+        QVERIFY(!QFile::exists(other.path() + "/Album"));
+        QFile moved(p.f.sandbox.shadowDesktop() + "/Reports/Album/cat.jpg");
+        QVERIFY(moved.open(QIODevice::ReadOnly));
+        QCOMPARE(moved.readAll(), QByteArray("meow"));
     }
 
     void rowMenuOpensFromTheKeyboardOnTheCurrentRow()
