@@ -68,8 +68,10 @@ OverwriteMover::Outcome OverwriteMover::replace(const QString &source, const QSt
     const QString folder = ShadowDesktopPaths::deletingLastPathComponent(target);
     QString aside;
     for (int attempt = 0; attempt < kMaxNameAttempts && aside.isEmpty(); ++attempt) {
-        const QString candidate = folder + QStringLiteral("/.brevano-replaced-") +
+        const QString candidate = folder + u'/' + QLatin1String(kAsidePrefix) +
                                   QString::number(QRandomGenerator::global()->generate64(), 36);
+        if (FileMover::Observer *observer = FileMover::observer())
+            observer->willSetAside(candidate);
         const FileMover::Result result = FileMover::rename(target, candidate);
         if (result.moved())
             aside = candidate;

@@ -37,6 +37,9 @@ public:
     static QString plannedTarget(const QString &target, quint32 mode);
 
     static constexpr int kMaxNameAttempts = 100;
+    // The hidden name an item in the way is moved aside under while it is
+    // replaced. Unlike a partial copy, such an item is the only one of its kind.
+    static constexpr const char *kAsidePrefix = ".brevano-replaced-";
 
     // Test hook: runs after a free name was chosen, or the item in the way was
     // moved aside, and before the move, where another program could take that name.

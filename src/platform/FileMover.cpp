@@ -23,6 +23,7 @@
 namespace {
 
 FileMover::FaultHook g_faultHook;
+thread_local FileMover::Observer *t_observer = nullptr;
 bool g_noReplaceRenameUnavailable = false;
 
 QByteArray bytes(const QString &path)
@@ -425,7 +426,8 @@ QByteArray temporaryNameBeside(const QByteArray &target)
 {
     thread_local std::mt19937_64 random{std::random_device{}()};
     const qsizetype slash = target.lastIndexOf('/');
-    return target.left(slash + 1) + ".brevano-partial-" + QByteArray::number(quint64(random()), 36);
+    return target.left(slash + 1) + FileMover::kPartialPrefix +
+           QByteArray::number(quint64(random()), 36);
 }
 
 // The folder that holds path, and path's name in it.
@@ -450,6 +452,8 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
     if (!parent.isValid())
         return failed(shown(source), errno);
     const QByteArray partial = temporaryNameBeside(target);
+    if (t_observer)
+        t_observer->willCopy(FileNames::decode(partial));
     TreeCopy copy;
     CopiedEntry copied;
     // The source is untouched on every way out before the rename; what must
@@ -465,6 +469,13 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
     if (g_faultHook && !g_faultHook(QStringLiteral("copied"), FileNames::decode(source)))
         return discardPartial(
             {FileMover::Status::Failed, QStringLiteral("stopped by the test hook")});
+    if (t_observer) {
+        struct stat copyInfo;
+        if (::lstat(partial.constData(), &copyInfo) != 0)
+            return discardPartial(failed(shown(partial), errno));
+        t_observer->willPlace(FileNames::decode(partial), quint64(copyInfo.st_dev),
+                              quint64(copyInfo.st_ino));
+    }
     if (atomicMove(partial.constData(), target.constData()) != 0)
         return discardPartial(failed(shown(target), errno));
     // Make the new name durable before the source goes away.
@@ -499,6 +510,37 @@ FileMover::Result FileMover::rename(const QString &source, const QString &target
     if (atomicMove(bytes(source).constData(), bytes(target).constData()) == 0)
         return {Status::Moved, QString()};
     return failed(FileNames::display(source), errno);
+}
+
+FileMover::ObserverScope::ObserverScope(Observer *observer) : m_previous(t_observer)
+{
+    t_observer = observer;
+}
+
+FileMover::ObserverScope::~ObserverScope()
+{
+    t_observer = m_previous;
+}
+
+FileMover::Observer *FileMover::observer()
+{
+    return t_observer;
+}
+
+bool FileMover::removePartialCopy(const QString &path, QString *message)
+{
+    const QByteArray bytesOfPath = bytes(path);
+    if (!splitPath(bytesOfPath).second.startsWith(kPartialPrefix)) {
+        if (message)
+            *message = QStringLiteral("%1 is not a partial copy").arg(FileNames::display(path));
+        return false;
+    }
+    if (removeTree(bytesOfPath))
+        return true;
+    if (message)
+        *message = QStringLiteral("the partial copy %1 could not be removed: %2")
+                       .arg(FileNames::display(path), errorText(errno));
+    return false;
 }
 
 void FileMover::setFaultHookForTesting(FaultHook hook)

@@ -41,10 +41,56 @@ public:
     // it is renamed into place. Returning false fails the move at that point.
     using FaultHook = std::function<bool(const QString &stage, const QString &path)>;
 
+    // Told what a move across file systems is about to do, on the thread that
+    // moves, so that a journal can record it first: each call returns before
+    // the step it announces starts. Installed per thread by ObserverScope.
+    class Observer
+    {
+    public:
+        virtual ~Observer() = default;
+        // Before a partial copy is made under this (hidden) name.
+        virtual void willCopy(const QString &partialPath) = 0;
+        // The whole copy is at partialPath with this device and inode, and is
+        // about to be renamed into place; after the rename the source goes.
+        virtual void willPlace(const QString &partialPath, quint64 device, quint64 inode) = 0;
+        // Replacing: the item in the way is about to be renamed to asidePath.
+        virtual void willSetAside(const QString &asidePath) = 0;
+    };
+    class ObserverScope
+    {
+    public:
+        explicit ObserverScope(Observer *observer);
+        ~ObserverScope();
+        ObserverScope(const ObserverScope &) = delete;
+        ObserverScope &operator=(const ObserverScope &) = delete;
+
+    private:
+        Observer *m_previous;
+    };
+    // This thread's observer, or null.
+    static Observer *observer();
+
+    // The prefix of the hidden names partial copies are made under. Such a
+    // name only ever holds a copy whose source is still whole.
+    static constexpr const char *kPartialPrefix = ".brevano-partial-";
+
     static Result move(const QString &source, const QString &target);
     // The same within one file system only: one rename that never replaces
     // and never copies.
     static Result rename(const QString &source, const QString &target);
+    // Removes a partial copy left by a move that was cut short: only an item
+    // whose name begins with kPartialPrefix (its source is still whole), and
+    // only what we could have made (files, links, folders). False, with
+    // message, when anything stayed.
+    static bool removePartialCopy(const QString &path, QString *message = nullptr);
+    // Finishes a move across file systems that was cut short after its copy
+    // was renamed into place at copy: removes from source, entry by entry,
+    // what has an identical counterpart in copy (same kind, size and
+    // modification time, and for a file the same bytes; a link the same
+    // text); a folder goes when it is empty then. Whatever differs or has no
+    // counterpart stays, and the answer is Incomplete with what stayed.
+    // Moved when the source is gone (or was gone already).
+    static Result finishInterruptedMove(const QString &source, const QString &copy);
     static void setFaultHookForTesting(FaultHook hook);
     // Test hook: behave as on a file system without a no-replace rename (NFS,
     // 9p, some FUSE), which takes the link-or-mkdir path instead.

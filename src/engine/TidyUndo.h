@@ -1,0 +1,39 @@
+#pragma once
+
+#include "MoveJournal.h"
+
+#include <QStringList>
+
+#include <optional>
+
+// Takes the last tidy back: each item it moved returns to its own Desktop name
+// through the no-replace move restores use, and the ignore list is left alone.
+// An item whose Desktop name is taken now stays in the Shadow Desktop; one
+// that is no longer where the tidy put it (the user moved, restored or
+// trashed it since, or something else now has its name) is skipped, never
+// looked for elsewhere. Both are reported. The undo is itself a run of the
+// journal, and marks the tidy as undone: a second undo finds nothing.
+class TidyUndo
+{
+public:
+    struct Report
+    {
+        bool nothingToUndo = false;
+        quint64 run = 0; // the tidy taken back
+        qint64 restored = 0;
+        QStringList nameTaken; // Desktop paths that were taken
+        QStringList notThere;  // Shadow Desktop paths no longer holding the item
+        QStringList failed;    // "path: reason"
+        // What happened, in lines for people ("Put back 12 items.", ...).
+        QStringList lines() const;
+    };
+
+    explicit TidyUndo(MoveJournal &journal) : m_journal(journal) {}
+
+    // What an undo would take back now, answered from memory (menus ask it).
+    std::optional<MoveJournal::Run> candidate() const;
+    Report undoLastTidy(const QDateTime &now);
+
+private:
+    MoveJournal &m_journal;
+};
