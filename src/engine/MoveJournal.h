@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -139,16 +140,18 @@ public:
     // finished by a later start.
     void endRun(quint64 run, const QDateTime &time, bool recovered = false);
 
-    // ---- reading (from the file; runs oldest first) ----
-    // Every run kept, with counts but no items.
+    // ---- reading (runs oldest first) ----
+    // Every run kept, with counts but no items; answered from memory, kept in
+    // step with what is written (menus ask it on the main thread).
     QList<Run> runs() const;
-    // One run with its items.
+    // One run with its items, read from the file.
     std::optional<Run> run(quint64 id) const;
     // Runs begun and never ended, with their items, as open() found them
     // (their records remain readable even when the file was set aside).
     QList<Run> interruptedRuns() const;
     // The tidy an undo would take back: the newest tidy that moved anything,
-    // unless it was undone already. Without items.
+    // unless it was undone already (an undo run names it in its detail).
+    // Without items; answered from memory.
     std::optional<Run> lastUndoableTidy() const;
 
     // Drops the oldest runs beyond kMaxRuns, older than kMaxAgeDays or beyond
