@@ -21,6 +21,7 @@
 #include <memory>
 
 class BrevanoData;
+class MoveJournal;
 class QFileSystemWatcher;
 
 // The tidy engine: which Desktop items to move, the tidy itself, its schedule,
@@ -205,6 +206,11 @@ public:
         return ShadowDesktopPaths::generateUniqueFilename(path);
     }
 
+    // The journal every move is recorded in; null when there is none (it
+    // could not be opened, or a benchmark runs without it).
+    MoveJournal *journal() const { return m_journal; }
+    void setJournal(MoveJournal *journal) { m_journal = journal; }
+
     const CandidateSelector &candidates() const { return m_candidates; }
     // Safe to use from a worker too.
     const ItemInfo &itemInfo() const { return m_services.itemInfo; }
@@ -232,6 +238,7 @@ private:
     PropertyDictionary m_saveData;
     QHash<QString, std::function<void(const QVariantMap &)>> m_actions;
 
+    MoveJournal *m_journal = nullptr;
     bool m_isRepeatTidy = false;
     std::shared_ptr<std::atomic<bool>> m_abortMenuPopulate =
         std::make_shared<std::atomic<bool>>(false);
