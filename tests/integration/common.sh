@@ -10,7 +10,8 @@ check() {
   if eval "$2"; then echo "PASS: $1"; passes=$((passes + 1))
   else echo "FAIL: $1"; failures=$((failures + 1)); fi
 }
-wait_for() { for _ in $(seq 100); do eval "$1" && return 0; sleep 0.1; done; return 1; }
+# Polls COND every 0.1 s until it holds, for 10 s or TENTHS tenths of a second at most.
+wait_for() { for _ in $(seq "${2:-100}"); do eval "$1" && return 0; sleep 0.1; done; return 1; }
 # What a window of the running Brevano shows, "ROLE<TAB>NAME" a line.
 window_text() { "$here/atspi-window.py" Brevano "$1" 2>/dev/null; }
 shows() { local text; text="$(window_text "$1")" && grep -qF -- "$2" <<<"$text"; } # WINDOW-TITLE TEXT
