@@ -33,12 +33,15 @@ if [ "${2:-}" != --on-bus ]; then
   mkdir -p "$HOME/Desktop" "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$XDG_RUNTIME_DIR" \
     "$WORK/b/Shadow Desktop"
   chmod 700 "$XDG_RUNTIME_DIR"
-  dbus-run-session -- "$0" "$brevano" --on-bus
+  # What the bus and the services it starts say goes to a file of its own.
+  dbus-run-session -- "$0" "$brevano" --on-bus 2>"$WORK/bus.log"
   exit $?
 fi
 
+exec 2>&1
 source "$here/common.sh"
 RANDOM=$SEED
+unset DISPLAY WAYLAND_DISPLAY # nothing of this run reaches a real screen
 export QT_QPA_PLATFORM=offscreen
 desk="$HOME/Desktop"
 shadow="$WORK/b/Shadow Desktop"
@@ -108,11 +111,9 @@ if mode == "check":
     sys.exit(1 if problems else 0)
 PY
 }
-# After a kill the socket file stays, and a command that finds no one listening
-# runs (and recovers) by itself: only a socket that listens is the application.
-listening() { awk -v s="$socket" '$4 == "00010000" && $NF == s { f = 1 } END { exit !f }' /proc/net/unix; }
-# Answered by the application, so after the recovery of its start.
-answers() { listening && "$brevano" status 2>/dev/null | grep -q '^next: Automatic tidy in'; }
+# Answered by the application, so after the recovery of its start. Only asked
+# once it listens: a command that finds no one carries itself out, recovering.
+answers() { app_listening && "$brevano" status 2>/dev/null | grep -q '^next: Automatic tidy in'; }
 start_app() { "$brevano" >>"$log" 2>&1 & app=$!; wait_for answers 600; }
 stop_app() { kill -TERM "$app"; wait "$app"; app=""; }
 announced() { grep -c "string \"$title\"" "$XDG_RUNTIME_DIR/notify.log"; }
@@ -155,6 +156,7 @@ for round in $(seq "$rounds"); do
   kill -KILL "$client" "$app" 2>/dev/null
   { wait "$client"; client_status=$?; wait "$app"; } 2>/dev/null
   app=""
+  rm -f "$socket" # the killed application's, as the next start would remove it
   read -r d s left < <(tree state)
   # Cut short in the middle of the run: the command had no answer yet, and
   # something moved but not everything, or a partial copy is left.
@@ -189,6 +191,8 @@ stop_app
 kill "$monitor"; wait "$monitor" 2>/dev/null; monitor=""
 check "the tray application recovered a run cut short and said so ($by_app times)" '[ "$by_app" -gt 0 ]'
 check "a command recovered a run cut short and said so ($by_command times)" '[ "$by_command" -gt 0 ]'
-check "Brevano's log holds no Qt warning or error" '! qt_warnings'
+# The offscreen platform's own remarks: it has no tray and sizes no window.
+check "Brevano's log holds no Qt warning or error" \
+  '! qt_warnings | grep -v -e "does not support propagateSizeHints" -e "No such signal .*systemTrayWindowChanged"'
 echo "$passes passed, $failures failed in $SECONDS s"
 [ "$failures" -eq 0 ] || exit 1
