@@ -71,7 +71,17 @@ bool MoveJournal::Private::load()
     const std::optional<QByteArray> bytes = file.read();
     if (!bytes)
         return false;
-    JournalRuns found(JournalRuns::Items::Unended);
+    // The runs that ended are found first, so that only the others' items
+    // (and paths) are read.
+    QSet<quint64> ended;
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+        if (const auto run = complete ? JournalRecord::runEndedBy(line) : std::nullopt)
+            ended.insert(*run);
+    });
+    const auto unended = [&ended](quint64 run) {
+        return !ended.contains(run);
+    };
+    JournalRuns found(unended);
     std::optional<quint64> headerNextRun;
     qsizetype good = 0; // where the good lines end
     bool damaged = false;
@@ -81,7 +91,8 @@ bool MoveJournal::Private::load()
         if (std::exchange(first, false)) {
             headerNextRun = complete ? JournalRecord::parseHeader(line) : std::nullopt;
             read = headerNextRun.has_value();
-        } else if (const auto record = complete ? JournalRecord::parse(line) : std::nullopt) {
+        } else if (const auto record =
+                       complete ? JournalRecord::parse(line, unended) : std::nullopt) {
             found.apply(*record, end - (line.data() - bytes->constData()));
             read = true;
         }
@@ -338,7 +349,7 @@ std::optional<MoveJournal::Run> MoveJournal::run(quint64 id) const
     if (!bytes)
         return std::nullopt;
     bytes->append(d->buffer);
-    JournalRuns items(JournalRuns::Items::One, id);
+    JournalRuns items([id](quint64 other) { return other == id; });
     forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
         if (complete && JournalRecord::runOf(line) == id) {
             if (const auto record = JournalRecord::parse(line))
