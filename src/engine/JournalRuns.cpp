@@ -21,7 +21,8 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
         run.detail = record.text;
         run.started = record.time;
         if (record.kind == RunKind::Undo) {
-            if (Entry *tidy = find(record.text.toULongLong()))
+            Entry *tidy = find(record.text.toULongLong());
+            if (tidy && tidy->run.kind == RunKind::Tidy)
                 tidy->run.undone = true;
         }
         break;

@@ -47,6 +47,9 @@ public:
 
     // Reads the journal just opened and repairs what needs it.
     bool load();
+    // Keeps the damaged journal that bytes held as "<journal>.bad" and starts
+    // a new one with the runs cut short.
+    void setAside(QByteArrayView bytes);
     // Adds a record to what is to be written and to what is known of its run.
     void add(const JournalRecord &record);
     bool sync();
@@ -105,26 +108,30 @@ bool MoveJournal::Private::load()
     interrupted = found.unended();
     found.forgetItems();
 
-    if (damaged) {
-        QSet<quint64> dropped;
-        for (const Run &run : found.runs())
-            dropped.insert(run.id);
-        for (const Run &run : std::as_const(interrupted))
-            dropped.remove(run.id);
-        const QString bad = path + QStringLiteral(".bad");
-        if (file.replace(rewritten(*bytes, dropped), bad)) {
-            found.remove(dropped);
-            note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a "
-                                  "new one holds the runs that were cut short.")
-                       .arg(FileNames::display(bad));
-        } else {
-            note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
-        }
-    } else if (good < bytes->size() && !file.truncate(good)) {
-        return false;
-    }
     runs = std::move(found);
+    if (damaged)
+        setAside(*bytes);
+    else if (good < bytes->size() && !file.truncate(good))
+        return false;
     return damaged || good > 0 || file.append(JournalRecord::header(nextRun));
+}
+
+void MoveJournal::Private::setAside(QByteArrayView bytes)
+{
+    QSet<quint64> dropped;
+    for (const Run &run : runs.runs())
+        dropped.insert(run.id);
+    for (const Run &run : std::as_const(interrupted))
+        dropped.remove(run.id);
+    const QString bad = path + QStringLiteral(".bad");
+    if (file.replace(rewritten(bytes, dropped), bad)) {
+        runs.remove(dropped);
+        note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a new "
+                              "one holds the runs that were cut short.")
+                   .arg(FileNames::display(bad));
+    } else {
+        note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
+    }
 }
 
 void MoveJournal::Private::add(const JournalRecord &record)

@@ -415,6 +415,8 @@ void tst_MoveJournal::anUnwritableJournalIsHarmless()
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const quint64 run = journal.beginRun(Kind::Tidy, "manual", now);
     const quint32 seq = journal.addIntent(run, "/d/a", "/s/a", {});
+    QCOMPARE(run, 0u);
+    QCOMPARE(seq, 0u);
     QVERIFY(!journal.sync());
     journal.notePartial(run, seq, "/s/.p");
     journal.noteCopied(run, seq, "/s/.p", {1, 2});
