@@ -295,15 +295,15 @@ void Brevano::performTidyNow()
             plan.push_back({entry, verdict == CandidateSelector::CandidateDeferred, 0});
         });
         // Nothing to record when nothing is left to look at.
-        JournaledRun run(plan.empty() ? nullptr : m_journal, MoveJournal::RunKind::Tidy,
-                         m_tidyKind, m_services.scheduler.now());
+        JournaledRun run(plan.empty() ? nullptr : m_journal, MoveJournal::RunKind::Tidy, m_tidyKind,
+                         m_services.scheduler.now());
         for (Planned &item : plan) {
             if (item.deferred)
                 run.noteDeferred(item.entry);
             else
-                item.seq = run.announce(item.entry, shadowRoot + u'/' +
-                                                        ShadowDesktopPaths::lastPathComponent(
-                                                            item.entry));
+                item.seq =
+                    run.announce(item.entry, shadowRoot + u'/' +
+                                                 ShadowDesktopPaths::lastPathComponent(item.entry));
         }
         run.sync();
         for (const Planned &item : plan) {
