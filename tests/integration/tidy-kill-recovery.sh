@@ -189,8 +189,8 @@ done
 check "after a final start: every file once, whole, and nothing left over" 'start_app && settled'
 stop_app
 kill "$monitor"; wait "$monitor" 2>/dev/null; monitor=""
-check "the tray application recovered a run cut short and said so ($by_app times)" '[ "$by_app" -gt 0 ]'
-check "a command recovered a run cut short and said so ($by_command times)" '[ "$by_command" -gt 0 ]'
+check "starts of the tray application recovered runs cut short ($by_app times)" '[ "$by_app" -gt 0 ]'
+check "a command recovered a run cut short ($by_command times)" '[ "$by_command" -gt 0 ]'
 # The offscreen platform's own remarks: it has no tray and sizes no window.
 check "Brevano's log holds no Qt warning or error" \
   '! qt_warnings | grep -v -e "does not support propagateSizeHints" -e "No such signal .*systemTrayWindowChanged"'
