@@ -139,11 +139,13 @@ void tst_JournalRecovery::movesAcrossFileSystemsCutShort()
     const QString desktop = sandbox.desktop();
     const QString shadow = other.path();
 
-    // Killed in the middle of copying a folder.
+    // Killed in the middle of copying a folder into a folder (no sweep goes there).
+    QVERIFY(QDir(shadow).mkpath("Projects"));
     sandbox.write("Desktop/Folder/a.txt", "alpha");
     sandbox.write("Desktop/Folder/sub/b.txt", "beta");
     const auto folder = fingerprint(desktop + "/Folder");
-    killedWhileMoving(journal, desktop + "/Folder", shadow + "/Folder", OverwriteMover::FailOnClash,
+    killedWhileMoving(journal, desktop + "/Folder", shadow + "/Projects/Folder",
+                      OverwriteMover::FailOnClash,
                       [&](const QString &at) { return at.endsWith("Folder/sub/b.txt"); });
     // Replacing: killed with the item in the way aside and the new one copied whole.
     sandbox.write("Desktop/Notes.txt", "new notes");
@@ -151,10 +153,10 @@ void tst_JournalRecovery::movesAcrossFileSystemsCutShort()
     killedWhileMoving(journal, desktop + "/Notes.txt", shadow + "/Notes.txt",
                       OverwriteMover::Replace,
                       [&](const QString &at) { return at.startsWith("copied "); });
-    QCOMPARE(hiddenNamesIn(shadow).size(), 3);
+    QCOMPARE(hiddenNamesIn(shadow).size() + hiddenNamesIn(shadow + "/Projects").size(), 3);
 
-    // Killed while removing the sources of two copies renamed into place: one
-    // file of "Changed" was written to after it was copied.
+    // Replacing, killed while removing the sources of two copies renamed into
+    // place: one file of "Changed" was written to after it was copied.
     for (const QString name : {"Done", "Changed"}) {
         sandbox.write("Desktop/" + name + "/log.txt", "line 1\n");
         sandbox.write("Desktop/" + name + "/sub/kept.txt", "kept");
@@ -168,6 +170,9 @@ void tst_JournalRecovery::movesAcrossFileSystemsCutShort()
         [&](MoveJournal &j, quint64 run, const QList<quint32> &seqs) {
             for (const quint32 seq : seqs) {
                 const QString name = seq == seqs[0] ? "Done" : "Changed";
+                const QString aside = shadow + "/.brevano-replaced-" + name;
+                j.noteAside(run, seq, aside);
+                QVERIFY(QFile::copy(sandbox.write("old", "old " + name.toUtf8()), aside));
                 const QString partial = shadow + "/.brevano-partial-" + name;
                 j.notePartial(run, seq, partial);
                 QCOMPARE(QProcess::execute("cp", {"-a", desktop + '/' + name, partial}), 0);
@@ -183,24 +188,30 @@ void tst_JournalRecovery::movesAcrossFileSystemsCutShort()
     const JournalRecovery::Report &report = recovered.report;
     QCOMPARE(report.runs, 3);
     QCOMPARE(report.partialsRemoved, 2);
-    QCOMPARE(report.putBack, 1);
+    QCOMPARE(report.putBack, 2);
     QCOMPARE(report.finished, 2);
-    QCOMPARE(report.trashed, 0);
+    QCOMPARE(report.trashed, 1);
     QCOMPARE(report.problems.size(), 1);
     QVERIFY2(report.problems.first().contains("Changed/log.txt"), qPrintable(report.line()));
 
     // Each item is in one place, whole: the cut-short ones where they were,
     // the finished ones moved, and what changed after its copy at the source.
     QCOMPARE(fingerprint(desktop + "/Folder"), folder);
-    QVERIFY(!QFileInfo::exists(shadow + "/Folder"));
+    QVERIFY(!QFileInfo::exists(shadow + "/Projects/Folder"));
     QCOMPARE(contents(desktop + "/Notes.txt"), QByteArray("new notes"));
     QCOMPARE(contents(shadow + "/Notes.txt"), QByteArray("old notes"));
     QVERIFY(!QFileInfo::exists(desktop + "/Done"));
     QCOMPARE(fingerprint(shadow + "/Done"), done);
     QCOMPARE(fingerprint(shadow + "/Changed"), changed);
+    // The item "Done" replaced went to the Trash; the one "Changed" would
+    // have replaced stays beside it.
+    QCOMPARE(contents(shadow + "/.Trash-" + QString::number(::getuid()) + "/files/Done"),
+             QByteArray("old Done"));
+    QCOMPARE(contents(shadow + "/Changed 2"), QByteArray("old Changed"));
     QCOMPARE(fingerprint(desktop + "/Changed").keys(), (QStringList{".", "/log.txt"}));
     QCOMPARE(contents(desktop + "/Changed/log.txt"), QByteArray("line 1\nline 2\n"));
-    QCOMPARE(hiddenNamesIn(shadow) + hiddenNamesIn(desktop), QStringList());
+    QCOMPARE(hiddenNamesIn(shadow) + hiddenNamesIn(shadow + "/Projects") + hiddenNamesIn(desktop),
+             QStringList());
 
     QCOMPARE(recovered.outcomes.value("Folder"),
              qMakePair(Status::Failed, QString("cut short before it moved")));
