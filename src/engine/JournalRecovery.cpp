@@ -218,15 +218,9 @@ void JournalRecovery::trashAside(const QString &aside, const QString &target, Re
 
 void JournalRecovery::putBack(const QString &path, const QString &wanted, Report &report)
 {
-    // Never deleted, and never left under our hidden name: its own name when
-    // free, else the first free numbered one, looked for again when another
-    // program takes it first.
-    FileMover::Result result;
-    for (int attempt = 0; attempt < OverwriteMover::kMaxNameAttempts; ++attempt) {
-        result = FileMover::rename(path, ShadowDesktopPaths::generateUniqueFilename(wanted));
-        if (result.status != FileMover::Status::TargetExists)
-            break;
-    }
+    // Never deleted, and never left under our hidden name.
+    QString chosen;
+    const FileMover::Result result = OverwriteMover::moveToFreeName(path, wanted, chosen);
     if (result.moved())
         ++report.putBack;
     else
