@@ -85,6 +85,39 @@ QString recoveredName(const QString &path)
     return name;
 }
 
+struct Outcome
+{
+    ItemStatus status;
+    QString target;
+    Identity identity;
+    QString message;
+};
+
+// What became of an item whose outcome was not recorded, looked for where it
+// was and where it was going. A move whose copy is in place is finished.
+Outcome whatBecameOf(const MoveJournal::Item &item, JournalRecovery::Report &report)
+{
+    const Identity source = Identity::of(item.source);
+    if (const QString copy = whereIs(item.target, item.copiedIdentity); !copy.isEmpty()) {
+        // Something else at the source now is not ours to remove.
+        if (source.isNull() || (!item.sourceIdentity.isNull() && source != item.sourceIdentity))
+            return {ItemStatus::Moved, copy, item.copiedIdentity, {}};
+        // The removal of the source was cut short.
+        const FileMover::Result result = FileMover::finishInterruptedMove(item.source, copy);
+        ++report.finished;
+        if (result.moved())
+            return {ItemStatus::Moved, copy, item.copiedIdentity, {}};
+        report.problems.append(nameOf(item.source) + QStringLiteral(": ") + result.message);
+        return {ItemStatus::Incomplete, copy, item.copiedIdentity, result.message};
+    }
+    if (!source.isNull())
+        return {ItemStatus::Failed, item.target, {}, QStringLiteral("cut short before it moved")};
+    if (const QString moved = whereIs(item.target, item.sourceIdentity); !moved.isEmpty())
+        return {ItemStatus::Moved, moved, item.sourceIdentity, {}};
+    return {
+        ItemStatus::Failed, item.target, {}, QStringLiteral("not found where it was meant to go")};
+}
+
 QString counted(int count, const char *one, const char *many)
 {
     return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : many));
@@ -149,42 +182,10 @@ void JournalRecovery::recoverItem(quint64 run, const MoveJournal::Item &item, Re
         if (FileStat::exists(partial))
             removePartial(partial, report);
 
-    // Where the item is now, and so what became of it. A move with an outcome
-    // finished before the cut: what is at its source now is something else.
     const bool pending = item.status == ItemStatus::Pending;
-    ItemStatus status = item.status;
-    QString at = item.target;
-    Identity identity = item.targetIdentity;
-    QString message;
-    if (pending) {
-        const QString copy = whereIs(item.target, item.copiedIdentity);
-        if (!copy.isEmpty() && FileStat::exists(item.source)) {
-            // The copy is in place; the removal of the source was cut short.
-            const FileMover::Result result = FileMover::finishInterruptedMove(item.source, copy);
-            ++report.finished;
-            status = result.moved() ? ItemStatus::Moved : ItemStatus::Incomplete;
-            at = copy;
-            identity = item.copiedIdentity;
-            message = result.message;
-            if (!result.moved())
-                report.problems.append(nameOf(item.source) + QStringLiteral(": ") + message);
-        } else if (FileStat::exists(item.source)) {
-            status = ItemStatus::Failed;
-            message = QStringLiteral("cut short before it moved");
-        } else if (!copy.isEmpty()) {
-            status = ItemStatus::Moved;
-            at = copy;
-            identity = item.copiedIdentity;
-        } else if (const QString moved = whereIs(item.target, item.sourceIdentity);
-                   !moved.isEmpty()) {
-            status = ItemStatus::Moved;
-            at = moved;
-            identity = item.sourceIdentity;
-        } else {
-            status = ItemStatus::Failed;
-            message = QStringLiteral("not found where it was meant to go");
-        }
-    }
+    const Outcome outcome =
+        pending ? whatBecameOf(item, report)
+                : Outcome{item.status, item.target, item.targetIdentity, item.message};
 
     // The item that was in the way goes to the Trash only when its successor
     // is wholly in, as the replace would have done; else it stays, visibly.
@@ -193,14 +194,15 @@ void JournalRecovery::recoverItem(quint64 run, const MoveJournal::Item &item, Re
         const bool successorIn = !atTarget.isNull() && (atTarget == item.copiedIdentity ||
                                                         atTarget == item.sourceIdentity ||
                                                         !FileStat::exists(item.source));
-        if (successorIn && status != ItemStatus::Incomplete)
+        if (successorIn && outcome.status != ItemStatus::Incomplete)
             trashAside(item.aside, item.target, report);
         else
             putBack(item.aside, item.target, report);
     }
 
     if (pending)
-        m_journal.noteOutcome(run, item.seq, status, at, identity, message);
+        m_journal.noteOutcome(run, item.seq, outcome.status, outcome.target, outcome.identity,
+                              outcome.message);
 }
 
 void JournalRecovery::trashAside(const QString &aside, const QString &target, Report &report)

@@ -23,7 +23,10 @@ class Trash;
 // journal knows of (one left by a journal that was damaged, say). Such an item
 // has no name on record: it becomes "Recovered item" (numbered when taken),
 // with the extension its contents call for, so that it still opens.
-// Runs before anything else moves, in the process that owns the journal.
+// Runs before anything else moves, in the process that owns the journal (with
+// no open journal it does nothing: another process may be moving). Finishing
+// reads files whole to compare them, so it may take a while: not on the main
+// thread.
 class JournalRecovery
 {
 public:
