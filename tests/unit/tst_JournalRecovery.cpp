@@ -226,7 +226,8 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
     const QString journal = sandbox.home() + "/Brevano.journal";
     const QString desktop = sandbox.desktop();
     const QString shadow = sandbox.shadowDesktop();
-    for (const QString name : {"Report.txt", "Memo.txt", "moved.txt", "a.txt", "lost.txt"})
+    for (const QString name :
+         {"Report.txt", "Memo.txt", "moved.txt", "a.txt", "lost.txt", "again.txt"})
         sandbox.write("Desktop/" + name, "new " + name.toUtf8());
     sandbox.write(".local/share/Brevano/Shadow Desktop/Report.txt", "old report");
     sandbox.write(".local/share/Brevano/Shadow Desktop/Memo.txt", "old memo");
@@ -238,7 +239,8 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
                  {desktop + "/Memo.txt", shadow + "/Memo.txt"},
                  {desktop + "/moved.txt", shadow + "/moved.txt"},
                  {desktop + "/a.txt", shadow + "/a.txt"},
-                 {desktop + "/lost.txt", shadow + "/lost.txt"}},
+                 {desktop + "/lost.txt", shadow + "/lost.txt"},
+                 {desktop + "/again.txt", shadow + "/again.txt"}},
                 [&](MoveJournal &j, quint64 run, const QList<quint32> &seqs) {
                     // Replacing: one successor came in; the other did not,
                     // and its name was taken since.
@@ -248,12 +250,19 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
                     j.noteAside(run, seqs[1], memoAside);
                     QVERIFY(QFile::rename(shadow + "/Memo.txt", memoAside));
                     sandbox.write(".local/share/Brevano/Shadow Desktop/Memo.txt", "someone's");
+                    // A copy in place, its source removed.
+                    QCOMPARE(QProcess::execute("cp", {"-a", desktop + "/again.txt", shadow}), 0);
+                    j.noteCopied(run, seqs[5], shadow + "/.brevano-partial-a",
+                                 Identity::of(shadow + "/again.txt"));
+                    QVERIFY(QFile::remove(desktop + "/again.txt"));
                 });
     // Renamed in with no outcome written, once under a numbered name; one
     // item was taken away by someone else.
     QVERIFY(QFile::rename(desktop + "/moved.txt", shadow + "/moved.txt"));
     QVERIFY(QFile::rename(desktop + "/a.txt", shadow + "/a 2.txt"));
     QVERIFY(QFile::rename(desktop + "/lost.txt", sandbox.home() + "/lost.txt"));
+    // The same bytes are a new item on the Desktop since: not ours to remove.
+    QCOMPARE(QProcess::execute("cp", {"-a", shadow + "/again.txt", desktop}), 0);
     // Hidden names no journal knows of.
     sandbox.write(".local/share/Brevano/Shadow Desktop/.brevano-partial-zz/x.txt", "partial");
     sandbox.write("Desktop/.brevano-replaced-qq", "plain text set aside\n");
@@ -270,6 +279,7 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
     QCOMPARE(contents(desktop + "/Memo.txt"), QByteArray("new Memo.txt"));
     QCOMPARE(contents(shadow + "/Memo.txt"), QByteArray("someone's"));
     QCOMPARE(contents(shadow + "/Memo 2.txt"), QByteArray("old memo"));
+    QVERIFY(QFileInfo::exists(desktop + "/again.txt"));
     QCOMPARE(contents(desktop + "/Recovered item.txt"), QByteArray("plain text set aside\n"));
     QCOMPARE(hiddenNamesIn(shadow) + hiddenNamesIn(desktop), QStringList());
 
@@ -279,6 +289,7 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
              qMakePair(Status::Failed, QString("cut short before it moved")));
     QCOMPARE(outcomes.value("moved.txt"), qMakePair(Status::Moved, shadow + "/moved.txt"));
     QCOMPARE(outcomes.value("a.txt"), qMakePair(Status::Moved, shadow + "/a 2.txt"));
+    QCOMPARE(outcomes.value("again.txt"), qMakePair(Status::Moved, shadow + "/again.txt"));
     QCOMPARE(outcomes.value("lost.txt"),
              qMakePair(Status::Failed, QString("not found where it was meant to go")));
 }
