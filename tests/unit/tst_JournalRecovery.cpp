@@ -254,7 +254,6 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
                     QCOMPARE(QProcess::execute("cp", {"-a", desktop + "/again.txt", shadow}), 0);
                     j.noteCopied(run, seqs[5], shadow + "/.brevano-partial-a",
                                  Identity::of(shadow + "/again.txt"));
-                    QVERIFY(QFile::remove(desktop + "/again.txt"));
                 });
     // Renamed in with no outcome written, once under a numbered name; one
     // item was taken away by someone else.
@@ -262,7 +261,9 @@ void tst_JournalRecovery::movesWithinAFileSystemCutShort()
     QVERIFY(QFile::rename(desktop + "/a.txt", shadow + "/a 2.txt"));
     QVERIFY(QFile::rename(desktop + "/lost.txt", sandbox.home() + "/lost.txt"));
     // The same bytes are a new item on the Desktop since: not ours to remove.
-    QCOMPARE(QProcess::execute("cp", {"-a", shadow + "/again.txt", desktop}), 0);
+    QCOMPARE(QProcess::execute("cp", {"-a", shadow + "/again.txt", desktop + "/new"}), 0);
+    QVERIFY(QFile::remove(desktop + "/again.txt") &&
+            QFile::rename(desktop + "/new", desktop + "/again.txt"));
     // Hidden names no journal knows of.
     sandbox.write(".local/share/Brevano/Shadow Desktop/.brevano-partial-zz/x.txt", "partial");
     sandbox.write("Desktop/.brevano-replaced-qq", "plain text set aside\n");
