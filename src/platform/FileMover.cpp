@@ -175,6 +175,14 @@ private:
     int m_fd;
 };
 
+// A link's own text (size as lstat gave it); null when it cannot be read.
+QByteArray linkText(int parent, const QByteArray &name, off_t size)
+{
+    QByteArray text(size > 0 ? size + 1 : 4096, '\0');
+    const ssize_t length = ::readlinkat(parent, name.constData(), text.data(), size_t(text.size()));
+    return length < 0 ? QByteArray() : text.left(length);
+}
+
 bool copyTimes(const char *path, const struct stat &info, bool isLink)
 {
     const struct timespec times[2] = {info.st_atim, info.st_mtim};
@@ -312,10 +320,8 @@ private:
                   const QByteArray &target, const struct stat &info, CopiedEntry &entry)
     {
         entry.snapshot = Snapshot::of(info);
-        QByteArray link(info.st_size > 0 ? info.st_size + 1 : 4096, '\0');
-        const ssize_t length =
-            ::readlinkat(parent, name.constData(), link.data(), size_t(link.size()));
-        if (length < 0 || ::symlink(link.left(length).constData(), target.constData()) != 0)
+        const QByteArray link = linkText(parent, name, info.st_size);
+        if (link.isNull() || ::symlink(link.constData(), target.constData()) != 0)
             return fail("cannot copy the link %1: %2", source);
         copyTimes(target.constData(), info, true);
         return true;
@@ -483,13 +489,6 @@ bool sameBytes(int one, int other)
             return false;
         offset += got;
     }
-}
-
-QByteArray linkText(int parent, const QByteArray &name, off_t size)
-{
-    QByteArray text(size > 0 ? size + 1 : 4096, '\0');
-    const ssize_t length = ::readlinkat(parent, name.constData(), text.data(), size_t(text.size()));
-    return length < 0 ? QByteArray() : text.left(length);
 }
 
 // Whether the source entry (a file or link, read as info) holds what its
