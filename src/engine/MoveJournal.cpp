@@ -47,8 +47,19 @@ public:
 
     // Reads the journal just opened and repairs what needs it.
     bool load();
+    // Keeps the damaged journal that bytes held as "<journal>.bad" and starts
+    // a new one with the runs cut short.
+    void setAside(QByteArrayView bytes);
     // Adds a record to what is to be written and to what is known of its run.
     void add(const JournalRecord &record);
+    // add() for a caller without the lock: nothing while the journal is not
+    // open; a durable record is synced, with all buffered before it.
+    enum When
+    {
+        Buffered,
+        Durable
+    };
+    void write(const JournalRecord &record, When when);
     bool sync();
     void compact(const QDateTime &now);
     // The journal bytes hold anew: a header and the good lines of runs not dropped.
@@ -71,7 +82,17 @@ bool MoveJournal::Private::load()
     const std::optional<QByteArray> bytes = file.read();
     if (!bytes)
         return false;
-    JournalRuns found(JournalRuns::Items::Unended);
+    // The runs that ended are found first, so that only the others' items
+    // (and paths) are read.
+    QSet<quint64> ended;
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+        if (const auto run = complete ? JournalRecord::runEndedBy(line) : std::nullopt)
+            ended.insert(*run);
+    });
+    const auto unended = [&ended](quint64 run) {
+        return !ended.contains(run);
+    };
+    JournalRuns found(unended);
     std::optional<quint64> headerNextRun;
     qsizetype good = 0; // where the good lines end
     bool damaged = false;
@@ -81,7 +102,8 @@ bool MoveJournal::Private::load()
         if (std::exchange(first, false)) {
             headerNextRun = complete ? JournalRecord::parseHeader(line) : std::nullopt;
             read = headerNextRun.has_value();
-        } else if (const auto record = complete ? JournalRecord::parse(line) : std::nullopt) {
+        } else if (const auto record =
+                       complete ? JournalRecord::parse(line, unended) : std::nullopt) {
             found.apply(*record, end - (line.data() - bytes->constData()));
             read = true;
         }
@@ -94,26 +116,30 @@ bool MoveJournal::Private::load()
     interrupted = found.unended();
     found.forgetItems();
 
-    if (damaged) {
-        QSet<quint64> dropped;
-        for (const Run &run : found.runs())
-            dropped.insert(run.id);
-        for (const Run &run : std::as_const(interrupted))
-            dropped.remove(run.id);
-        const QString bad = path + QStringLiteral(".bad");
-        if (file.replace(rewritten(*bytes, dropped), bad)) {
-            found.remove(dropped);
-            note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a "
-                                  "new one holds the runs that were cut short.")
-                       .arg(FileNames::display(bad));
-        } else {
-            note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
-        }
-    } else if (good < bytes->size() && !file.truncate(good)) {
-        return false;
-    }
     runs = std::move(found);
+    if (damaged)
+        setAside(*bytes);
+    else if (good < bytes->size() && !file.truncate(good))
+        return false;
     return damaged || good > 0 || file.append(JournalRecord::header(nextRun));
+}
+
+void MoveJournal::Private::setAside(QByteArrayView bytes)
+{
+    QSet<quint64> dropped;
+    for (const Run &run : runs.runs())
+        dropped.insert(run.id);
+    for (const Run &run : std::as_const(interrupted))
+        dropped.remove(run.id);
+    const QString bad = path + QStringLiteral(".bad");
+    if (file.replace(rewritten(bytes, dropped), bad)) {
+        runs.remove(dropped);
+        note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a new "
+                              "one holds the runs that were cut short.")
+                   .arg(FileNames::display(bad));
+    } else {
+        note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
+    }
 }
 
 void MoveJournal::Private::add(const JournalRecord &record)
@@ -121,6 +147,16 @@ void MoveJournal::Private::add(const JournalRecord &record)
     const qsizetype before = buffer.size();
     record.appendTo(buffer);
     runs.apply(record, buffer.size() - before);
+}
+
+void MoveJournal::Private::write(const JournalRecord &record, When when)
+{
+    std::lock_guard lock(mutex);
+    if (!isOpen)
+        return;
+    add(record);
+    if (when == Durable)
+        sync();
 }
 
 bool MoveJournal::Private::sync()
@@ -259,57 +295,44 @@ bool MoveJournal::sync()
 
 void MoveJournal::notePartial(quint64 run, quint32 seq, const QString &partialPath)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Partial, .run = run, .seq = seq, .path = partialPath});
-    d->sync();
+    d->write({.type = JournalRecord::Type::Partial, .run = run, .seq = seq, .path = partialPath},
+             Private::Durable);
 }
 
 void MoveJournal::noteCopied(quint64 run, quint32 seq, const QString &partialPath,
                              const Identity &copy)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Copied,
-            .run = run,
-            .seq = seq,
-            .path = partialPath,
-            .identity = copy});
-    d->sync();
+    d->write({.type = JournalRecord::Type::Copied,
+              .run = run,
+              .seq = seq,
+              .path = partialPath,
+              .identity = copy},
+             Private::Durable);
 }
 
 void MoveJournal::noteAside(quint64 run, quint32 seq, const QString &asidePath)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Aside, .run = run, .seq = seq, .path = asidePath});
-    d->sync();
+    d->write({.type = JournalRecord::Type::Aside, .run = run, .seq = seq, .path = asidePath},
+             Private::Durable);
 }
 
 void MoveJournal::noteOutcome(quint64 run, quint32 seq, ItemStatus status, const QString &target,
                               const Identity &targetIdentity, const QString &message)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Outcome,
-            .run = run,
-            .seq = seq,
-            .status = status,
-            .target = target,
-            .text = message,
-            .identity = targetIdentity});
+    d->write({.type = JournalRecord::Type::Outcome,
+              .run = run,
+              .seq = seq,
+              .status = status,
+              .target = target,
+              .text = message,
+              .identity = targetIdentity},
+             Private::Buffered);
 }
 
 void MoveJournal::noteDeferred(quint64 run, const QString &source)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Deferred, .run = run, .path = source});
+    d->write({.type = JournalRecord::Type::Deferred, .run = run, .path = source},
+             Private::Buffered);
 }
 
 void MoveJournal::endRun(quint64 run, const QDateTime &time, bool recovered)
@@ -338,7 +361,7 @@ std::optional<MoveJournal::Run> MoveJournal::run(quint64 id) const
     if (!bytes)
         return std::nullopt;
     bytes->append(d->buffer);
-    JournalRuns items(JournalRuns::Items::One, id);
+    JournalRuns items([id](quint64 other) { return other == id; });
     forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
         if (complete && JournalRecord::runOf(line) == id) {
             if (const auto record = JournalRecord::parse(line))

@@ -125,7 +125,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         run = journal.beginRun(Kind::Tidy, "scheduled", start);
         QCOMPARE(journal.addIntent(run, odd, tricky, file), 1u);
         QCOMPARE(journal.addIntent(run, tricky, odd, link), 2u);
-        QCOMPARE(journal.addIntent(run, real, "/s/real.txt", {}), 3u);
+        QCOMPARE(journal.addIntent(run, real, "/s/new\nline.txt", {}), 3u);
         QVERIFY(journal.sync());
         journal.notePartial(run, 1, tricky + ".part1");
         journal.notePartial(run, 1, odd + ".part2");
@@ -133,7 +133,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.noteAside(run, 2, odd + ".aside");
         journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, {});
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
-        journal.noteOutcome(run, 3, Status::Skipped, {}, {}, "name taken");
+        journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
         journal.noteDeferred(run, odd + " changing");
         // Read before anything but the intents and notes is written.
         const auto before = journal.run(run);
@@ -162,6 +162,17 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        {},
                                        {},
                                        odd + ".aside"}));
+        QCOMPARE(written[2], describe({3,
+                                       real,
+                                       "/s/new\nline.txt",
+                                       {},
+                                       Status::Skipped,
+                                       {},
+                                       "name\ttaken",
+                                       {},
+                                       {},
+                                       {},
+                                       {}}));
         QCOMPARE(
             written[3],
             describe({0, odd + " changing", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
@@ -337,25 +348,26 @@ void tst_MoveJournal::compactionKeepsWithinBounds()
         journal.addIntent(interrupted, "/d/x", "/s/x", {});
         tidy = wholeRun(journal, Kind::Tidy, now.addDays(-29));
         wholeRun(journal, Kind::Undo, now.addDays(-29), 1, QString::number(tidy));
+        wholeRun(journal, Kind::Tidy, now.addDays(-29), 0); // the newest tidy moved nothing
         for (int i = 0; i < 99; ++i)
             wholeRun(journal, Kind::Restore, now);
         // Ending runs kept 100: the oldest restores gave way, not the run
-        // cut short nor the tidy and its undo.
+        // cut short, the tidies, nor the undo.
+        const QList<quint64> kept = {interrupted, tidy, tidy + 1, tidy + 2};
         QCOMPARE(journal.runs().size(), 100);
-        QCOMPARE(ids(journal.runs()).mid(0, 4),
-                 QList<quint64>({interrupted, tidy, tidy + 1, tidy + 4}));
-        QCOMPARE(journal.runs().last().id, tidy + 100);
+        QCOMPARE(ids(journal.runs()).mid(0, 5), kept + QList<quint64>{tidy + 6});
+        QCOMPARE(journal.runs().last().id, tidy + 101);
         // A month on, only those are left.
         journal.compact(now.addDays(31));
-        QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1}));
+        QCOMPARE(ids(journal.runs()), kept);
     }
     Journal journal(path);
     QVERIFY(journal.open(0ms));
-    QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1}));
+    QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1, tidy + 2}));
     QVERIFY(!journal.lastUndoableTidy()); // still undone
     QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>{interrupted});
     QCOMPARE(journal.run(tidy)->items.size(), 1);
-    QCOMPARE(journal.beginRun(Kind::Tidy, {}, now), tidy + 101); // numbers never come back
+    QCOMPARE(journal.beginRun(Kind::Tidy, {}, now), tidy + 102); // numbers never come back
 }
 
 void tst_MoveJournal::theLastUndoableTidy()
@@ -415,6 +427,8 @@ void tst_MoveJournal::anUnwritableJournalIsHarmless()
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const quint64 run = journal.beginRun(Kind::Tidy, "manual", now);
     const quint32 seq = journal.addIntent(run, "/d/a", "/s/a", {});
+    QCOMPARE(run, 0u);
+    QCOMPARE(seq, 0u);
     QVERIFY(!journal.sync());
     journal.notePartial(run, seq, "/s/.p");
     journal.noteCopied(run, seq, "/s/.p", {1, 2});
