@@ -1,9 +1,10 @@
 #pragma once
 
+#include "MoveJournal.h"
+
 #include <QDateTime>
 #include <QStringList>
 
-class MoveJournal;
 class Trash;
 
 // Finishes, at start-up, what the journal says was in flight when Brevano was
@@ -19,8 +20,13 @@ class Trash;
 // - each announced item is looked for where it went, so the run's record
 //   says what really happened; then the run is ended as recovered.
 // The folders given are swept too, for partial copies and set-aside items no
-// journal knows of (one left by a journal that was damaged, say).
-// Runs before anything else moves, in the process that owns the journal.
+// journal knows of (one left by a journal that was damaged, say). Such an item
+// has no name on record: it becomes "Recovered item" (numbered when taken),
+// with the extension its contents call for, so that it still opens.
+// Runs before anything else moves, in the process that owns the journal (with
+// no open journal it does nothing: another process may be moving). Finishing
+// reads files whole to compare them, so it may take a while: not on the main
+// thread.
 class JournalRecovery
 {
 public:
@@ -40,7 +46,8 @@ public:
                    problems.isEmpty();
         }
         // What was done, in one sentence without the title:
-        // "finished 1 move and removed 2 partial copies", say.
+        // "finished 1 move, removed 2 partial copies", say, then what could
+        // not be done after "; ".
         QString summary() const;
         // kTitle + ": " + summary(), for the command line.
         QString line() const;
@@ -50,6 +57,16 @@ public:
     Report recover(const QStringList &sweepFolders, const QDateTime &now);
 
 private:
+    void recoverItem(quint64 run, const MoveJournal::Item &item, Report &report);
+    // Trashes an item that was moved aside as the item at target, as the
+    // replace would have; keeps it visible when that fails.
+    void trashAside(const QString &aside, const QString &target, Report &report);
+    // Gives an item under one of our hidden names the name wanted, or a free
+    // numbered one when that is taken.
+    void putBack(const QString &path, const QString &wanted, Report &report);
+    void removePartial(const QString &path, Report &report);
+    void sweep(const QString &folder, Report &report);
+
     MoveJournal &m_journal;
     Trash &m_trash;
 };

@@ -52,6 +52,14 @@ public:
     void setAside(QByteArrayView bytes);
     // Adds a record to what is to be written and to what is known of its run.
     void add(const JournalRecord &record);
+    // add() for a caller without the lock: nothing while the journal is not
+    // open; a durable record is synced, with all buffered before it.
+    enum When
+    {
+        Buffered,
+        Durable
+    };
+    void write(const JournalRecord &record, When when);
     bool sync();
     void compact(const QDateTime &now);
     // The journal bytes hold anew: a header and the good lines of runs not dropped.
@@ -139,6 +147,16 @@ void MoveJournal::Private::add(const JournalRecord &record)
     const qsizetype before = buffer.size();
     record.appendTo(buffer);
     runs.apply(record, buffer.size() - before);
+}
+
+void MoveJournal::Private::write(const JournalRecord &record, When when)
+{
+    std::lock_guard lock(mutex);
+    if (!isOpen)
+        return;
+    add(record);
+    if (when == Durable)
+        sync();
 }
 
 bool MoveJournal::Private::sync()
@@ -277,57 +295,44 @@ bool MoveJournal::sync()
 
 void MoveJournal::notePartial(quint64 run, quint32 seq, const QString &partialPath)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Partial, .run = run, .seq = seq, .path = partialPath});
-    d->sync();
+    d->write({.type = JournalRecord::Type::Partial, .run = run, .seq = seq, .path = partialPath},
+             Private::Durable);
 }
 
 void MoveJournal::noteCopied(quint64 run, quint32 seq, const QString &partialPath,
                              const Identity &copy)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Copied,
-            .run = run,
-            .seq = seq,
-            .path = partialPath,
-            .identity = copy});
-    d->sync();
+    d->write({.type = JournalRecord::Type::Copied,
+              .run = run,
+              .seq = seq,
+              .path = partialPath,
+              .identity = copy},
+             Private::Durable);
 }
 
 void MoveJournal::noteAside(quint64 run, quint32 seq, const QString &asidePath)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Aside, .run = run, .seq = seq, .path = asidePath});
-    d->sync();
+    d->write({.type = JournalRecord::Type::Aside, .run = run, .seq = seq, .path = asidePath},
+             Private::Durable);
 }
 
 void MoveJournal::noteOutcome(quint64 run, quint32 seq, ItemStatus status, const QString &target,
                               const Identity &targetIdentity, const QString &message)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Outcome,
-            .run = run,
-            .seq = seq,
-            .status = status,
-            .target = target,
-            .text = message,
-            .identity = targetIdentity});
+    d->write({.type = JournalRecord::Type::Outcome,
+              .run = run,
+              .seq = seq,
+              .status = status,
+              .target = target,
+              .text = message,
+              .identity = targetIdentity},
+             Private::Buffered);
 }
 
 void MoveJournal::noteDeferred(quint64 run, const QString &source)
 {
-    std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
-        return;
-    d->add({.type = JournalRecord::Type::Deferred, .run = run, .path = source});
+    d->write({.type = JournalRecord::Type::Deferred, .run = run, .path = source},
+             Private::Buffered);
 }
 
 void MoveJournal::endRun(quint64 run, const QDateTime &time, bool recovered)

@@ -35,7 +35,7 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
             plain.status != FileMover::Status::TargetExists)
             return {plain.moved(), target, plain.message};
         QString chosen;
-        const FileMover::Result result = moveToFreeName(source, target, chosen);
+        const FileMover::Result result = moveToFreeName(source, target, chosen, m_beforeMove);
         return {result.moved(), chosen, result.message};
     }
     default:
@@ -43,13 +43,14 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
     }
 }
 
-FileMover::Result OverwriteMover::moveToFreeName(const QString &source, const QString &target,
-                                                 QString &chosen) const
+FileMover::Result
+OverwriteMover::moveToFreeName(const QString &source, const QString &target, QString &chosen,
+                               const std::function<void(const QString &)> &beforeMove)
 {
     for (int attempt = 0; attempt < kMaxNameAttempts; ++attempt) {
         chosen = ShadowDesktopPaths::generateUniqueFilename(target);
-        if (m_beforeMove)
-            m_beforeMove(chosen);
+        if (beforeMove)
+            beforeMove(chosen);
         const FileMover::Result result = FileMover::move(source, chosen);
         // Taken between the look and the move: look again.
         if (result.status != FileMover::Status::TargetExists)
@@ -87,7 +88,7 @@ OverwriteMover::Outcome OverwriteMover::replace(const QString &source, const QSt
     // Never left under the hidden name: its own name again, else a free numbered one.
     const auto keepVisible = [&](const QString &why) {
         QString kept;
-        if (moveToFreeName(aside, target, kept).moved())
+        if (moveToFreeName(aside, target, kept, m_beforeMove).moved())
             return QStringLiteral("%1, and is kept as %2")
                 .arg(why, FileNames::display(ShadowDesktopPaths::lastPathComponent(kept)));
         return QStringLiteral("%1, and is left as %2").arg(why, FileNames::display(aside));

@@ -37,6 +37,12 @@ public:
     static QString plannedTarget(const QString &target, quint32 mode);
 
     static constexpr int kMaxNameAttempts = 100;
+    // Moves source to the first free numbered name of target (target itself
+    // when free), and to the next one when another program takes the name
+    // first; chosen is where. beforeMove runs with each name chosen.
+    static FileMover::Result
+    moveToFreeName(const QString &source, const QString &target, QString &chosen,
+                   const std::function<void(const QString &)> &beforeMove = {});
     // The hidden name an item in the way is moved aside under while it is
     // replaced. Unlike a partial copy, such an item is the only one of its kind.
     static constexpr const char *kAsidePrefix = ".brevano-replaced-";
@@ -50,9 +56,6 @@ public:
 
 private:
     Outcome replace(const QString &source, const QString &target) const;
-    // Moves source to the first free numbered name of target; chosen is where.
-    FileMover::Result moveToFreeName(const QString &source, const QString &target,
-                                     QString &chosen) const;
 
     Trash &m_trash;
     std::function<void(const QString &)> m_beforeMove;

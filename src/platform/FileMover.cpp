@@ -175,6 +175,14 @@ private:
     int m_fd;
 };
 
+// A link's own text (size as lstat gave it); null when it cannot be read.
+QByteArray linkText(int parent, const QByteArray &name, off_t size)
+{
+    QByteArray text(size > 0 ? size + 1 : 4096, '\0');
+    const ssize_t length = ::readlinkat(parent, name.constData(), text.data(), size_t(text.size()));
+    return length < 0 ? QByteArray() : text.left(length);
+}
+
 bool copyTimes(const char *path, const struct stat &info, bool isLink)
 {
     const struct timespec times[2] = {info.st_atim, info.st_mtim};
@@ -312,10 +320,8 @@ private:
                   const QByteArray &target, const struct stat &info, CopiedEntry &entry)
     {
         entry.snapshot = Snapshot::of(info);
-        QByteArray link(info.st_size > 0 ? info.st_size + 1 : 4096, '\0');
-        const ssize_t length =
-            ::readlinkat(parent, name.constData(), link.data(), size_t(link.size()));
-        if (length < 0 || ::symlink(link.left(length).constData(), target.constData()) != 0)
+        const QByteArray link = linkText(parent, name, info.st_size);
+        if (link.isNull() || ::symlink(link.constData(), target.constData()) != 0)
             return fail("cannot copy the link %1: %2", source);
         copyTimes(target.constData(), info, true);
         return true;
@@ -441,6 +447,133 @@ std::pair<QByteArray, QByteArray> splitPath(QByteArray path)
     return {slash == 0 ? QByteArrayLiteral("/") : path.left(slash), path.mid(slash + 1)};
 }
 
+// The answer of a move whose copy is at target while left stayed in sourceFolder.
+FileMover::Result copiedExcept(const Leftovers &left, const QByteArray &target,
+                               const QByteArray &sourceFolder)
+{
+    if (left.isEmpty())
+        return {FileMover::Status::Moved, QString()};
+    return {FileMover::Status::Incomplete,
+            QStringLiteral("copied to %1, but in %2 %3")
+                .arg(shown(target), shown(sourceFolder), left.text())};
+}
+
+// ---- finishing a move whose copy is in place ----
+
+// Whether two open files hold the same bytes; both are read from the start.
+bool sameBytes(int one, int other)
+{
+    constexpr size_t kChunk = 1 << 20;
+    std::unique_ptr<char[]> a(new char[kChunk]);
+    std::unique_ptr<char[]> b(new char[kChunk]);
+    for (off_t offset = 0;;) {
+        const ssize_t got = ::pread(one, a.get(), kChunk, offset);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return false;
+        // The other file must give exactly as much, in as many reads as it takes.
+        for (ssize_t have = 0; have < got;) {
+            const ssize_t more = ::pread(other, b.get() + have, size_t(got - have), offset + have);
+            if (more < 0 && errno == EINTR)
+                continue;
+            if (more <= 0)
+                return false;
+            have += more;
+        }
+        if (got == 0) {
+            char extra;
+            return ::pread(other, &extra, 1, offset) == 0;
+        }
+        if (std::memcmp(a.get(), b.get(), size_t(got)) != 0)
+            return false;
+        offset += got;
+    }
+}
+
+// Whether the source entry (a file or link, read as info) holds what its
+// counterpart in the copy holds.
+bool sameAsCopy(int sourceParent, const QByteArray &sourceName, const struct stat &info,
+                int copyParent, const QByteArray &copyName, const struct stat &copied)
+{
+    if (info.st_size != copied.st_size)
+        return false;
+    if (S_ISLNK(info.st_mode)) {
+        const QByteArray text = linkText(sourceParent, sourceName, info.st_size);
+        return !text.isNull() && text == linkText(copyParent, copyName, copied.st_size);
+    }
+    if (info.st_mtim.tv_sec != copied.st_mtim.tv_sec ||
+        info.st_mtim.tv_nsec != copied.st_mtim.tv_nsec)
+        return false;
+    const Descriptor in(
+        ::openat(sourceParent, sourceName.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    const Descriptor out(
+        ::openat(copyParent, copyName.constData(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
+    struct stat opened;
+    return in.isValid() && out.isValid() && ::fstat(in.get(), &opened) == 0 &&
+           Snapshot::of(info).unchanged(opened) && sameBytes(in.get(), out.get());
+}
+
+// Removes from the source what its counterpart in the copy holds as well, entry
+// by entry through folder descriptors; a folder goes only when it is empty then.
+void removeWhatWasCopied(int sourceParent, const QByteArray &sourceName, int copyParent,
+                         const QByteArray &copyName, const QByteArray &relative, Leftovers &left)
+{
+    const auto unremovable = [&](int error) {
+        left.unremovable.append(QStringLiteral("%1 (%2)").arg(shown(relative), errorText(error)));
+    };
+    struct stat info;
+    if (::fstatat(sourceParent, sourceName.constData(), &info, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno != ENOENT) // gone already: nothing to keep
+            unremovable(errno);
+        return;
+    }
+    struct stat copied;
+    if (::fstatat(copyParent, copyName.constData(), &copied, AT_SYMLINK_NOFOLLOW) != 0 ||
+        (copied.st_mode & S_IFMT) != (info.st_mode & S_IFMT))
+        return left.changed.append(shown(relative));
+    if (S_ISREG(info.st_mode) || S_ISLNK(info.st_mode)) {
+        if (!sameAsCopy(sourceParent, sourceName, info, copyParent, copyName, copied))
+            return left.changed.append(shown(relative));
+        // Compared as it is still: what changed while it was read stays.
+        struct stat now;
+        if (::fstatat(sourceParent, sourceName.constData(), &now, AT_SYMLINK_NOFOLLOW) != 0 ||
+            !Snapshot::of(info).unchanged(now))
+            return left.changed.append(shown(relative));
+        if (::unlinkat(sourceParent, sourceName.constData(), 0) != 0)
+            unremovable(errno);
+        return;
+    }
+    if (!S_ISDIR(info.st_mode))
+        return left.changed.append(shown(relative));
+    constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    const Descriptor copyFolder(::openat(copyParent, copyName.constData(), kFolder));
+    if (!copyFolder.isValid())
+        return unremovable(errno);
+    const int fd = ::openat(sourceParent, sourceName.constData(), kFolder);
+    DIR *folder = fd < 0 ? nullptr : ::fdopendir(fd); // owns fd from here on
+    if (!folder) {
+        const int error = errno;
+        if (fd >= 0)
+            ::close(fd);
+        return unremovable(error);
+    }
+    // Names first: the folder changes while its entries are removed.
+    QList<QByteArray> names;
+    while (const dirent *found = ::readdir(folder)) {
+        const QByteArray name(found->d_name);
+        if (name != "." && name != "..")
+            names.append(name);
+    }
+    for (const QByteArray &name : std::as_const(names))
+        removeWhatWasCopied(::dirfd(folder), name, copyFolder.get(), name, relative + '/' + name,
+                            left);
+    ::closedir(folder);
+    if (::unlinkat(sourceParent, sourceName.constData(), AT_REMOVEDIR) != 0 && errno != ENOTEMPTY &&
+        errno != EEXIST) // not empty: what stayed is named already
+        unremovable(errno);
+}
+
 FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArray &target)
 {
     struct stat targetInfo;
@@ -485,11 +618,7 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
         ::fsync(folder.get());
     Leftovers left;
     removeCopied(parent.get(), copied, sourceName, left);
-    if (left.isEmpty())
-        return {FileMover::Status::Moved, QString()};
-    return {FileMover::Status::Incomplete,
-            QStringLiteral("copied to %1, but in %2 %3")
-                .arg(shown(target), shown(sourceFolder), left.text())};
+    return copiedExcept(left, target, sourceFolder);
 }
 
 } // namespace
@@ -541,6 +670,29 @@ bool FileMover::removePartialCopy(const QString &path, QString *message)
         *message = QStringLiteral("the partial copy %1 could not be removed: %2")
                        .arg(FileNames::display(path), errorText(errno));
     return false;
+}
+
+FileMover::Result FileMover::finishInterruptedMove(const QString &source, const QString &copy)
+{
+    const QByteArray from = bytes(source);
+    const QByteArray to = bytes(copy);
+    struct stat info;
+    if (::lstat(from.constData(), &info) != 0)
+        return errno == ENOENT ? Result{Status::Moved, QString()}
+                               : failed(FileNames::display(source), errno);
+    const auto [sourceFolder, sourceName] = splitPath(from);
+    const auto [copyFolder, copyName] = splitPath(to);
+    const Descriptor sourceParent(
+        ::open(sourceFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!sourceParent.isValid())
+        return failed(FileNames::display(source), errno);
+    const Descriptor copyParent(::open(copyFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!copyParent.isValid())
+        return failed(FileNames::display(copy), errno);
+    Leftovers left;
+    removeWhatWasCopied(sourceParent.get(), sourceName, copyParent.get(), copyName, sourceName,
+                        left);
+    return copiedExcept(left, to, sourceFolder);
 }
 
 void FileMover::setFaultHookForTesting(FaultHook hook)

@@ -5,6 +5,9 @@
 
 #include <QtTest>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace {
 // A folder with a nested file, an empty folder, a link and odd permissions.
 void makeTree(const SandboxHome &sandbox, const QString &relative)
@@ -38,6 +41,7 @@ private slots:
     void failureBeforeTheSourceGoesLeavesItWhole();
     void whatChangesDuringTheCopyStaysAtTheSource();
     void fullDiskLeavesNothingBehind();
+    void finishingRemovesOnlyWhatTheCopyHolds();
 };
 
 void tst_FileMover::movesWithinAFileSystemWithoutReplacing_data()
@@ -187,6 +191,45 @@ void tst_FileMover::fullDiskLeavesNothingBehind()
     QCOMPARE(fingerprint(sandbox.desktop() + "/big.bin"), big);
     QCOMPARE(fingerprint(sandbox.desktop() + "/Folder"), folder);
     QVERIFY(QDir(small.path()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+}
+
+void tst_FileMover::finishingRemovesOnlyWhatTheCopyHolds()
+{
+    SandboxHome sandbox;
+    makeTree(sandbox, "Desktop/Folder");
+    sandbox.write("outside/kept.txt", "not ours to remove");
+    sandbox.write("Desktop/Folder/same-size.txt", "original");
+    const QString source = sandbox.desktop() + "/Folder";
+    QFile::link(sandbox.home() + "/outside", source + "/sub/outside-link");
+    // The copy a cut-short move renamed into place, under another name.
+    const QString copy = sandbox.home() + "/Folder 2";
+    QCOMPARE(QProcess::execute("cp", {"-a", source, copy}), 0);
+    const auto copied = fingerprint(copy);
+    // Since then: new bytes of the same size and date, and a new file.
+    struct stat info;
+    QCOMPARE(::lstat(QFile::encodeName(copy + "/same-size.txt").constData(), &info), 0);
+    sandbox.write("Desktop/Folder/same-size.txt", "changed!");
+    const struct timespec times[2] = {info.st_atim, info.st_mtim};
+    QCOMPARE(
+        ::utimensat(AT_FDCWD, QFile::encodeName(source + "/same-size.txt").constData(), times, 0),
+        0);
+    sandbox.write("Desktop/Folder/sub/new.txt", "new");
+
+    const FileMover::Result result = FileMover::finishInterruptedMove(source, copy);
+    QCOMPARE(result.status, FileMover::Status::Incomplete);
+    QVERIFY2(result.message.contains("Folder/same-size.txt") &&
+                 result.message.contains("Folder/sub/new.txt"),
+             qPrintable(result.message));
+    QCOMPARE(fingerprint(source).keys(),
+             (QStringList{".", "/same-size.txt", "/sub", "/sub/new.txt"}));
+    QCOMPARE(fingerprint(copy), copied);
+    // The link went as a link: what it points to is untouched.
+    QVERIFY(QFileInfo::exists(sandbox.home() + "/outside/kept.txt"));
+
+    QVERIFY(QFile::remove(source + "/same-size.txt") && QFile::remove(source + "/sub/new.txt"));
+    QVERIFY(FileMover::finishInterruptedMove(source, copy).moved());
+    QVERIFY(!QFileInfo::exists(source));
+    QVERIFY(FileMover::finishInterruptedMove(source, copy).moved());
 }
 
 QTEST_GUILESS_MAIN(tst_FileMover)

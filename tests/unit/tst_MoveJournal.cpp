@@ -348,25 +348,26 @@ void tst_MoveJournal::compactionKeepsWithinBounds()
         journal.addIntent(interrupted, "/d/x", "/s/x", {});
         tidy = wholeRun(journal, Kind::Tidy, now.addDays(-29));
         wholeRun(journal, Kind::Undo, now.addDays(-29), 1, QString::number(tidy));
+        wholeRun(journal, Kind::Tidy, now.addDays(-29), 0); // the newest tidy moved nothing
         for (int i = 0; i < 99; ++i)
             wholeRun(journal, Kind::Restore, now);
         // Ending runs kept 100: the oldest restores gave way, not the run
-        // cut short nor the tidy and its undo.
+        // cut short, the tidies, nor the undo.
+        const QList<quint64> kept = {interrupted, tidy, tidy + 1, tidy + 2};
         QCOMPARE(journal.runs().size(), 100);
-        QCOMPARE(ids(journal.runs()).mid(0, 4),
-                 QList<quint64>({interrupted, tidy, tidy + 1, tidy + 4}));
-        QCOMPARE(journal.runs().last().id, tidy + 100);
+        QCOMPARE(ids(journal.runs()).mid(0, 5), kept + QList<quint64>{tidy + 6});
+        QCOMPARE(journal.runs().last().id, tidy + 101);
         // A month on, only those are left.
         journal.compact(now.addDays(31));
-        QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1}));
+        QCOMPARE(ids(journal.runs()), kept);
     }
     Journal journal(path);
     QVERIFY(journal.open(0ms));
-    QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1}));
+    QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1, tidy + 2}));
     QVERIFY(!journal.lastUndoableTidy()); // still undone
     QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>{interrupted});
     QCOMPARE(journal.run(tidy)->items.size(), 1);
-    QCOMPARE(journal.beginRun(Kind::Tidy, {}, now), tidy + 101); // numbers never come back
+    QCOMPARE(journal.beginRun(Kind::Tidy, {}, now), tidy + 102); // numbers never come back
 }
 
 void tst_MoveJournal::theLastUndoableTidy()
