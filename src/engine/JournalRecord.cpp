@@ -78,8 +78,9 @@ void appendEscaped(QByteArray &out, const char *bytes, qsizetype count)
     out.resize(to - out.constData());
 }
 
-// Appends text's bytes, escaped. Text that needs neither (plain ASCII, as most
-// names are) is copied in one pass without branches.
+// Appends text's bytes, escaped. Text that needs neither encoding nor escapes
+// (plain ASCII without control characters or "%", as most names are) is
+// copied in one pass without branches.
 void appendText(QByteArray &out, const QString &text)
 {
     const qsizetype start = out.size();
@@ -100,12 +101,19 @@ void appendText(QByteArray &out, const QString &text)
     appendEscaped(out, bytes.constData(), bytes.size());
 }
 
-// Appends a tab and the number.
+// Appends a separator (a tab, say) and the number.
 void appendNumber(QByteArray &out, quint64 number, char before = '\t')
 {
     char digits[24] = {before};
     const auto end = std::to_chars(digits + 1, digits + sizeof digits, number).ptr;
     out.append(digits, end - digits);
+}
+
+// Reads the whole of digits as a number in base.
+template <typename Number> bool readNumber(QByteArrayView digits, Number &number, int base = 10)
+{
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number, base);
+    return !digits.isEmpty() && error == std::errc() && end == digits.end();
 }
 
 quint32 checksum(QByteArrayView bytes)
@@ -177,9 +185,7 @@ public:
         if (tab < 0 || line.size() - tab - 1 != 8)
             return false;
         quint32 sum = 0;
-        const QByteArrayView hex = line.sliced(tab + 1);
-        if (std::from_chars(hex.begin(), hex.end(), sum, 16).ptr != hex.end() ||
-            sum != checksum(line.first(tab)))
+        if (!readNumber(line.sliced(tab + 1), sum, 16) || sum != checksum(line.first(tab)))
             return false;
         QByteArrayView rest = line.first(tab);
         for (m_count = 0; m_count < int(m_fields.size());) {
@@ -196,9 +202,7 @@ public:
 
     template <typename Number> bool number(int i, Number &number) const
     {
-        const QByteArrayView field = m_fields[i];
-        return !field.isEmpty() &&
-               std::from_chars(field.begin(), field.end(), number).ptr == field.end();
+        return readNumber(m_fields[i], number);
     }
     // Paths and messages are the costly part to read: where no one needs
     // them, they are left empty.
@@ -217,11 +221,8 @@ public:
     {
         const QByteArrayView field = m_fields[i];
         const qsizetype colon = field.indexOf(':');
-        const auto end = field.end();
-        return colon > 0 &&
-               std::from_chars(field.begin(), field.begin() + colon, identity.device).ptr ==
-                   field.begin() + colon &&
-               std::from_chars(field.begin() + colon + 1, end, identity.inode).ptr == end;
+        return colon > 0 && readNumber(field.first(colon), identity.device) &&
+               readNumber(field.sliced(colon + 1), identity.inode);
     }
     bool time(int i, QDateTime &time) const
     {
