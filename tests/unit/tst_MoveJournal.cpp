@@ -134,7 +134,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, {});
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
         journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
-        journal.noteDeferred(run, odd + " changing");
+        journal.noteDeferred(run, "/d/changing!\t");
         // Read before anything but the intents and notes is written.
         const auto before = journal.run(run);
         QVERIFY(before);
@@ -173,9 +173,8 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        {},
                                        {},
                                        {}}));
-        QCOMPARE(
-            written[3],
-            describe({0, odd + " changing", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
+        QCOMPARE(written[3],
+                 describe({0, "/d/changing!\t", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
         journal.endRun(run, start.addSecs(5));
         QCOMPARE(counts(journal.runs().value(0)),
                  "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
