@@ -131,7 +131,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.notePartial(run, 1, odd + ".part2");
         journal.noteCopied(run, 1, odd + ".part2", {7, 8});
         journal.noteAside(run, 2, odd + ".aside");
-        journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, {});
+        journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, "100%41 done");
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
         journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
         journal.noteDeferred(run, "/d/changing!\t");
@@ -146,7 +146,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        file,
                                        Status::Moved,
                                        {7, 8},
-                                       {},
+                                       "100%41 done",
                                        {tricky + ".part1", odd + ".part2"},
                                        odd + ".part2",
                                        {7, 8},
