@@ -1,0 +1,73 @@
+#pragma once
+
+#include "MoveJournal.h"
+
+#include <QHash>
+#include <QSet>
+
+struct JournalRecord;
+
+// What the journal's records say about its runs, kept up to date record by
+// record, whether they are being read from the file or written: each run's
+// counts and state, and the items of the runs asked for.
+class JournalRuns
+{
+public:
+    // Which runs keep their items: none, the one asked for, or those not
+    // ended (yet: a run's items are let go when its end comes).
+    enum class Items
+    {
+        None,
+        One,
+        Unended
+    };
+    explicit JournalRuns(Items items = Items::None, quint64 itemsOf = 0);
+
+    // Takes a record into account; bytes is the length of its line.
+    void apply(const JournalRecord &record, qsizetype bytes);
+    // Keeps no items from now on, and lets go of those kept.
+    void forgetItems();
+    // Forgets these runs.
+    void remove(const QSet<quint64> &ids);
+
+    // Every run, oldest first, with the items kept.
+    QList<MoveJournal::Run> runs() const;
+    std::optional<MoveJournal::Run> run(quint64 id) const;
+    // The runs that have no end.
+    QList<MoveJournal::Run> unended() const;
+    std::optional<MoveJournal::Run> lastUndoableTidy() const;
+    quint64 largestId() const { return m_largestId; }
+    // The number the next item announced in run gets.
+    quint32 nextSeq(quint64 run) const;
+    qsizetype count() const { return m_entries.size(); }
+    qint64 bytes() const { return m_bytes; }
+
+    // The runs to drop to keep within MoveJournal's bounds at now: oldest
+    // first, never one without an end, nor the newest tidy or the tidy an
+    // undo would take back (with the undos that name it, so that it stays
+    // undone).
+    QSet<quint64> beyondBounds(const QDateTime &now) const;
+
+private:
+    struct Entry
+    {
+        MoveJournal::Run run;
+        bool ended = false;
+        qint64 bytes = 0;
+        quint32 nextSeq = 1;
+        QHash<quint32, qsizetype> itemAt; // seq -> index in run.items
+    };
+    Entry &entry(quint64 id);
+    Entry *find(quint64 id);
+    const Entry *find(quint64 id) const;
+    bool keepsItems(const Entry &entry) const;
+    MoveJournal::Item &item(Entry &entry, quint32 seq);
+    // The newest tidy that moved anything.
+    const Entry *undoCandidate() const;
+
+    QList<Entry> m_entries; // in the order their first records came
+    Items m_items;
+    quint64 m_itemsOf;
+    quint64 m_largestId = 0;
+    qint64 m_bytes = 0;
+};

@@ -1,0 +1,369 @@
+#include "MoveJournal.h"
+
+#include "AppFolders.h"
+#include "FileNames.h"
+#include "JournalFile.h"
+#include "JournalRecord.h"
+#include "JournalRuns.h"
+
+#include <sys/stat.h>
+
+// The file: a header line (the format's version and the number the next run
+// takes), then records, one a line, only ever appended (JournalRecord.cpp
+// describes each line). Every line ends with a checksum, so a line cut short
+// or damaged is never taken for a record. Opening reads it whole:
+// - a last line cut short (no newline, or a wrong checksum on the last line
+//   only) is what a crash while appending leaves: it is cut off;
+// - a bad line anywhere else makes the file damaged: what can be read still
+//   counts, the file is kept as "<journal>.bad" and a new one is written with
+//   the records of the runs that were cut short, as recovery needs them.
+// Compaction writes the file anew without the runs dropped; a run's records
+// are either all kept or all dropped.
+
+namespace {
+
+using Run = MoveJournal::Run;
+
+// Calls handle(line, end, complete) for each line of bytes, without its
+// newline; end is where the next line starts; complete is false for a last
+// line without a newline.
+template <typename Handle> void forEachLine(QByteArrayView bytes, Handle handle)
+{
+    qsizetype at = 0;
+    while (at < bytes.size()) {
+        const qsizetype newline = bytes.indexOf('\n', at);
+        const qsizetype end = newline < 0 ? bytes.size() : newline;
+        handle(bytes.sliced(at, end - at), newline < 0 ? end : end + 1, newline >= 0);
+        at = end + 1;
+    }
+}
+
+} // namespace
+
+class MoveJournal::Private
+{
+public:
+    explicit Private(const QString &journalPath) : path(journalPath), file(journalPath) {}
+
+    // Reads the journal just opened and repairs what needs it.
+    bool load();
+    // Adds a record to what is to be written and to what is known of its run.
+    void add(const JournalRecord &record);
+    bool sync();
+    void compact(const QDateTime &now);
+    // The journal bytes hold anew: a header and the good lines of runs not dropped.
+    QByteArray rewritten(QByteArrayView bytes, const QSet<quint64> &dropped) const;
+
+    const QString path;
+    mutable std::mutex mutex;
+    JournalFile file;
+    JournalRuns runs;
+    QList<Run> interrupted;
+    QByteArray buffer; // records not yet written
+    quint64 nextRun = 1;
+    bool isOpen = false;
+    QString error;
+    QString note;
+};
+
+bool MoveJournal::Private::load()
+{
+    const std::optional<QByteArray> bytes = file.read();
+    if (!bytes)
+        return false;
+    JournalRuns found(JournalRuns::Items::Unended);
+    std::optional<quint64> headerNextRun;
+    qsizetype good = 0; // where the good lines end
+    bool damaged = false;
+    bool first = true;
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype end, bool complete) {
+        bool read = false;
+        if (std::exchange(first, false)) {
+            headerNextRun = complete ? JournalRecord::parseHeader(line) : std::nullopt;
+            read = headerNextRun.has_value();
+        } else if (const auto record = complete ? JournalRecord::parse(line) : std::nullopt) {
+            found.apply(*record, end - (line.data() - bytes->constData()));
+            read = true;
+        }
+        if (read && !damaged)
+            good = end;
+        else if (!read && end < bytes->size())
+            damaged = true;
+    });
+    nextRun = std::max(headerNextRun.value_or(1), found.largestId() + 1);
+    interrupted = found.unended();
+    found.forgetItems();
+
+    if (damaged) {
+        QSet<quint64> dropped;
+        for (const Run &run : found.runs())
+            dropped.insert(run.id);
+        for (const Run &run : std::as_const(interrupted))
+            dropped.remove(run.id);
+        const QString bad = path + QStringLiteral(".bad");
+        if (file.replace(rewritten(*bytes, dropped), bad)) {
+            found.remove(dropped);
+            note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a "
+                                  "new one holds the runs that were cut short.")
+                       .arg(FileNames::display(bad));
+        } else {
+            note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
+        }
+    } else if (good < bytes->size() && !file.truncate(good)) {
+        return false;
+    }
+    runs = std::move(found);
+    return damaged || good > 0 || file.append(JournalRecord::header(nextRun));
+}
+
+void MoveJournal::Private::add(const JournalRecord &record)
+{
+    const qsizetype before = buffer.size();
+    record.appendTo(buffer);
+    runs.apply(record, buffer.size() - before);
+}
+
+bool MoveJournal::Private::sync()
+{
+    if (!isOpen)
+        return false;
+    if (buffer.isEmpty())
+        return true;
+    if (!file.append(buffer)) {
+        error = file.error();
+        return false;
+    }
+    buffer.clear();
+    return true;
+}
+
+void MoveJournal::Private::compact(const QDateTime &now)
+{
+    const QSet<quint64> dropped = runs.beyondBounds(now);
+    if (dropped.isEmpty() || !sync())
+        return;
+    const std::optional<QByteArray> bytes = file.read();
+    if (bytes && file.replace(rewritten(*bytes, dropped)))
+        runs.remove(dropped);
+    else
+        error = file.error();
+}
+
+QByteArray MoveJournal::Private::rewritten(QByteArrayView bytes, const QSet<quint64> &dropped) const
+{
+    QByteArray kept = JournalRecord::header(nextRun);
+    kept.reserve(bytes.size());
+    forEachLine(bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+        const std::optional<quint64> run = complete ? JournalRecord::runOf(line) : std::nullopt;
+        if (run && !dropped.contains(*run)) {
+            kept.append(line);
+            kept.append('\n');
+        }
+    });
+    return kept;
+}
+
+MoveJournal::Identity MoveJournal::Identity::of(const QString &path)
+{
+    struct stat info;
+    if (::lstat(FileNames::encode(path).constData(), &info) != 0)
+        return {};
+    return {quint64(info.st_dev), quint64(info.st_ino)};
+}
+
+QString MoveJournal::defaultPath()
+{
+    return AppFolders::brevanoSupportFolder() + QStringLiteral("/Brevano.journal");
+}
+
+MoveJournal::MoveJournal(const QString &path) : d(std::make_unique<Private>(path)) {}
+
+MoveJournal::~MoveJournal()
+{
+    std::lock_guard lock(d->mutex);
+    d->sync();
+}
+
+bool MoveJournal::open(std::chrono::milliseconds lockWait)
+{
+    std::lock_guard lock(d->mutex);
+    if (d->isOpen)
+        return true;
+    d->note.clear();
+    if (!d->file.open(lockWait) || !d->load()) {
+        d->error = d->file.error();
+        d->file.close();
+        d->runs = JournalRuns();
+        d->interrupted.clear();
+        return false;
+    }
+    d->error.clear();
+    d->isOpen = true;
+    d->compact(QDateTime::currentDateTimeUtc());
+    return true;
+}
+
+bool MoveJournal::isOpen() const
+{
+    std::lock_guard lock(d->mutex);
+    return d->isOpen;
+}
+
+QString MoveJournal::lastError() const
+{
+    std::lock_guard lock(d->mutex);
+    return d->error;
+}
+
+QString MoveJournal::openingNote() const
+{
+    std::lock_guard lock(d->mutex);
+    return d->note;
+}
+
+quint64 MoveJournal::beginRun(RunKind kind, const QString &detail, const QDateTime &time)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return 0;
+    const quint64 run = d->nextRun++;
+    d->add({.type = JournalRecord::Type::Begin,
+            .run = run,
+            .kind = kind,
+            .text = detail,
+            .time = time});
+    return run;
+}
+
+quint32 MoveJournal::addIntent(quint64 run, const QString &source, const QString &target,
+                               const Identity &sourceIdentity)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return 0;
+    const quint32 seq = d->runs.nextSeq(run);
+    d->add({.type = JournalRecord::Type::Intent,
+            .run = run,
+            .seq = seq,
+            .path = source,
+            .target = target,
+            .identity = sourceIdentity});
+    return seq;
+}
+
+bool MoveJournal::sync()
+{
+    std::lock_guard lock(d->mutex);
+    return d->sync();
+}
+
+void MoveJournal::notePartial(quint64 run, quint32 seq, const QString &partialPath)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return;
+    d->add({.type = JournalRecord::Type::Partial, .run = run, .seq = seq, .path = partialPath});
+    d->sync();
+}
+
+void MoveJournal::noteCopied(quint64 run, quint32 seq, const QString &partialPath,
+                             const Identity &copy)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return;
+    d->add({.type = JournalRecord::Type::Copied,
+            .run = run,
+            .seq = seq,
+            .path = partialPath,
+            .identity = copy});
+    d->sync();
+}
+
+void MoveJournal::noteAside(quint64 run, quint32 seq, const QString &asidePath)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return;
+    d->add({.type = JournalRecord::Type::Aside, .run = run, .seq = seq, .path = asidePath});
+    d->sync();
+}
+
+void MoveJournal::noteOutcome(quint64 run, quint32 seq, ItemStatus status, const QString &target,
+                              const Identity &targetIdentity, const QString &message)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return;
+    d->add({.type = JournalRecord::Type::Outcome,
+            .run = run,
+            .seq = seq,
+            .status = status,
+            .target = target,
+            .text = message,
+            .identity = targetIdentity});
+}
+
+void MoveJournal::noteDeferred(quint64 run, const QString &source)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return;
+    d->add({.type = JournalRecord::Type::Deferred, .run = run, .path = source});
+}
+
+void MoveJournal::endRun(quint64 run, const QDateTime &time, bool recovered)
+{
+    std::lock_guard lock(d->mutex);
+    if (!d->isOpen)
+        return;
+    d->add({.type = JournalRecord::Type::End, .run = run, .time = time, .recovered = recovered});
+    d->sync();
+    d->interrupted.removeIf([run](const Run &cutShort) { return cutShort.id == run; });
+    if (d->runs.count() > kMaxRuns || d->runs.bytes() > kMaxBytes)
+        d->compact(time);
+}
+
+QList<MoveJournal::Run> MoveJournal::runs() const
+{
+    std::lock_guard lock(d->mutex);
+    return d->isOpen ? d->runs.runs() : QList<Run>();
+}
+
+std::optional<MoveJournal::Run> MoveJournal::run(quint64 id) const
+{
+    std::lock_guard lock(d->mutex);
+    std::optional<Run> run = d->isOpen ? d->runs.run(id) : std::nullopt;
+    std::optional<QByteArray> bytes = run ? d->file.read() : std::nullopt;
+    if (!bytes)
+        return std::nullopt;
+    bytes->append(d->buffer);
+    JournalRuns items(JournalRuns::Items::One, id);
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+        if (complete && JournalRecord::runOf(line) == id) {
+            if (const auto record = JournalRecord::parse(line))
+                items.apply(*record, 0);
+        }
+    });
+    run->items = items.run(id).value_or(Run()).items;
+    return run;
+}
+
+QList<MoveJournal::Run> MoveJournal::interruptedRuns() const
+{
+    std::lock_guard lock(d->mutex);
+    return d->isOpen ? d->interrupted : QList<Run>();
+}
+
+std::optional<MoveJournal::Run> MoveJournal::lastUndoableTidy() const
+{
+    std::lock_guard lock(d->mutex);
+    return d->isOpen ? d->runs.lastUndoableTidy() : std::nullopt;
+}
+
+void MoveJournal::compact(const QDateTime &now)
+{
+    std::lock_guard lock(d->mutex);
+    if (d->isOpen)
+        d->compact(now);
+}

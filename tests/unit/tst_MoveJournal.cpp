@@ -1,0 +1,433 @@
+#include "FileNames.h"
+#include "MoveJournal.h"
+#include "SandboxHome.h"
+
+#include <QtTest>
+
+using namespace std::chrono_literals;
+using Journal = MoveJournal;
+using Status = MoveJournal::ItemStatus;
+using Kind = MoveJournal::RunKind;
+
+namespace {
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void writeContents(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QCOMPARE(file.write(bytes), bytes.size());
+}
+
+// Every field of an item, to compare items whole.
+QString describe(const Journal::Item &i)
+{
+    const auto id = [](const Journal::Identity &x) {
+        return QStringLiteral("%1:%2").arg(x.device).arg(x.inode);
+    };
+    const auto bytes = [](const QString &path) {
+        return QString::fromLatin1(FileNames::encode(path).toPercentEncoding());
+    };
+    QStringList partials;
+    for (const QString &p : i.partials)
+        partials.append(bytes(p));
+    return QStringList{
+        QString::number(i.seq),         bytes(i.source),      bytes(i.target), id(i.sourceIdentity),
+        QString::number(int(i.status)), id(i.targetIdentity), i.message,       partials.join('+'),
+        bytes(i.copiedPartial),         id(i.copiedIdentity), bytes(i.aside)}
+        .join('|');
+}
+
+QStringList describeAll(const QList<Journal::Item> &items)
+{
+    QStringList all;
+    for (const Journal::Item &item : items)
+        all.append(describe(item));
+    return all;
+}
+
+QString counts(const Journal::Run &run)
+{
+    return QStringLiteral(
+               "moved %1 failed %2 deferred %3 skipped %4 ended %5 recovered %6 undone %7")
+        .arg(run.moved)
+        .arg(run.failed)
+        .arg(run.deferred)
+        .arg(run.skipped)
+        .arg(run.ended.isValid())
+        .arg(run.recovered)
+        .arg(run.undone);
+}
+
+// A whole run of kind that moved `moved` items.
+quint64 wholeRun(Journal &journal, Kind kind, const QDateTime &time, int moved = 1,
+                 const QString &detail = "manual")
+{
+    const quint64 run = journal.beginRun(kind, detail, time);
+    for (int i = 0; i < moved; ++i) {
+        const QString name = QStringLiteral("/d/%1-%2").arg(run).arg(i);
+        const quint32 seq = journal.addIntent(run, name, name + "-moved", {1, quint64(i)});
+        journal.noteOutcome(run, seq, Status::Moved, name + "-moved", {1, quint64(i)}, {});
+    }
+    journal.endRun(run, time);
+    return run;
+}
+
+QList<quint64> ids(const QList<Journal::Run> &runs)
+{
+    QList<quint64> all;
+    for (const Journal::Run &run : runs)
+        all.append(run.id);
+    return all;
+}
+
+} // namespace
+
+class tst_MoveJournal : public QObject
+{
+    Q_OBJECT
+private slots:
+    void aRunReadsBackAsWritten();
+    void aRunCutShortIsInterruptedAtTheNextOpen();
+    void aTornLastLineIsCutOff();
+    void aDamagedJournalIsSetAsideKeepingWhatIsInFlight();
+    void compactionKeepsWithinBounds();
+    void theLastUndoableTidy();
+    void oneOwnerAtATime();
+    void anUnwritableJournalIsHarmless();
+};
+
+void tst_MoveJournal::aRunReadsBackAsWritten()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    QCOMPARE(path, sandbox.dataFolder() + "/Brevano.journal");
+    const QString odd = FileNames::decode("/home/x/Desktop/caf\xe9 \xff.txt");
+    const QString tricky = "/home/x/Desktop/a\tb\nc%41%.txt";
+    const QString real = sandbox.write("Desktop/real.txt", "x");
+    QVERIFY(QFile::link(real, sandbox.desktop() + "/link"));
+    const Journal::Identity file = Journal::Identity::of(real);
+    const Journal::Identity link = Journal::Identity::of(sandbox.desktop() + "/link");
+    QVERIFY(!file.isNull() && !link.isNull() && !(file == link));
+    QVERIFY(Journal::Identity::of(sandbox.desktop() + "/none").isNull());
+
+    const QDateTime start = QDateTime::fromMSecsSinceEpoch(1'700'000'000'123, Qt::UTC);
+    QStringList written;
+    quint64 run = 0;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        run = journal.beginRun(Kind::Tidy, "scheduled", start);
+        QCOMPARE(journal.addIntent(run, odd, tricky, file), 1u);
+        QCOMPARE(journal.addIntent(run, tricky, odd, link), 2u);
+        QCOMPARE(journal.addIntent(run, real, "/s/real.txt", {}), 3u);
+        QVERIFY(journal.sync());
+        journal.notePartial(run, 1, tricky + ".part1");
+        journal.notePartial(run, 1, odd + ".part2");
+        journal.noteCopied(run, 1, odd + ".part2", {7, 8});
+        journal.noteAside(run, 2, odd + ".aside");
+        journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, {});
+        journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
+        journal.noteOutcome(run, 3, Status::Skipped, {}, {}, "name taken");
+        journal.noteDeferred(run, odd + " changing");
+        // Read before anything but the intents and notes is written.
+        const auto before = journal.run(run);
+        QVERIFY(before);
+        written = describeAll(before->items);
+        QCOMPARE(written.size(), 4);
+        QCOMPARE(written[0], describe({1,
+                                       odd,
+                                       tricky + " 2",
+                                       file,
+                                       Status::Moved,
+                                       {7, 8},
+                                       {},
+                                       {tricky + ".part1", odd + ".part2"},
+                                       odd + ".part2",
+                                       {7, 8},
+                                       {}}));
+        QCOMPARE(written[1], describe({2,
+                                       tricky,
+                                       odd,
+                                       link,
+                                       Status::Incomplete,
+                                       link,
+                                       "left\t“b” behind\n",
+                                       {},
+                                       {},
+                                       {},
+                                       odd + ".aside"}));
+        QCOMPARE(
+            written[3],
+            describe({0, odd + " changing", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
+        journal.endRun(run, start.addSecs(5));
+        QCOMPARE(counts(journal.runs().value(0)),
+                 "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
+    }
+    Journal reopened(path);
+    QVERIFY(reopened.open(0ms));
+    QVERIFY(reopened.interruptedRuns().isEmpty());
+    const QList<Journal::Run> runs = reopened.runs();
+    QCOMPARE(runs.size(), 1);
+    QCOMPARE(counts(runs[0]), "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
+    QCOMPARE(runs[0].started, start);
+    QCOMPARE(runs[0].ended, start.addSecs(5));
+    QCOMPARE(runs[0].detail, "scheduled");
+    QVERIFY(runs[0].items.isEmpty());
+    QCOMPARE(describeAll(reopened.run(run)->items), written);
+    QVERIFY(!reopened.run(run + 1));
+    QCOMPARE(reopened.beginRun(Kind::Restore, {}, start), run + 1);
+    QVERIFY(reopened.openingNote().isEmpty());
+}
+
+void tst_MoveJournal::aRunCutShortIsInterruptedAtTheNextOpen()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QString copy = sandbox.home() + "/copy.journal";
+    quint64 tidy = 0;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Restore, now);
+        tidy = journal.beginRun(Kind::Tidy, "manual", now);
+        journal.addIntent(tidy, "/d/a", "/s/a", {1, 2});
+        journal.addIntent(tidy, "/d/b", "/s/b", {1, 3});
+        journal.noteOutcome(tidy, 1, Status::Moved, "/s/a", {1, 2}, {});
+        QVERIFY(journal.sync());
+        journal.noteAside(tidy, 2, "/s/.aside-b");
+        journal.noteOutcome(tidy, 2, Status::Moved, "/s/b", {1, 3}, {}); // never written
+        // What a kill leaves: the file as it is now.
+        writeContents(copy, contents(path));
+    }
+    {
+        Journal killed(copy);
+        QVERIFY(killed.open(0ms));
+        const QList<Journal::Run> cutShort = killed.interruptedRuns();
+        QCOMPARE(ids(cutShort), QList<quint64>{tidy});
+        QCOMPARE(
+            describeAll(cutShort[0].items),
+            QStringList(
+                {describe({1, "/d/a", "/s/a", {1, 2}, Status::Moved, {1, 2}, {}, {}, {}, {}, {}}),
+                 describe({2,
+                           "/d/b",
+                           "/s/b",
+                           {1, 3},
+                           Status::Pending,
+                           {},
+                           {},
+                           {},
+                           {},
+                           {},
+                           "/s/.aside-b"})}));
+        QVERIFY(cutShort[0].ended.isNull());
+        QCOMPARE(killed.runs().size(), 2);
+        // Finished at the next start.
+        killed.noteOutcome(tidy, 2, Status::Moved, "/s/b", {1, 3}, {});
+        killed.endRun(tidy, now, true);
+        QVERIFY(killed.interruptedRuns().isEmpty());
+    }
+    Journal finished(copy);
+    QVERIFY(finished.open(0ms));
+    QVERIFY(finished.interruptedRuns().isEmpty());
+    QCOMPARE(counts(finished.lastUndoableTidy().value()),
+             "moved 2 failed 0 deferred 0 skipped 0 ended 1 recovered 1 undone 0");
+    QCOMPARE(finished.beginRun(Kind::Drop, {}, now), tidy + 1);
+
+    // Destroyed without an end, the journal holds what was buffered too.
+    Journal destroyed(path);
+    QVERIFY(destroyed.open(0ms));
+    QCOMPARE(ids(destroyed.interruptedRuns()), QList<quint64>{tidy});
+    QCOMPARE(destroyed.interruptedRuns()[0].items.value(1).status, Status::Moved);
+}
+
+void tst_MoveJournal::aTornLastLineIsCutOff()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Tidy, now, 2);
+    }
+    const QByteArray whole = contents(path);
+    for (const QByteArray &torn : {QByteArray("intent\t2\t1\t/d/x\t/s/"),     // no newline
+                                   QByteArray("end\t1\t5\t0\t00000000\n")}) { // a wrong checksum
+        writeContents(path, whole + torn);
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        QCOMPARE(contents(path), whole);
+        QCOMPARE(journal.runs().size(), 1);
+        QVERIFY(journal.openingNote().isEmpty());
+        QVERIFY(!QFile::exists(path + ".bad"));
+    }
+    // What is written after it reads back.
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Tidy, now, 1);
+    }
+    Journal journal(path);
+    QVERIFY(journal.open(0ms));
+    QCOMPARE(ids(journal.runs()), QList<quint64>({1, 2}));
+    QVERIFY(journal.openingNote().isEmpty());
+}
+
+void tst_MoveJournal::aDamagedJournalIsSetAsideKeepingWhatIsInFlight()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    quint64 cutShort = 0;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Tidy, now, 2);
+        cutShort = journal.beginRun(Kind::Drop, {}, now);
+        journal.addIntent(cutShort, "/d/x", "/s/x", {1, 9});
+        QVERIFY(journal.sync());
+        wholeRun(journal, Kind::Tidy, now, 1);
+        journal.notePartial(cutShort, 1, "/s/.partial-x");
+    }
+    QByteArray damaged = contents(path);
+    const qsizetype second = damaged.indexOf("intent\t1\t2");
+    QVERIFY(second > 0);
+    damaged[second + 12] = 'Z';
+    writeContents(path, damaged);
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        QVERIFY2(journal.openingNote().contains("damaged") &&
+                     journal.openingNote().contains(path + ".bad"),
+                 qPrintable(journal.openingNote()));
+        QCOMPARE(contents(path + ".bad"), damaged);
+        const QList<Journal::Run> interrupted = journal.interruptedRuns();
+        QCOMPARE(ids(interrupted), QList<quint64>{cutShort});
+        QCOMPARE(interrupted[0].items.value(0).partials, QStringList{"/s/.partial-x"});
+        QCOMPARE(ids(journal.runs()), QList<quint64>{cutShort});
+        QCOMPARE(journal.beginRun(Kind::Restore, {}, now), 4u);
+    }
+    // The new journal is whole, and still holds the run to finish.
+    Journal journal(path);
+    QVERIFY(journal.open(0ms));
+    QVERIFY(journal.openingNote().isEmpty());
+    QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>({cutShort, 4}));
+    QCOMPARE(journal.interruptedRuns()[0].items.value(0).source, "/d/x");
+    QCOMPARE(journal.beginRun(Kind::Restore, {}, now), 5u);
+}
+
+void tst_MoveJournal::compactionKeepsWithinBounds()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    quint64 tidy = 0, interrupted = 0;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Restore, now.addDays(-31)); // too old
+        interrupted = journal.beginRun(Kind::Drop, {}, now.addDays(-40));
+        journal.addIntent(interrupted, "/d/x", "/s/x", {});
+        tidy = wholeRun(journal, Kind::Tidy, now.addDays(-29));
+        wholeRun(journal, Kind::Undo, now.addDays(-29), 1, QString::number(tidy));
+        for (int i = 0; i < 99; ++i)
+            wholeRun(journal, Kind::Restore, now);
+        // Ending runs kept 100: the oldest restores gave way, not the run
+        // cut short nor the tidy and its undo.
+        QCOMPARE(journal.runs().size(), 100);
+        QCOMPARE(ids(journal.runs()).mid(0, 4),
+                 QList<quint64>({interrupted, tidy, tidy + 1, tidy + 4}));
+        QCOMPARE(journal.runs().last().id, tidy + 100);
+        // A month on, only those are left.
+        journal.compact(now.addDays(31));
+        QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1}));
+    }
+    Journal journal(path);
+    QVERIFY(journal.open(0ms));
+    QCOMPARE(ids(journal.runs()), QList<quint64>({interrupted, tidy, tidy + 1}));
+    QVERIFY(!journal.lastUndoableTidy()); // still undone
+    QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>{interrupted});
+    QCOMPARE(journal.run(tidy)->items.size(), 1);
+    QCOMPARE(journal.beginRun(Kind::Tidy, {}, now), tidy + 101); // numbers never come back
+}
+
+void tst_MoveJournal::theLastUndoableTidy()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    quint64 second = 0;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        QVERIFY(!journal.lastUndoableTidy());
+        const quint64 first = wholeRun(journal, Kind::Tidy, now, 2);
+        wholeRun(journal, Kind::Tidy, now, 0); // moved nothing
+        wholeRun(journal, Kind::Restore, now, 3);
+        QCOMPARE(journal.lastUndoableTidy()->id, first);
+        QCOMPARE(journal.lastUndoableTidy()->moved, 2);
+        second = wholeRun(journal, Kind::Tidy, now, 1);
+        QCOMPARE(journal.lastUndoableTidy()->id, second);
+        // Undone as soon as the undo begins; the tidy before is not offered then.
+        journal.beginRun(Kind::Undo, QString::number(second), now);
+        QVERIFY(!journal.lastUndoableTidy());
+        QVERIFY(journal.runs()[3].undone);
+        QVERIFY(!journal.runs()[0].undone);
+    }
+    Journal journal(path);
+    QVERIFY(journal.open(0ms));
+    QVERIFY(!journal.lastUndoableTidy());
+    QVERIFY(journal.run(second)->undone);
+    const quint64 third = wholeRun(journal, Kind::Tidy, now, 1);
+    QCOMPARE(journal.lastUndoableTidy()->id, third);
+}
+
+void tst_MoveJournal::oneOwnerAtATime()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    auto first = std::make_unique<Journal>(path);
+    QVERIFY(first->open(0ms));
+    Journal second(path);
+    QVERIFY(!second.open(0ms));
+    QVERIFY2(second.lastError().contains("in use"), qPrintable(second.lastError()));
+    QCOMPARE(second.beginRun(Kind::Tidy, {}, QDateTime::currentDateTimeUtc()), 0u);
+    first.reset();
+    QVERIFY(second.open(0ms));
+    QVERIFY(second.lastError().isEmpty());
+}
+
+void tst_MoveJournal::anUnwritableJournalIsHarmless()
+{
+    SandboxHome sandbox;
+    const QString inTheWay = sandbox.write("file", "not a folder");
+    Journal journal(inTheWay + "/Brevano/Brevano.journal");
+    QVERIFY(!journal.open(0ms));
+    QVERIFY(!journal.isOpen());
+    QVERIFY(!journal.lastError().isEmpty());
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const quint64 run = journal.beginRun(Kind::Tidy, "manual", now);
+    const quint32 seq = journal.addIntent(run, "/d/a", "/s/a", {});
+    QVERIFY(!journal.sync());
+    journal.notePartial(run, seq, "/s/.p");
+    journal.noteCopied(run, seq, "/s/.p", {1, 2});
+    journal.noteAside(run, seq, "/s/.a");
+    journal.noteOutcome(run, seq, Status::Moved, "/s/a", {}, {});
+    journal.noteDeferred(run, "/d/b");
+    journal.endRun(run, now);
+    journal.compact(now);
+    QVERIFY(journal.runs().isEmpty());
+    QVERIFY(!journal.run(run));
+    QVERIFY(journal.interruptedRuns().isEmpty());
+    QVERIFY(!journal.lastUndoableTidy());
+}
+
+QTEST_GUILESS_MAIN(tst_MoveJournal)
+#include "tst_MoveJournal.moc"
