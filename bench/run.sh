@@ -142,12 +142,19 @@ rm -rf "$1" "$2"; mkdir -p "$1" "$2"
 cd "$1" && seq -f "file%05g.txt" 0 9999 | xargs touch -d '1 hour ago'
 PREP
 chmod +x "$work/prepare.sh"
+# Every move is recorded in the journal first; the same tidy without it shows
+# what the record costs.
 ours=$(RUNS=7 median_of --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
 moved=$(find "$shadow" -type f | wc -l); left=$(find "$home/Desktop" -type f | wc -l)
+journal="$home/.local/share/Brevano/Brevano.journal"
+unjournaled=$(BREVANO_JOURNAL=off RUNS=7 median_of \
+  --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
 ref=$(RUNS=7 median_of --prepare "$work/prepare.sh $work/from $work/to" \
   "bash -c 'mv -n -t $work/to $work/from/*'")
 report tidy-10000-files "$ours" "$ref" 1.5
-echo "  after the last tidy: $moved files in the Shadow Desktop, $left on the Desktop"
+report tidy-without-journal "$unjournaled" "$ref" 1.5
+echo "  after the last tidy with the journal: $moved files in the Shadow Desktop, $left on the Desktop"
+echo "  the journal: $(stat -c %s "$journal" 2>/dev/null || echo 0) bytes on $(df --output=fstype "$home" | tail -1)"
 [ "$moved" = 10000 ] && [ "$left" = 0 ] || echo "  FILES NOT ACCOUNTED FOR"
 
 # 4. The status menu's Shadow Desktop tree on 100,000 files (its limits apply).

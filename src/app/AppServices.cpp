@@ -7,7 +7,8 @@ AppServices::AppServices(AlertPresenter &alerts)
     : m_data(QtScheduler::instance(), NotificationCenter::defaultCenter(), alerts),
       m_engine(m_data,
                EngineServices{QtScheduler::instance(), NotificationCenter::defaultCenter(),
-                              m_itemInfo, m_trash, m_notifier, m_fileViewer, m_modifierKeys})
+                              m_itemInfo, m_trash, m_notifier, m_fileViewer, m_modifierKeys}),
+      m_journal(MoveJournal::defaultPath())
 {
     BrevanoData::setSharedInstance(&m_data);
     Brevano::setSharedInstance(&m_engine);
@@ -15,6 +16,7 @@ AppServices::AppServices(AlertPresenter &alerts)
 
 AppServices::~AppServices()
 {
+    m_engine.setJournal(nullptr);
     Brevano::setSharedInstance(nullptr);
     BrevanoData::setSharedInstance(nullptr);
 }
@@ -24,4 +26,22 @@ void AppServices::loadStore()
     m_data.loadDataFile();
     m_engine.linkSaveData(m_data.saveData());
     m_data.setTidyStatusSource(&m_engine);
+}
+
+JournalRecovery::Report AppServices::startJournal(QString *problem)
+{
+    loadStore();
+    if (qgetenv("BREVANO_JOURNAL") == "off")
+        return {};
+    if (!m_journal.open()) {
+        if (problem)
+            *problem = QStringLiteral("moves are not recorded: %1").arg(m_journal.lastError());
+        return {};
+    }
+    if (problem)
+        *problem = m_journal.openingNote();
+    m_engine.setJournal(&m_journal);
+    return JournalRecovery(m_journal, m_trash)
+        .recover({m_engine.getDesktopFolder(), m_engine.getTargetFilename()},
+                 QDateTime::currentDateTimeUtc());
 }

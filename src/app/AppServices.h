@@ -6,7 +6,9 @@
 #include "FreedesktopNotifier.h"
 #include "FreedesktopThumbnailService.h"
 #include "FreedesktopTrash.h"
+#include "JournalRecovery.h"
 #include "LocalItemInfo.h"
+#include "MoveJournal.h"
 #include "QtModifierKeys.h"
 
 class AlertPresenter;
@@ -29,6 +31,14 @@ public:
     // Loads the data file and links the engine to it, as the tray application
     // starts (for programs that start from these services without it).
     void loadStore();
+    // Loads the store, opens the move journal for the engine and finishes
+    // what a run cut short left in flight. Before anything else moves; the
+    // tray application and every command run here (not handed to a running
+    // application) start so. Without the journal (it is locked by another
+    // Brevano, or cannot be written) moves go on unrecorded and nothing is
+    // recovered; problem says why. BREVANO_JOURNAL=off (for benchmarks) runs
+    // without one.
+    JournalRecovery::Report startJournal(QString *problem);
 
 private:
     LocalItemInfo m_itemInfo;
@@ -39,4 +49,5 @@ private:
     QtModifierKeys m_modifierKeys;
     BrevanoData m_data;
     Brevano m_engine;
+    MoveJournal m_journal;
 };

@@ -91,6 +91,13 @@ int runCommand(int argc, char *argv[], QStringList args, std::optional<Window> &
         }
     }
     AppServices services(alerts);
+    QString journalProblem;
+    const JournalRecovery::Report recovered = services.startJournal(&journalProblem);
+    if (!journalProblem.isEmpty())
+        err << "brevano: warning: " << journalProblem << '\n';
+    if (!recovered.isEmpty())
+        err << recovered.line() << '\n';
+    err.flush();
     CommandLine commandLine(services.data(), services.engine(), out, err);
     if (hasDisplay())
         commandLine.setWindowOpener([&startWith](Window window) { startWith = window; });
@@ -188,6 +195,13 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
         InstanceChannel::send(handOver, 10000);
         return 0;
     }
+    QString journalProblem;
+    const JournalRecovery::Report recovered = services.startJournal(&journalProblem);
+    if (!journalProblem.isEmpty())
+        qWarning("Brevano: %s", qUtf8Printable(journalProblem));
+    if (!recovered.isEmpty())
+        services.engine().notifyUser(JournalRecovery::kTitle, recovered.summary(), QString(),
+                                     QStringLiteral("RecoveredRun"));
     UnixSignalWatcher quitSignals({SIGTERM, SIGINT});
     QObject::connect(&quitSignals, &UnixSignalWatcher::received, &app, &QCoreApplication::quit);
     delegate.applicationDidFinishLaunching();

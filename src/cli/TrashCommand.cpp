@@ -26,6 +26,7 @@ int TrashCommand::run(CliContext &context, const QStringList &args)
         return CliContext::BadUsage;
     context.loadStore();
     int status = CliContext::Success;
+    const Brevano::Batch batch(context.engine(), MoveJournal::RunKind::Trash);
     for (const QString &name : args) {
         const Trash::Result result = context.engine().trashItem(context.shadowPath(name));
         if (result.ok)

@@ -7,6 +7,7 @@
 #include "FileStat.h"
 #include "FileViewer.h"
 #include "ItemInfo.h"
+#include "JournaledRun.h"
 #include "ModifiedDateFilter.h"
 #include "ModifierKeys.h"
 #include "NotificationCenter.h"
@@ -227,6 +228,9 @@ void Brevano::performTidyFromRequest(int request)
         return;
     }
 
+    m_tidyKind = request == TidyRequestRepeat      ? QStringLiteral("repeat")
+                 : request == TidyRequestScheduled ? QStringLiteral("scheduled")
+                                                   : QStringLiteral("manual");
     if (request == TidyRequestRepeat) {
         m_isRepeatTidy = true;
         performTidyNow();
@@ -278,15 +282,44 @@ void Brevano::performTidyNow()
         // Asked once per pass: finding the default folder reads the XDG directories.
         const QString shadowRoot = getTargetFilename();
         const quint32 overwriteMode = m_data.getOverwriteMode();
+        // Every verdict first, so that all the moves are announced in the
+        // journal at once, and durable before the first one starts.
+        struct Planned
+        {
+            QString entry;
+            bool deferred;
+            quint32 seq;
+        };
+        std::vector<Planned> plan;
         forEachTidyItem(true, [&](const QString &entry, quint32 verdict) {
+            plan.push_back({entry, verdict == CandidateSelector::CandidateDeferred, 0});
+        });
+        // Nothing to record when nothing is left to look at.
+        JournaledRun run(plan.empty() ? nullptr : m_journal, MoveJournal::RunKind::Tidy, m_tidyKind,
+                         m_services.scheduler.now());
+        for (Planned &item : plan) {
+            if (item.deferred)
+                run.noteDeferred(item.entry);
+            else
+                item.seq =
+                    run.announce(item.entry, shadowRoot + u'/' +
+                                                 ShadowDesktopPaths::lastPathComponent(item.entry));
+        }
+        run.sync();
+        for (const Planned &item : plan) {
             ++found;
-            const QString name = ShadowDesktopPaths::lastPathComponent(entry);
-            if (verdict == CandidateSelector::CandidateDeferred) {
-                emit tidyItemProcessed(entry, ItemResult::Deferred, QString(), QString());
-                return;
+            if (item.deferred) {
+                emit tidyItemProcessed(item.entry, ItemResult::Deferred, QString(), QString());
+                continue;
             }
-            const OverwriteMover::Outcome outcome =
-                m_mover.move(entry, shadowRoot + u'/' + name, overwriteMode);
+            const QString name = ShadowDesktopPaths::lastPathComponent(item.entry);
+            OverwriteMover::Outcome outcome;
+            run.perform(item.seq, [&] {
+                outcome = m_mover.move(item.entry, shadowRoot + u'/' + name, overwriteMode);
+                return JournaledRun::Outcome{outcome.moved ? MoveJournal::ItemStatus::Moved
+                                                           : MoveJournal::ItemStatus::Failed,
+                                             outcome.target, outcome.reason};
+            });
             const QString shownName = FileNames::display(name);
             if (outcome.moved) {
                 ++moved;
@@ -300,9 +333,11 @@ void Brevano::performTidyNow()
                     QStringLiteral("File '%1' could not be moved to Shadow Desktop").arg(shownName),
                     QString(), QStringLiteral("MoveFailed"));
             }
-            emit tidyItemProcessed(entry, outcome.moved ? ItemResult::Moved : ItemResult::Failed,
+            emit tidyItemProcessed(item.entry,
+                                   outcome.moved ? ItemResult::Moved : ItemResult::Failed,
                                    outcome.target, outcome.reason);
-        });
+        }
+        run.setEndTime(m_services.scheduler.now());
     }
     if (notificationsAllow(m_data.getGrowlOnComplete()) && found > 0)
         notifyUser(
@@ -418,13 +453,57 @@ void Brevano::growlNotificationWasClicked(const QVariantMap &context)
 
 // ---- restore, delete, empty, size ----
 
+Brevano::Batch::Batch(Brevano &engine, MoveJournal::RunKind kind)
+    : m_engine(engine), m_previous(engine.m_batch),
+      m_run(engine.m_journal, kind, QString(), engine.m_services.scheduler.now())
+{
+    engine.m_batch = &m_run;
+}
+
+Brevano::Batch::~Batch()
+{
+    m_run.setEndTime(m_engine.m_services.scheduler.now());
+    m_engine.m_batch = m_previous;
+}
+
+JournaledRun::Outcome Brevano::moveInRun(MoveJournal::RunKind kind, const QString &source,
+                                         const QString &target,
+                                         const std::function<JournaledRun::Outcome()> &move)
+{
+    if (m_batch && m_batch->kind() == kind)
+        return m_batch->moveOne(source, target, move);
+    JournaledRun run(m_journal, kind, QString(), m_services.scheduler.now());
+    const JournaledRun::Outcome outcome = run.moveOne(source, target, move);
+    run.setEndTime(m_services.scheduler.now());
+    return outcome;
+}
+
+FileMover::Result Brevano::doMoveFileFromWithoutReplacing(const QString &source,
+                                                          const QString &target,
+                                                          MoveJournal *journal)
+{
+    FileMover::Result result;
+    JournaledRun run(journal, MoveJournal::RunKind::Drop, QString(),
+                     QDateTime::currentDateTimeUtc());
+    run.moveOne(source, target, [&] {
+        result = FileMover::move(source, target);
+        return JournaledRun::outcomeOf(result, target);
+    });
+    run.setEndTime(QDateTime::currentDateTimeUtc());
+    return result;
+}
+
 FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
 {
     if (!fileResidesInShadowDesktopRoot(path))
         return {FileMover::Status::Failed,
                 QStringLiteral("it does not lie directly in the Shadow Desktop")};
     const QString target = getOriginalPathFromShadowPath(path);
-    const FileMover::Result result = FileMover::move(path, target);
+    FileMover::Result result;
+    moveInRun(MoveJournal::RunKind::Restore, path, target, [&] {
+        result = FileMover::move(path, target);
+        return JournaledRun::outcomeOf(result, target);
+    });
     // A copy that landed while part of the item stayed behind is on the
     // Desktop all the same: the tidy is to leave it there.
     if (addToIgnore && (result.moved() || result.status == FileMover::Status::Incomplete))
@@ -434,19 +513,33 @@ FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
 
 void Brevano::restoreAllFiles(bool addToIgnore)
 {
+    const Batch batch(*this, MoveJournal::RunKind::Restore);
     for (const QString &entry : DirectoryListing::entries(m_data.getShadowDesktopPath()))
         restoreItemAtPath(entry, addToIgnore);
 }
 
 Trash::Result Brevano::trashItem(const QString &path)
 {
-    return m_services.trash.trash(path);
+    Trash::Result result;
+    moveInRun(MoveJournal::RunKind::Trash, path, QString(), [&] {
+        result = m_services.trash.trash(path);
+        using Status = MoveJournal::ItemStatus;
+        // Not trashed, yet a path: the copy is there and part of the item stayed.
+        return JournaledRun::Outcome{
+            result.ok ? Status::Moved
+                      : (result.trashedPath.isEmpty() ? Status::Failed : Status::Incomplete),
+            result.trashedPath, result.message};
+    });
+    return result;
 }
 
 void Brevano::deleteShadowDesktopContents()
 {
-    for (const QString &entry : DirectoryListing::entries(getTargetFilename()))
-        deleteItemAtPath(entry);
+    {
+        const Batch batch(*this, MoveJournal::RunKind::Trash);
+        for (const QString &entry : DirectoryListing::entries(getTargetFilename()))
+            deleteItemAtPath(entry);
+    }
     if (notificationsAllow(m_data.getGrowlOnEmpty()))
         notifyUser(
             QStringLiteral("Empty Shadow Desktop Complete"),

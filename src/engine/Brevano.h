@@ -4,6 +4,7 @@
 #include "EngineServices.h"
 #include "FileMover.h"
 #include "FolderSize.h"
+#include "JournaledRun.h"
 #include "OverwriteMover.h"
 #include "PropertyValue.h"
 #include "Scheduler.h"
@@ -21,7 +22,6 @@
 #include <memory>
 
 class BrevanoData;
-class MoveJournal;
 class QFileSystemWatcher;
 
 // The tidy engine: which Desktop items to move, the tidy itself, its schedule,
@@ -117,12 +117,11 @@ public:
     // The same move without ever replacing, whatever the overwrite mode, with
     // the mover's account: a taken name leaves the item where it is
     // (TargetExists). Items dropped on the panel move so, off the main thread:
-    // it touches nothing of the engine.
+    // it touches nothing of the engine, and records the move as a run of its
+    // own in journal (thread-safe), if any.
     static FileMover::Result doMoveFileFromWithoutReplacing(const QString &source,
-                                                            const QString &target)
-    {
-        return FileMover::move(source, target);
-    }
+                                                            const QString &target,
+                                                            MoveJournal *journal);
     bool isRepeatTidy() const { return m_isRepeatTidy; }
     void setIsRepeatTidy(bool repeat) { m_isRepeatTidy = repeat; }
     bool hasPendingTidy() const { return !m_pendingPasses.isEmpty(); }
@@ -163,6 +162,21 @@ public:
     void growlNotificationWasClicked(const QVariantMap &context);
 
     // ---- restore, delete, empty, size ----
+    // While one lives, the restores (or trashings) asked for are one run of
+    // the journal, not a run each.
+    class Batch
+    {
+    public:
+        Batch(Brevano &engine, MoveJournal::RunKind kind);
+        ~Batch();
+        Batch(const Batch &) = delete;
+        Batch &operator=(const Batch &) = delete;
+
+    private:
+        Brevano &m_engine;
+        JournaledRun *m_previous;
+        JournaledRun m_run;
+    };
     bool restoreItemAtPath(const QString &path, bool addToIgnore)
     {
         return restoreItem(path, addToIgnore).moved();
@@ -227,6 +241,10 @@ signals:
 
 private:
     bool notificationsAllow(bool setting) const;
+    // A move recorded in the open batch of its kind, or in a run of its own.
+    JournaledRun::Outcome moveInRun(MoveJournal::RunKind kind, const QString &source,
+                                    const QString &target,
+                                    const std::function<JournaledRun::Outcome()> &move);
     void armRetry();
 
     BrevanoData &m_data;
@@ -239,6 +257,8 @@ private:
     QHash<QString, std::function<void(const QVariantMap &)>> m_actions;
 
     MoveJournal *m_journal = nullptr;
+    JournaledRun *m_batch = nullptr;
+    QString m_tidyKind = QStringLiteral("manual"); // how the pass to come was asked for
     bool m_isRepeatTidy = false;
     std::shared_ptr<std::atomic<bool>> m_abortMenuPopulate =
         std::make_shared<std::atomic<bool>>(false);

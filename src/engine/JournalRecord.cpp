@@ -60,14 +60,13 @@ bool needsEscape(uint c)
     return c < 0x20 || c == 0x7f || c == '%';
 }
 
-// Appends units (bytes, or UTF-16 units known to be ASCII), escaped.
-template <typename Unit> void appendEscaped(QByteArray &out, const Unit *units, qsizetype count)
+void appendEscaped(QByteArray &out, const char *bytes, qsizetype count)
 {
     const qsizetype start = out.size();
     out.resize(start + 3 * count);
     char *to = out.data() + start;
     for (qsizetype i = 0; i < count; ++i) {
-        const uint c = uint(units[i]) & 0xff;
+        const uchar c = uchar(bytes[i]);
         if (needsEscape(c)) {
             *to++ = '%';
             *to++ = kHex[c >> 4];
@@ -79,24 +78,33 @@ template <typename Unit> void appendEscaped(QByteArray &out, const Unit *units, 
     out.resize(to - out.constData());
 }
 
+// Appends text's bytes, escaped. Text that needs neither (plain ASCII, as most
+// names are) is copied in one pass without branches.
 void appendText(QByteArray &out, const QString &text)
 {
-    const ushort *units = text.utf16();
+    const qsizetype start = out.size();
     const qsizetype count = text.size();
+    const char16_t *units = reinterpret_cast<const char16_t *>(text.constData());
+    out.resize(start + count);
+    char *to = out.data() + start;
+    bool special = false;
     for (qsizetype i = 0; i < count; ++i) {
-        if (units[i] >= 0x80) {
-            const QByteArray bytes = FileNames::encode(text);
-            appendEscaped(out, bytes.constData(), bytes.size());
-            return;
-        }
+        const char16_t c = units[i];
+        to[i] = char(c);
+        special |= (c >= 0x7f) | (c < 0x20) | (c == u'%');
     }
-    appendEscaped(out, units, count);
+    if (!special)
+        return;
+    out.resize(start);
+    const QByteArray bytes = FileNames::encode(text);
+    appendEscaped(out, bytes.constData(), bytes.size());
 }
 
-void appendNumber(QByteArray &out, quint64 number)
+// Appends a tab and the number.
+void appendNumber(QByteArray &out, quint64 number, char before = '\t')
 {
-    char digits[24];
-    const auto end = std::to_chars(digits, digits + sizeof digits, number).ptr;
+    char digits[24] = {before};
+    const auto end = std::to_chars(digits + 1, digits + sizeof digits, number).ptr;
     out.append(digits, end - digits);
 }
 
@@ -121,7 +129,6 @@ public:
     }
     LineWriter &number(quint64 number)
     {
-        m_out.append('\t');
         appendNumber(m_out, number);
         return *this;
     }
@@ -133,16 +140,16 @@ public:
     }
     LineWriter &identity(const Identity &identity)
     {
-        number(identity.device);
-        m_out.append(':');
-        appendNumber(m_out, identity.inode);
+        appendNumber(m_out, identity.device);
+        appendNumber(m_out, identity.inode, ':');
         return *this;
     }
     LineWriter &time(const QDateTime &time)
     {
-        m_out.append('\t');
         if (time.isValid())
             appendNumber(m_out, quint64(time.toMSecsSinceEpoch()));
+        else
+            m_out.append('\t');
         return *this;
     }
     void finish()
@@ -193,8 +200,13 @@ public:
         return !field.isEmpty() &&
                std::from_chars(field.begin(), field.end(), number).ptr == field.end();
     }
-    bool text(int i, QString &text) const
+    // Paths and messages are the costly part to read: where no one needs
+    // them, they are left empty.
+    void skipTexts(bool skip) { m_skipTexts = skip; }
+    bool text(int i, QString &text, bool always = false) const
     {
+        if (m_skipTexts && !always)
+            return true;
         const QByteArrayView field = m_fields[i];
         text = field.contains('%')
                    ? FileNames::decode(QByteArray::fromPercentEncoding(field.toByteArray()))
@@ -234,6 +246,7 @@ public:
 private:
     std::array<QByteArrayView, 8> m_fields;
     int m_count = 0;
+    bool m_skipTexts = false;
 };
 
 } // namespace
@@ -269,17 +282,19 @@ void JournalRecord::appendTo(QByteArray &out) const
     line.finish();
 }
 
-std::optional<JournalRecord> JournalRecord::parse(QByteArrayView line)
+std::optional<JournalRecord> JournalRecord::parse(QByteArrayView line,
+                                                  const std::function<bool(quint64)> &withTexts)
 {
     LineFields f;
     JournalRecord r;
     if (!f.read(line) || !f.word(0, kTypes, r.type) || f.count() != kFieldCounts[int(r.type)] ||
         !f.number(1, r.run))
         return std::nullopt;
+    f.skipTexts(withTexts && !withTexts(r.run));
     bool ok = false;
     switch (r.type) {
     case Type::Begin:
-        ok = f.word(2, kKinds, r.kind) && f.text(3, r.text) && f.time(4, r.time);
+        ok = f.word(2, kKinds, r.kind) && f.text(3, r.text, true) && f.time(4, r.time);
         break;
     case Type::Intent:
         ok = f.number(2, r.seq) && f.text(3, r.path) && f.text(4, r.target) &&
@@ -316,6 +331,14 @@ std::optional<quint64> JournalRecord::runOf(QByteArrayView line)
         f.number(1, run))
         return run;
     return std::nullopt;
+}
+
+std::optional<quint64> JournalRecord::runEndedBy(QByteArrayView line)
+{
+    if (!line.startsWith(kTypes[int(Type::End)]))
+        return std::nullopt;
+    const std::optional<JournalRecord> record = parse(line);
+    return record && record->type == Type::End ? std::optional(record->run) : std::nullopt;
 }
 
 QByteArray JournalRecord::header(quint64 nextRun)

@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
+#include <functional>
 #include <optional>
 
 // One line of the journal: what it says, and how it is written and read back
@@ -42,10 +43,14 @@ struct JournalRecord
     // Appends the whole line: fields, checksum and newline.
     void appendTo(QByteArray &out) const;
     // The record a line (without its newline) holds; none when its checksum
-    // or its form is wrong.
-    static std::optional<JournalRecord> parse(QByteArrayView line);
+    // or its form is wrong. Where withTexts says a run's paths and messages
+    // are not needed, they are left empty (a run's detail is always read).
+    static std::optional<JournalRecord>
+    parse(QByteArrayView line, const std::function<bool(quint64 run)> &withTexts = {});
     // The run a line belongs to, checksum checked, without reading the rest.
     static std::optional<quint64> runOf(QByteArrayView line);
+    // The run a line ends, if it is an end record; quick for other lines.
+    static std::optional<quint64> runEndedBy(QByteArrayView line);
 
     // The first line of a journal: the format's version, and the number the
     // next run takes at least (so that numbers never come back once the runs

@@ -6,7 +6,7 @@ using Run = MoveJournal::Run;
 using RunKind = MoveJournal::RunKind;
 using Status = MoveJournal::ItemStatus;
 
-JournalRuns::JournalRuns(Items items, quint64 itemsOf) : m_items(items), m_itemsOf(itemsOf) {}
+JournalRuns::JournalRuns(KeepsItems keepsItems) : m_keepsItems(std::move(keepsItems)) {}
 
 void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
 {
@@ -14,14 +14,15 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
     e.bytes += bytes;
     m_bytes += bytes;
     Run &run = e.run;
-    const bool items = keepsItems(e);
+    const bool items = keepsItems(record.run);
     switch (record.type) {
     case JournalRecord::Type::Begin:
         run.kind = record.kind;
         run.detail = record.text;
         run.started = record.time;
         if (record.kind == RunKind::Undo) {
-            if (Entry *tidy = find(record.text.toULongLong()))
+            Entry *tidy = find(record.text.toULongLong());
+            if (tidy && tidy->run.kind == RunKind::Tidy)
                 tidy->run.undone = true;
         }
         break;
@@ -88,17 +89,13 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
         e.ended = true;
         run.ended = record.time;
         run.recovered = record.recovered;
-        if (m_items == Items::Unended) {
-            run.items.clear();
-            e.itemAt.clear();
-        }
         break;
     }
 }
 
 void JournalRuns::forgetItems()
 {
-    m_items = Items::None;
+    m_keepsItems = {};
     for (Entry &e : m_entries) {
         e.run.items.clear();
         e.itemAt.clear();
@@ -216,19 +213,6 @@ const JournalRuns::Entry *JournalRuns::find(quint64 id) const
 JournalRuns::Entry *JournalRuns::find(quint64 id)
 {
     return const_cast<Entry *>(std::as_const(*this).find(id));
-}
-
-bool JournalRuns::keepsItems(const Entry &entry) const
-{
-    switch (m_items) {
-    case Items::None:
-        return false;
-    case Items::One:
-        return entry.run.id == m_itemsOf;
-    case Items::Unended:
-        return !entry.ended;
-    }
-    return false;
 }
 
 MoveJournal::Item &JournalRuns::item(Entry &entry, quint32 seq)

@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QSet>
 
+#include <functional>
+
 struct JournalRecord;
 
 // What the journal's records say about its runs, kept up to date record by
@@ -13,15 +15,9 @@ struct JournalRecord;
 class JournalRuns
 {
 public:
-    // Which runs keep their items: none, the one asked for, or those not
-    // ended (yet: a run's items are let go when its end comes).
-    enum class Items
-    {
-        None,
-        One,
-        Unended
-    };
-    explicit JournalRuns(Items items = Items::None, quint64 itemsOf = 0);
+    // Which runs keep their items; with none given, none does.
+    using KeepsItems = std::function<bool(quint64 run)>;
+    explicit JournalRuns(KeepsItems keepsItems = {});
 
     // Takes a record into account; bytes is the length of its line.
     void apply(const JournalRecord &record, qsizetype bytes);
@@ -36,6 +32,8 @@ public:
     // The runs that have no end.
     QList<MoveJournal::Run> unended() const;
     std::optional<MoveJournal::Run> lastUndoableTidy() const;
+    // Whether the run's items are kept (and so its records' paths needed).
+    bool keepsItems(quint64 run) const { return m_keepsItems && m_keepsItems(run); }
     quint64 largestId() const { return m_largestId; }
     // The number the next item announced in run gets.
     quint32 nextSeq(quint64 run) const;
@@ -60,14 +58,12 @@ private:
     Entry &entry(quint64 id);
     Entry *find(quint64 id);
     const Entry *find(quint64 id) const;
-    bool keepsItems(const Entry &entry) const;
     MoveJournal::Item &item(Entry &entry, quint32 seq);
     // The newest tidy that moved anything.
     const Entry *undoCandidate() const;
 
     QList<Entry> m_entries; // in the order their first records came
-    Items m_items;
-    quint64 m_itemsOf;
+    KeepsItems m_keepsItems;
     quint64 m_largestId = 0;
     qint64 m_bytes = 0;
 };

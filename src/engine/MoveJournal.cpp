@@ -47,6 +47,9 @@ public:
 
     // Reads the journal just opened and repairs what needs it.
     bool load();
+    // Keeps the damaged journal that bytes held as "<journal>.bad" and starts
+    // a new one with the runs cut short.
+    void setAside(QByteArrayView bytes);
     // Adds a record to what is to be written and to what is known of its run.
     void add(const JournalRecord &record);
     bool sync();
@@ -71,7 +74,17 @@ bool MoveJournal::Private::load()
     const std::optional<QByteArray> bytes = file.read();
     if (!bytes)
         return false;
-    JournalRuns found(JournalRuns::Items::Unended);
+    // The runs that ended are found first, so that only the others' items
+    // (and paths) are read.
+    QSet<quint64> ended;
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+        if (const auto run = complete ? JournalRecord::runEndedBy(line) : std::nullopt)
+            ended.insert(*run);
+    });
+    const auto unended = [&ended](quint64 run) {
+        return !ended.contains(run);
+    };
+    JournalRuns found(unended);
     std::optional<quint64> headerNextRun;
     qsizetype good = 0; // where the good lines end
     bool damaged = false;
@@ -81,7 +94,8 @@ bool MoveJournal::Private::load()
         if (std::exchange(first, false)) {
             headerNextRun = complete ? JournalRecord::parseHeader(line) : std::nullopt;
             read = headerNextRun.has_value();
-        } else if (const auto record = complete ? JournalRecord::parse(line) : std::nullopt) {
+        } else if (const auto record =
+                       complete ? JournalRecord::parse(line, unended) : std::nullopt) {
             found.apply(*record, end - (line.data() - bytes->constData()));
             read = true;
         }
@@ -94,26 +108,30 @@ bool MoveJournal::Private::load()
     interrupted = found.unended();
     found.forgetItems();
 
-    if (damaged) {
-        QSet<quint64> dropped;
-        for (const Run &run : found.runs())
-            dropped.insert(run.id);
-        for (const Run &run : std::as_const(interrupted))
-            dropped.remove(run.id);
-        const QString bad = path + QStringLiteral(".bad");
-        if (file.replace(rewritten(*bytes, dropped), bad)) {
-            found.remove(dropped);
-            note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a "
-                                  "new one holds the runs that were cut short.")
-                       .arg(FileNames::display(bad));
-        } else {
-            note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
-        }
-    } else if (good < bytes->size() && !file.truncate(good)) {
-        return false;
-    }
     runs = std::move(found);
+    if (damaged)
+        setAside(*bytes);
+    else if (good < bytes->size() && !file.truncate(good))
+        return false;
     return damaged || good > 0 || file.append(JournalRecord::header(nextRun));
+}
+
+void MoveJournal::Private::setAside(QByteArrayView bytes)
+{
+    QSet<quint64> dropped;
+    for (const Run &run : runs.runs())
+        dropped.insert(run.id);
+    for (const Run &run : std::as_const(interrupted))
+        dropped.remove(run.id);
+    const QString bad = path + QStringLiteral(".bad");
+    if (file.replace(rewritten(bytes, dropped), bad)) {
+        runs.remove(dropped);
+        note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a new "
+                              "one holds the runs that were cut short.")
+                   .arg(FileNames::display(bad));
+    } else {
+        note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
+    }
 }
 
 void MoveJournal::Private::add(const JournalRecord &record)
@@ -338,7 +356,7 @@ std::optional<MoveJournal::Run> MoveJournal::run(quint64 id) const
     if (!bytes)
         return std::nullopt;
     bytes->append(d->buffer);
-    JournalRuns items(JournalRuns::Items::One, id);
+    JournalRuns items([id](quint64 other) { return other == id; });
     forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
         if (complete && JournalRecord::runOf(line) == id) {
             if (const auto record = JournalRecord::parse(line))

@@ -31,7 +31,8 @@
 // Brevano from starting or from moving: when it cannot be written, moves go on
 // unrecorded and lastError() says why.
 //
-// One process owns the journal at a time (an exclusive lock on the file):
+// One process owns the journal at a time (an exclusive lock on
+// "<journal>.lock", which stays while the journal is written anew):
 // the tray application for its lifetime, or a command run without it.
 // Thread-safe: drops are recorded from the mover's own thread.
 class MoveJournal
@@ -147,7 +148,8 @@ public:
     // One run with its items, read from the file.
     std::optional<Run> run(quint64 id) const;
     // Runs begun and never ended, with their items, as open() found them
-    // (their records remain readable even when the file was set aside).
+    // (their records remain readable even when the file was set aside), until
+    // endRun() ends them.
     QList<Run> interruptedRuns() const;
     // The tidy an undo would take back: the newest tidy that moved anything,
     // unless it was undone already (an undo run names it in its detail).
@@ -155,8 +157,10 @@ public:
     std::optional<Run> lastUndoableTidy() const;
 
     // Drops the oldest runs beyond kMaxRuns, older than kMaxAgeDays or beyond
-    // kMaxBytes of records, never an interrupted one, by writing the file
-    // anew atomically. Called by open() and when a run ends.
+    // kMaxBytes of records, by writing the file anew atomically; never a run
+    // without an end, the newest tidy, nor the tidy an undo would take back
+    // (with the undo that took it back, so that it stays undone). Called by
+    // open(), and when a run ends with more runs or bytes than those.
     void compact(const QDateTime &now);
 
 private:

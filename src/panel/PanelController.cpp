@@ -688,6 +688,7 @@ void PanelController::pressedFileTrash()
 // A failed restore or trash leaves the item where it is, and its row with it.
 void PanelController::trashPaths(const QStringList &paths)
 {
+    const Brevano::Batch batch(m_engine, MoveJournal::RunKind::Trash);
     for (const QString &path : paths) {
         if (path.isEmpty())
             continue;
@@ -737,7 +738,10 @@ void PanelController::fileDeletedAtRow(const QString &path)
 
 void PanelController::setUpDragAndDrop()
 {
-    m_dropMover = std::make_unique<DroppedItemsMover>(&Brevano::doMoveFileFromWithoutReplacing);
+    m_dropMover = std::make_unique<DroppedItemsMover>(
+        [journal = m_engine.journal()](const QString &source, const QString &target) {
+            return Brevano::doMoveFileFromWithoutReplacing(source, target, journal);
+        });
     connect(m_dropMover.get(), &DroppedItemsMover::moveStarted, this,
             [this](const QString &path, const QString &target) {
                 showStatus(

@@ -125,7 +125,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         run = journal.beginRun(Kind::Tidy, "scheduled", start);
         QCOMPARE(journal.addIntent(run, odd, tricky, file), 1u);
         QCOMPARE(journal.addIntent(run, tricky, odd, link), 2u);
-        QCOMPARE(journal.addIntent(run, real, "/s/real.txt", {}), 3u);
+        QCOMPARE(journal.addIntent(run, real, "/s/new\nline.txt", {}), 3u);
         QVERIFY(journal.sync());
         journal.notePartial(run, 1, tricky + ".part1");
         journal.notePartial(run, 1, odd + ".part2");
@@ -133,7 +133,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.noteAside(run, 2, odd + ".aside");
         journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, {});
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
-        journal.noteOutcome(run, 3, Status::Skipped, {}, {}, "name taken");
+        journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
         journal.noteDeferred(run, odd + " changing");
         // Read before anything but the intents and notes is written.
         const auto before = journal.run(run);
@@ -162,6 +162,17 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        {},
                                        {},
                                        odd + ".aside"}));
+        QCOMPARE(written[2], describe({3,
+                                       real,
+                                       "/s/new\nline.txt",
+                                       {},
+                                       Status::Skipped,
+                                       {},
+                                       "name\ttaken",
+                                       {},
+                                       {},
+                                       {},
+                                       {}}));
         QCOMPARE(
             written[3],
             describe({0, odd + " changing", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
@@ -415,6 +426,8 @@ void tst_MoveJournal::anUnwritableJournalIsHarmless()
     const QDateTime now = QDateTime::currentDateTimeUtc();
     const quint64 run = journal.beginRun(Kind::Tidy, "manual", now);
     const quint32 seq = journal.addIntent(run, "/d/a", "/s/a", {});
+    QCOMPARE(run, 0u);
+    QCOMPARE(seq, 0u);
     QVERIFY(!journal.sync());
     journal.notePartial(run, seq, "/s/.p");
     journal.noteCopied(run, seq, "/s/.p", {1, 2});

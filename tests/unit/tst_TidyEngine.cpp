@@ -1,6 +1,7 @@
 #include "EngineFixture.h"
 #include "FileMover.h"
 #include "FileTree.h"
+#include "MoveJournal.h"
 #include "TmpfsMount.h"
 
 #include <QSignalSpy>
@@ -51,6 +52,7 @@ private slots:
     void restoreDeleteEmpty();
     void folderSizeAndMenuActions();
     void aLinkedShadowDesktopIsFollowedOnce();
+    void everyRunIsJournaled();
 };
 
 void tst_TidyEngine::verdictsInTheirOrder()
@@ -650,3 +652,72 @@ void tst_TidyEngine::aLinkedShadowDesktopIsFollowedOnce()
 
 QTEST_GUILESS_MAIN(tst_TidyEngine)
 #include "tst_TidyEngine.moc"
+
+// Each tidy, restore, trashing and drop is a run of the journal; a tidy's moves
+// are all on disk before the first one starts.
+void tst_TidyEngine::everyRunIsJournaled()
+{
+    using Status = MoveJournal::ItemStatus;
+    EngineFixture f;
+    f.load();
+    MoveJournal journal(f.sandbox.home() + "/Brevano.journal");
+    QVERIFY(journal.open(0ms));
+    f.engine.setJournal(&journal);
+    f.data.setOverwriteMode(3);
+    const QString shadow = f.sandbox.shadowDesktop();
+    f.sandbox.write(".local/share/Brevano/Shadow Desktop/Report.pdf", "first");
+    const QString report = f.desktopItem("Report.pdf", 60, "mine");
+    const QString folder = f.desktopItem("Folder/a.txt", 600).section('/', 0, -2);
+    f.setAge(folder, 600);
+    const QString fresh = f.desktopItem("fresh.txt", 2);
+    std::optional<MoveJournal::Run> onDisk;
+    QByteArray written;
+    f.engine.mover().setBeforeMoveHookForTesting([&](const QString &) {
+        written = readAll(f.sandbox.home() + "/Brevano.journal").toUtf8();
+        onDisk = journal.run(journal.runs().constLast().id);
+    });
+    f.engine.performManualTidy();
+
+    QVERIFY(written.contains("Desktop/Report.pdf"));
+    QVERIFY(onDisk);
+    QCOMPARE(onDisk->items.size(), 3);
+    for (const MoveJournal::Item &item : std::as_const(onDisk->items)) {
+        if (item.source == report)
+            QCOMPARE(item.status, Status::Pending);
+        QCOMPARE(item.source == fresh, item.status == Status::Deferred);
+    }
+    const std::optional<MoveJournal::Run> tidy = journal.run(journal.runs().constLast().id);
+    QCOMPARE(tidy->kind, MoveJournal::RunKind::Tidy);
+    QCOMPARE(tidy->detail, QStringLiteral("manual"));
+    QVERIFY(tidy->ended.isValid());
+    QCOMPARE(std::tuple(tidy->moved, tidy->failed, tidy->deferred), std::tuple(2, 0, 1));
+    QHash<QString, MoveJournal::Item> items;
+    for (const MoveJournal::Item &item : std::as_const(tidy->items))
+        items.insert(item.source, item);
+    QCOMPARE(items.value(report).target, shadow + "/Report 2.pdf");
+    QCOMPARE(items.value(report).targetIdentity,
+             MoveJournal::Identity::of(shadow + "/Report 2.pdf"));
+    QCOMPARE(items.value(folder).target, shadow + "/Folder");
+    QCOMPARE(items.value(report).sourceIdentity, items.value(report).targetIdentity);
+
+    {
+        const Brevano::Batch batch(f.engine, MoveJournal::RunKind::Restore);
+        QVERIFY(f.engine.restoreItemAtPath(shadow + "/Report 2.pdf", false));
+        QVERIFY(f.engine.restoreItemAtPath(shadow + "/Folder", false));
+    }
+    QVERIFY(f.engine.deleteItemAtPath(shadow + "/Report.pdf"));
+    QVERIFY(Brevano::doMoveFileFromWithoutReplacing(f.sandbox.desktop() + "/Folder",
+                                                    shadow + "/Folder", &journal)
+                .moved());
+    QList<MoveJournal::Run> runs = journal.runs();
+    QCOMPARE(runs.size(), 4);
+    QCOMPARE(runs[1].kind, MoveJournal::RunKind::Restore);
+    QCOMPARE(runs[1].moved, 2);
+    const std::optional<MoveJournal::Run> trashed = journal.run(runs[2].id);
+    QCOMPARE(trashed->kind, MoveJournal::RunKind::Trash);
+    QCOMPARE(trashed->items.value(0).status, Status::Moved);
+    QVERIFY(trashed->items.value(0).target.startsWith(FreedesktopTrash::homeTrash()));
+    QCOMPARE(runs[3].kind, MoveJournal::RunKind::Drop);
+    QCOMPARE(runs[3].moved, 1);
+    f.engine.setJournal(nullptr);
+}
