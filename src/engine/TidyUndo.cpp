@@ -2,7 +2,7 @@
 
 #include "FileMover.h"
 #include "FileNames.h"
-#include "JournalObserver.h"
+#include "JournaledRun.h"
 #include "ShadowDesktopPaths.h"
 
 namespace {
@@ -49,62 +49,41 @@ TidyUndo::Report TidyUndo::undoLastTidy(const QDateTime &now)
     }
     report.run = recorded->id;
     // Beginning the undo marks the tidy as undone, whatever comes of it.
-    const quint64 undo =
-        m_journal.beginRun(MoveJournal::RunKind::Undo, QString::number(recorded->id), now);
-
+    JournaledRun run(&m_journal, MoveJournal::RunKind::Undo, QString::number(recorded->id), now);
     struct Planned
     {
         quint32 seq;
         const MoveJournal::Item *item;
+        bool there;
     };
     std::vector<Planned> planned;
     for (const MoveJournal::Item &item : recorded->items) {
-        if (item.status != Status::Moved)
-            continue;
-        const Identity there = Identity::of(item.target);
-        const quint32 seq = m_journal.addIntent(undo, item.target, item.source, there);
-        if (there == item.targetIdentity) {
-            planned.push_back({seq, &item});
-            continue;
-        }
-        // Gone, or something else has taken its name since: never looked for elsewhere.
-        report.notThere.append(item.target);
-        m_journal.noteOutcome(undo, seq, Status::Skipped, item.target, there,
-                              QStringLiteral("not where the tidy put it"));
+        if (item.status == Status::Moved)
+            planned.push_back({run.announce(item.target, item.source), &item,
+                               Identity::of(item.target) == item.targetIdentity});
     }
-    m_journal.sync();
+    run.sync();
 
-    for (const auto &[seq, item] : planned) {
-        FileMover::Result result;
-        {
-            const JournalObserver observer(&m_journal, undo, seq);
-            result = FileMover::move(item->target, item->source);
-        }
-        switch (result.status) {
-        case FileMover::Status::Moved:
-            ++report.restored;
-            m_journal.noteOutcome(undo, seq, Status::Moved, item->source,
-                                  Identity::of(item->source), QString());
-            break;
-        case FileMover::Status::TargetExists:
-            report.nameTaken.append(item->source);
-            m_journal.noteOutcome(undo, seq, Status::Skipped, item->target, item->targetIdentity,
-                                  QStringLiteral("its Desktop name is taken"));
-            break;
-        case FileMover::Status::Incomplete:
-        case FileMover::Status::Failed: {
-            // Incomplete: the copy is on the Desktop, and what changed during it stayed.
-            const bool landed = result.status == FileMover::Status::Incomplete;
-            const QString where = landed ? item->source : item->target;
-            report.failed.append(
-                QStringLiteral("%1: %2").arg(FileNames::display(item->target), result.message));
-            m_journal.noteOutcome(undo, seq, landed ? Status::Incomplete : Status::Failed, where,
-                                  Identity::of(where), result.message);
-            break;
-        }
-        }
+    for (const auto &[seq, item, there] : planned) {
+        run.perform(seq, [&, item = item, there = there]() -> JournaledRun::Outcome {
+            // Gone, or something else has taken its name since: never looked for elsewhere.
+            if (!there) {
+                report.notThere.append(item->target);
+                return {Status::Skipped, item->target, QStringLiteral("not where the tidy put it")};
+            }
+            const FileMover::Result result = FileMover::move(item->target, item->source);
+            if (result.status == FileMover::Status::TargetExists) {
+                report.nameTaken.append(item->source);
+                return {Status::Skipped, item->target, QStringLiteral("its Desktop name is taken")};
+            }
+            if (result.moved())
+                ++report.restored;
+            else
+                report.failed.append(
+                    QStringLiteral("%1: %2").arg(FileNames::display(item->target), result.message));
+            return JournaledRun::outcomeOf(result, item->source);
+        });
     }
-    m_journal.endRun(undo, now);
     return report;
 }
 
