@@ -2,6 +2,7 @@
 
 #include "Brevano.h"
 #include "BrevanoData.h"
+#include "MoveJournal.h"
 
 void CliContext::loadStore()
 {
@@ -50,4 +51,16 @@ bool CliContext::checkItemNames(const QStringList &names)
         }
     }
     return true;
+}
+
+MoveJournal *CliContext::journal()
+{
+    MoveJournal *journal = m_engine.journal();
+    if (journal && journal->isOpen())
+        return journal;
+    QString message = QStringLiteral("the move journal is not available");
+    if (journal && !journal->lastError().isEmpty())
+        message += QStringLiteral(": ") + journal->lastError();
+    fail(message, Failed);
+    return nullptr;
 }

@@ -7,6 +7,7 @@
 class AlertPresenter;
 class Brevano;
 class BrevanoData;
+class MoveJournal;
 
 // What a subcommand works with: the store and engine, loaded from the data file,
 // and the two output streams.
@@ -29,6 +30,9 @@ public:
     BrevanoData &data() { return m_data; }
     Brevano &engine() { return m_engine; }
     AlertPresenter &alerts() { return m_alerts; }
+    // The engine's move journal; null, having said why on standard error, when
+    // there is none to read or write.
+    MoveJournal *journal();
     // name (as given on the command line) inside the Shadow Desktop root.
     QString shadowPath(const QString &name);
     // Commands that name items take plain names of items directly in the Shadow

@@ -7,6 +7,7 @@
 #include "EmptyCommand.h"
 #include "FiltersCommand.h"
 #include "GetCommand.h"
+#include "HistoryCommand.h"
 #include "IgnoreCommand.h"
 #include "ListCommand.h"
 #include "PathsCommand.h"
@@ -16,6 +17,7 @@
 #include "StatusCommand.h"
 #include "TidyCommand.h"
 #include "TrashCommand.h"
+#include "UndoCommand.h"
 #include <QDir>
 
 CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, QTextStream &err)
@@ -29,6 +31,8 @@ CommandLine::CommandLine(BrevanoData &data, Brevano &engine, QTextStream &out, Q
     m_commands.push_back(std::make_unique<TidyCommand>());
     m_commands.push_back(std::make_unique<ListCommand>());
     m_commands.push_back(std::make_unique<RestoreCommand>());
+    m_commands.push_back(std::make_unique<UndoCommand>());
+    m_commands.push_back(std::make_unique<HistoryCommand>());
     m_commands.push_back(std::make_unique<TrashCommand>());
     m_commands.push_back(std::make_unique<EmptyCommand>());
     m_commands.push_back(std::make_unique<SizeCommand>());

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <charconv>
+#include <cstring>
 
 // The journal is text, one record a line. A line is fields separated by tabs,
 // the last one the CRC-32 (zlib's crc32, eight lower-case hex digits) of all
@@ -78,21 +79,44 @@ void appendEscaped(QByteArray &out, const char *bytes, qsizetype count)
     out.resize(to - out.constData());
 }
 
-// Appends text's bytes, escaped. Text that needs neither (plain ASCII, as most
-// names are) is copied in one pass without branches.
+// Whether any of the four UTF-16 units in v is not printable ASCII, or "%".
+bool anySpecial(quint64 v)
+{
+    constexpr quint64 ones = 0x0001000100010001, highs = 0x8000800080008000;
+    if (v & 0xff80ff80ff80ff80) // beyond ASCII; below, each unit is less than 0x80
+        return true;
+    const quint64 controls = ~(v + 0x7fe0 * ones) & highs; // below 0x20
+    const quint64 del = (v + ones) & (0x80 * ones);        // 0x7f
+    const quint64 t = v ^ (0x25 * ones);
+    const quint64 percent = (t - ones) & ~t & highs; // a unit of t is 0
+    return (controls | del | percent) != 0;
+}
+
+// Appends text's bytes, escaped. Text that needs neither encoding nor escapes
+// (plain ASCII without control characters or "%", as most names are) is
+// copied four characters at a time.
 void appendText(QByteArray &out, const QString &text)
 {
     const qsizetype start = out.size();
     const qsizetype count = text.size();
     const char16_t *units = reinterpret_cast<const char16_t *>(text.constData());
-    out.resize(start + count);
+    out.resize(start + count + 3); // room for a last group of four
     char *to = out.data() + start;
     bool special = false;
-    for (qsizetype i = 0; i < count; ++i) {
-        const char16_t c = units[i];
-        to[i] = char(c);
-        special |= (c >= 0x7f) | (c < 0x20) | (c == u'%');
+    // A group's units in v and its bytes in four keep their order in memory
+    // whatever the byte order.
+    for (qsizetype i = 0; i < count && !special; i += 4) {
+        quint64 v = 0x0041004100410041; // "AAAA": past the end counts as plain
+        if (count - i >= 4)
+            std::memcpy(&v, units + i, sizeof v);
+        else
+            std::memcpy(&v, units + i, sizeof(char16_t) * (count - i));
+        special = anySpecial(v);
+        const quint32 four = quint32(v & 0xff) | quint32((v >> 8) & 0xff00) |
+                             quint32((v >> 16) & 0xff0000) | quint32((v >> 24) & 0xff000000);
+        std::memcpy(to + i, &four, sizeof four);
     }
+    out.resize(start + count);
     if (!special)
         return;
     out.resize(start);
@@ -100,12 +124,19 @@ void appendText(QByteArray &out, const QString &text)
     appendEscaped(out, bytes.constData(), bytes.size());
 }
 
-// Appends a tab and the number.
+// Appends a separator (a tab, say) and the number.
 void appendNumber(QByteArray &out, quint64 number, char before = '\t')
 {
     char digits[24] = {before};
     const auto end = std::to_chars(digits + 1, digits + sizeof digits, number).ptr;
     out.append(digits, end - digits);
+}
+
+// Reads the whole of digits as a number in base.
+template <typename Number> bool readNumber(QByteArrayView digits, Number &number, int base = 10)
+{
+    const auto [end, error] = std::from_chars(digits.begin(), digits.end(), number, base);
+    return !digits.isEmpty() && error == std::errc() && end == digits.end();
 }
 
 quint32 checksum(QByteArrayView bytes)
@@ -177,9 +208,7 @@ public:
         if (tab < 0 || line.size() - tab - 1 != 8)
             return false;
         quint32 sum = 0;
-        const QByteArrayView hex = line.sliced(tab + 1);
-        if (std::from_chars(hex.begin(), hex.end(), sum, 16).ptr != hex.end() ||
-            sum != checksum(line.first(tab)))
+        if (!readNumber(line.sliced(tab + 1), sum, 16) || sum != checksum(line.first(tab)))
             return false;
         QByteArrayView rest = line.first(tab);
         for (m_count = 0; m_count < int(m_fields.size());) {
@@ -196,9 +225,7 @@ public:
 
     template <typename Number> bool number(int i, Number &number) const
     {
-        const QByteArrayView field = m_fields[i];
-        return !field.isEmpty() &&
-               std::from_chars(field.begin(), field.end(), number).ptr == field.end();
+        return readNumber(m_fields[i], number);
     }
     // Paths and messages are the costly part to read: where no one needs
     // them, they are left empty.
@@ -217,11 +244,8 @@ public:
     {
         const QByteArrayView field = m_fields[i];
         const qsizetype colon = field.indexOf(':');
-        const auto end = field.end();
-        return colon > 0 &&
-               std::from_chars(field.begin(), field.begin() + colon, identity.device).ptr ==
-                   field.begin() + colon &&
-               std::from_chars(field.begin() + colon + 1, end, identity.inode).ptr == end;
+        return colon > 0 && readNumber(field.first(colon), identity.device) &&
+               readNumber(field.sliced(colon + 1), identity.inode);
     }
     bool time(int i, QDateTime &time) const
     {

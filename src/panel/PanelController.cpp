@@ -14,11 +14,13 @@
 #include "FileTypeIcons.h"
 #include "FileViewer.h"
 #include "ItemInfo.h"
+#include "MoveJournal.h"
 #include "NotificationCenter.h"
 #include "PanelControllerDelegate.h"
 #include "PanelPlacement.h"
 #include "PanelWindow.h"
 #include "PathBar.h"
+#include "RunDescription.h"
 #include "ThumbnailLoader.h"
 #include "ViewOptionsPopoverViewController.h"
 #include "ui_Panel.h"
@@ -938,6 +940,10 @@ void PanelController::setUpActionMenu()
         connect(action, &QAction::triggered, this, slot);
         return action;
     };
+    m_lastRunItem = m_actionMenu->addAction(QString());
+    m_lastRunItem->setObjectName(QStringLiteral("lastRunItem"));
+    m_lastRunItem->setEnabled(false);
+    m_lastRunSeparator = m_actionMenu->addSeparator();
     add(QStringLiteral("Tidy Now"), [this] { m_delegate.doTidy(); });
     add(QStringLiteral("Restore Files..."), [this] { m_delegate.restoreFiles(); });
     add(QStringLiteral("Restore All Files..."), [this] { m_delegate.restoreAllFiles(); });
@@ -960,6 +966,12 @@ void PanelController::setUpActionMenu()
     connect(m_actionMenu, &QMenu::aboutToShow, this, [this] {
         m_tutorialItem->setVisible(m_delegate.canOpenTutorial());
         m_preferencesItem->setVisible(m_delegate.canOpenPreferences());
+        const MoveJournal *journal = m_engine.journal();
+        const QList<MoveJournal::Run> runs = journal ? journal->runs() : QList<MoveJournal::Run>();
+        m_lastRunItem->setVisible(!runs.isEmpty());
+        m_lastRunSeparator->setVisible(!runs.isEmpty());
+        if (!runs.isEmpty())
+            m_lastRunItem->setText(RunDescription::line(runs.last()));
     });
 }
 

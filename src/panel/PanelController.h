@@ -263,5 +263,7 @@ private:
     QMenu *m_iconStyleMenu = nullptr;
     QMenu *m_folderStyleMenu = nullptr;
     QAction *m_tutorialItem = nullptr;
+    QAction *m_lastRunItem = nullptr; // what the journal's newest run did; not a button
+    QAction *m_lastRunSeparator = nullptr;
     QAction *m_preferencesItem = nullptr;
 };

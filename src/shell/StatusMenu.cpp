@@ -9,6 +9,7 @@
 #include "PreviewCache.h"
 #include "ShadowDesktopQuestions.h"
 #include "SizeText.h"
+#include "TidyUndo.h"
 
 #include <QMenu>
 #include <QSaveFile>
@@ -97,6 +98,13 @@ void StatusMenu::build()
     menu->addSeparator();
     m_tidyNow = menu->addAction(QStringLiteral("Tidy Now"));
     connect(m_tidyNow, &QAction::triggered, this, [this] { m_engine.performManualTidy(); });
+    m_undoLastTidy = menu->addAction(QString());
+    m_undoLastTidy->setObjectName(QStringLiteral("undoLastTidyItem"));
+    m_undoLastTidy->setToolTip(
+        QStringLiteral("Put back on the Desktop what the last tidy moved, where nothing "
+                       "has taken its name since"));
+    m_undoLastTidy->setVisible(false);
+    connect(m_undoLastTidy, &QAction::triggered, this, &StatusMenu::undoLastTidy);
     m_enabledMenuItem = menu->addAction(QStringLiteral("Tidy Periodically"));
     m_enabledMenuItem->setCheckable(true);
     connect(m_enabledMenuItem, &QAction::triggered, this, &StatusMenu::toggleEnabledRequested);
@@ -272,6 +280,7 @@ void StatusMenu::menuWillOpen()
                               ? QStringLiteral("Move what lies on the Desktop into the Shadow "
                                                "Desktop now")
                               : OperationMode::nothingMovesNote());
+    updateUndoItem();
     const bool showNext = m_engine.getEnabled() && m_data.getShowTimeUntilTidy();
     m_nextTidy->setVisible(showNext);
     if (showNext)
@@ -349,4 +358,35 @@ void StatusMenu::emptyShadowDesktop()
 {
     if (m_alerts.runModal(ShadowDesktopQuestions::empty()) == 0)
         m_engine.deleteShadowDesktopContents();
+}
+
+// Answered from the journal's memory: cheap enough for every opening.
+void StatusMenu::updateUndoItem()
+{
+    MoveJournal *journal = m_engine.journal();
+    const std::optional<MoveJournal::Run> tidy =
+        journal ? TidyUndo(*journal).candidate() : std::nullopt;
+    m_undoLastTidy->setVisible(tidy.has_value());
+    if (tidy)
+        m_undoLastTidy->setText(QStringLiteral("Undo Last Tidy (%ld items)")
+                                    .replace(QStringLiteral("%ld"), QString::number(tidy->moved)));
+}
+
+void StatusMenu::undoLastTidy()
+{
+    MoveJournal *journal = m_engine.journal();
+    if (!journal)
+        return;
+    const TidyUndo::Report report =
+        TidyUndo(*journal).undoLastTidy(QDateTime::currentDateTimeUtc());
+    const QStringList lines = report.lines();
+    // What stayed behind wants the person's eye, not a notification that may
+    // go unseen.
+    if (report.nameTaken.isEmpty() && report.notThere.isEmpty() && report.failed.isEmpty()) {
+        if (m_data.getGrowlEnabled())
+            m_engine.notifyUser(QStringLiteral("Undo Last Tidy"), lines.join(u' '), QString(),
+                                QStringLiteral("UndoComplete"));
+        return;
+    }
+    m_alerts.runModal(Alert{lines.first(), lines.mid(1).join(u'\n')});
 }

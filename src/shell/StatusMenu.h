@@ -23,7 +23,7 @@ class QAction;
 class QMenu;
 
 // The status menu: the panel (for tray hosts that never pass on a left click),
-// tidy now, the periodic switch, the next tidy, the Shadow Desktop with its size
+// tidy now and its undo, the periodic switch, the next tidy, the Shadow Desktop with its size
 // and its browsable submenu, one submenu per quick filter, how they are
 // organised, the date filter, restore and empty, and the window and web
 // openers. The Shadow Desktop submenus are built on a worker each time the menu
@@ -54,6 +54,9 @@ public:
 
     void restoreAllFiles();
     void emptyShadowDesktop();
+    // Takes the last tidy back and tells what came of it: a notification when
+    // everything went back, an alert naming what stayed otherwise.
+    void undoLastTidy();
 
 signals:
     void openPanelRequested();
@@ -96,6 +99,7 @@ private:
     void menuNeedsUpdate();
     void menuWillOpen();
     void menuDidClose();
+    void updateUndoItem();
     void startThread(std::function<void()> job);
     void populate(const std::shared_ptr<Run> &run, int previewPixels);
     // Any thread: queues it and has takeDeliveries() called on the main thread.
@@ -114,6 +118,7 @@ private:
     std::unique_ptr<QMenu> m_menu;
     MenuRenderer m_renderer;
     QAction *m_tidyNow = nullptr;
+    QAction *m_undoLastTidy = nullptr;
     QAction *m_enabledMenuItem = nullptr;
     QAction *m_nextTidy = nullptr;
     QAction *m_shadowDesktop = nullptr;

@@ -131,10 +131,10 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.notePartial(run, 1, odd + ".part2");
         journal.noteCopied(run, 1, odd + ".part2", {7, 8});
         journal.noteAside(run, 2, odd + ".aside");
-        journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, {});
+        journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, "100%41 done");
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
         journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
-        journal.noteDeferred(run, odd + " changing");
+        journal.noteDeferred(run, "/d/changing!\t");
         // Read before anything but the intents and notes is written.
         const auto before = journal.run(run);
         QVERIFY(before);
@@ -146,7 +146,7 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        file,
                                        Status::Moved,
                                        {7, 8},
-                                       {},
+                                       "100%41 done",
                                        {tricky + ".part1", odd + ".part2"},
                                        odd + ".part2",
                                        {7, 8},
@@ -173,9 +173,8 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        {},
                                        {},
                                        {}}));
-        QCOMPARE(
-            written[3],
-            describe({0, odd + " changing", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
+        QCOMPARE(written[3],
+                 describe({0, "/d/changing!\t", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
         journal.endRun(run, start.addSecs(5));
         QCOMPARE(counts(journal.runs().value(0)),
                  "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");

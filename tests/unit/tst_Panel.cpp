@@ -3,6 +3,7 @@
 #include "FakeThumbnailService.h"
 #include "FileListModel.h"
 #include "FileRowDelegate.h"
+#include "JournalFixture.h"
 #include "PanelController.h"
 #include "PanelControllerDelegate.h"
 #include "PanelTableView.h"
@@ -1166,6 +1167,27 @@ private slots:
         QSignalSpy preferences(&p.f.notifications, &NotificationCenter::posted);
         trigger("Preferences...");
         QCOMPARE(preferences.value(0).value(0).toString(), QString("OpenPreferences"));
+    }
+
+    void actionMenuTellsWhatTheLastRunDid()
+    {
+        PanelFixture p;
+        JournalFixture j;
+        p.f.engine.setJournal(&j.journal);
+        QMenu *menu = p.panel->actionMenu();
+        emit menu->aboutToShow();
+        QVERIFY(!menu->actions().first()->isVisible());
+
+        j.recordTidy({p.f.desktopItem("a.txt")}, p.f.sandbox.shadowDesktop());
+        const quint64 restore =
+            j.journal.beginRun(MoveJournal::RunKind::Restore, {}, QDateTime::currentDateTimeUtc());
+        j.journal.endRun(restore, QDateTime::currentDateTimeUtc());
+        emit menu->aboutToShow();
+        QAction *line = menu->actions().first();
+        QVERIFY(line->isVisible());
+        QVERIFY(!line->isEnabled());
+        QVERIFY2(line->text().endsWith(u"  restore: moved 0, failed 0, deferred 0"),
+                 qPrintable(line->text()));
     }
 };
 

@@ -3,6 +3,7 @@
 #include "EngineFixture.h"
 #include "FakeThumbnailService.h"
 #include "GermanLocale.h"
+#include "JournalFixture.h"
 #include "KVBrevanoAppDelegate.h"
 #include "MenuRenderer.h"
 #include "MenubarController.h"
@@ -136,6 +137,7 @@ private slots:
     void everyMenuShowsToolTips();
     void dismissingTheRestoreQuestionRestoresNothing();
     void messageBoxDismissal();
+    void undoLastTidyEntry();
 };
 
 void tst_Shell::statusItemIconsAndRightButton()
@@ -717,6 +719,39 @@ void tst_Shell::messageBoxDismissal()
                          button->click();
              }),
              1);
+}
+
+void tst_Shell::undoLastTidyEntry()
+{
+    MenuFixture m;
+    JournalFixture j;
+    m.f.engine.setJournal(&j.journal);
+    const QString shadow = m.f.sandbox.shadowDesktop();
+    QDir().mkpath(shadow);
+    const QString undoTitle = "Undo Last Tidy (2 items)";
+    m.openAndClose();
+    QVERIFY(!m.titles(m.menu()).join(u'|').contains(u"Undo"));
+
+    const QString a = m.f.desktopItem("a.txt");
+    j.recordTidy({a, m.f.desktopItem("b.txt")}, shadow);
+    m.openAndClose();
+    const QStringList titles = m.titles(m.menu());
+    QCOMPARE(titles.indexOf(undoTitle), titles.indexOf("Tidy Now") + 1);
+    m.menu()->findChild<QAction *>("undoLastTidyItem")->trigger();
+    QCOMPARE(m.f.desktopEntries(), QStringList({"a.txt", "b.txt"}));
+    QVERIFY(!m.f.data.shouldIgnoreFile(a));
+    QCOMPARE(m.f.notifier.m_delivered.last().text, "Put back 2 items on the Desktop.");
+    QVERIFY(m.alerts.m_alerts.isEmpty());
+    m.openAndClose();
+    QVERIFY(!m.titles(m.menu()).join(u'|').contains(u"Undo"));
+
+    // What stayed behind is told in an alert.
+    j.recordTidy({a}, shadow);
+    m.f.desktopItem("a.txt");
+    m.status->undoLastTidy();
+    QCOMPARE(m.alerts.m_alerts.size(), 1);
+    QCOMPARE(m.alerts.m_alerts.first().title,
+             "Left 1 item in the Shadow Desktop: its name on the Desktop is taken: “a.txt”");
 }
 
 QTEST_MAIN(tst_Shell)
