@@ -3,6 +3,8 @@
 #include "NotificationCenter.h"
 #include "QtScheduler.h"
 
+#include <QFileInfo>
+
 AppServices::AppServices(AlertPresenter &alerts)
     : m_data(QtScheduler::instance(), NotificationCenter::defaultCenter(), alerts),
       m_engine(m_data,
@@ -28,11 +30,17 @@ void AppServices::loadStore()
     m_data.setTidyStatusSource(&m_engine);
 }
 
-JournalRecovery::Report AppServices::startJournal(QString *problem)
+JournalRecovery::Report AppServices::startJournal(QString *problem, bool create)
 {
     loadStore();
     if (qgetenv("BREVANO_JOURNAL") == "off")
         return {};
+    m_engine.setJournal(&m_journal);
+    // Nothing to recover where there is no journal yet.
+    if (!create && !QFileInfo::exists(MoveJournal::defaultPath())) {
+        m_journal.openOnFirstRun();
+        return {};
+    }
     if (!m_journal.open()) {
         if (problem)
             *problem = QStringLiteral("moves are not recorded: %1").arg(m_journal.lastError());
@@ -40,7 +48,6 @@ JournalRecovery::Report AppServices::startJournal(QString *problem)
     }
     if (problem)
         *problem = m_journal.openingNote();
-    m_engine.setJournal(&m_journal);
     return JournalRecovery(m_journal, m_trash)
         .recover({m_engine.getDesktopFolder(), m_engine.getTargetFilename()},
                  QDateTime::currentDateTimeUtc());

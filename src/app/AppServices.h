@@ -37,8 +37,9 @@ public:
     // application) start so. Without the journal (it is locked by another
     // Brevano, or cannot be written) moves go on unrecorded and nothing is
     // recovered; problem says why. BREVANO_JOURNAL=off (for benchmarks) runs
-    // without one.
-    JournalRecovery::Report startJournal(QString *problem);
+    // without one. Without create, a journal that does not exist is made only
+    // when the first run begins.
+    JournalRecovery::Report startJournal(QString *problem, bool create = true);
 
 private:
     LocalItemInfo m_itemInfo;

@@ -51,11 +51,15 @@ std::optional<InstanceChannel::Reply> InstanceChannel::send(const Request &reque
     message.insert(QStringLiteral("args"), QJsonArray::fromStringList(request.args));
     message.insert(QStringLiteral("cwd"), request.workingDirectory);
     socket.write(encode(message));
-    if (!socket.waitForBytesWritten(5000))
-        return std::nullopt;
-    const auto reply = readMessage(socket, timeoutMs);
+    // A Brevano runs: whatever happens now, the command is its, never run a
+    // second time here (it may have moved half of what it was asked to).
+    const auto reply =
+        socket.waitForBytesWritten(5000) ? readMessage(socket, timeoutMs) : std::nullopt;
     if (!reply)
-        return std::nullopt;
+        return Reply{1,
+                     {},
+                     "brevano: the running Brevano did not answer; if it stopped, its next "
+                     "start finishes what it had begun\n"};
     return Reply{reply->value(QStringLiteral("status")).toInt(2),
                  reply->value(QStringLiteral("out")).toString().toUtf8(),
                  reply->value(QStringLiteral("err")).toString().toUtf8()};

@@ -26,7 +26,9 @@ public:
     };
 
     static QString socketPath();
-    // The running application's reply, or nothing when none is running.
+    // The running application's reply, or nothing when none is running. One
+    // that takes the request and then stops or does not answer in time gives
+    // a failure that says so.
     static std::optional<Reply> send(const Request &request, int timeoutMs = 600000);
 };
 

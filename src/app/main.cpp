@@ -92,7 +92,7 @@ int runCommand(int argc, char *argv[], QStringList args, std::optional<Window> &
     }
     AppServices services(alerts);
     QString journalProblem;
-    const JournalRecovery::Report recovered = services.startJournal(&journalProblem);
+    const JournalRecovery::Report recovered = services.startJournal(&journalProblem, false);
     if (!journalProblem.isEmpty())
         err << "brevano: warning: " << journalProblem << '\n';
     if (!recovered.isEmpty())

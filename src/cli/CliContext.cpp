@@ -56,7 +56,7 @@ bool CliContext::checkItemNames(const QStringList &names)
 MoveJournal *CliContext::journal()
 {
     MoveJournal *journal = m_engine.journal();
-    if (journal && journal->isOpen())
+    if (journal && (journal->isOpen() || journal->open()))
         return journal;
     QString message = QStringLiteral("the move journal is not available");
     if (journal && !journal->lastError().isEmpty())

@@ -45,6 +45,8 @@ class MoveJournal::Private
 public:
     explicit Private(const QString &journalPath) : path(journalPath), file(journalPath) {}
 
+    // Opens, locks and reads the journal; the caller holds the mutex.
+    bool open(std::chrono::milliseconds lockWait);
     // Reads the journal just opened and repairs what needs it.
     bool load();
     // Keeps the damaged journal that bytes held as "<journal>.bad" and starts
@@ -73,6 +75,7 @@ public:
     QByteArray buffer; // records not yet written
     quint64 nextRun = 1;
     bool isOpen = false;
+    std::optional<std::chrono::milliseconds> openOnFirstRun; // how long to wait for the lock then
     QString error;
     QString note;
 };
@@ -223,19 +226,30 @@ MoveJournal::~MoveJournal()
 bool MoveJournal::open(std::chrono::milliseconds lockWait)
 {
     std::lock_guard lock(d->mutex);
-    if (d->isOpen)
+    return d->open(lockWait);
+}
+
+void MoveJournal::openOnFirstRun(std::chrono::milliseconds lockWait)
+{
+    std::lock_guard lock(d->mutex);
+    d->openOnFirstRun = lockWait;
+}
+
+bool MoveJournal::Private::open(std::chrono::milliseconds lockWait)
+{
+    if (isOpen)
         return true;
-    d->note.clear();
-    if (!d->file.open(lockWait) || !d->load()) {
-        d->error = d->file.error();
-        d->file.close();
-        d->runs = JournalRuns();
-        d->interrupted.clear();
+    note.clear();
+    if (!file.open(lockWait) || !load()) {
+        error = file.error();
+        file.close();
+        runs = JournalRuns();
+        interrupted.clear();
         return false;
     }
-    d->error.clear();
-    d->isOpen = true;
-    d->compact(QDateTime::currentDateTimeUtc());
+    error.clear();
+    isOpen = true;
+    compact(QDateTime::currentDateTimeUtc());
     return true;
 }
 
@@ -260,7 +274,7 @@ QString MoveJournal::openingNote() const
 quint64 MoveJournal::beginRun(RunKind kind, const QString &detail, const QDateTime &time)
 {
     std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
+    if (!d->isOpen && !(d->openOnFirstRun && d->open(*d->openOnFirstRun)))
         return 0;
     const quint64 run = d->nextRun++;
     d->add({.type = JournalRecord::Type::Begin,

@@ -116,6 +116,9 @@ public:
     // journal could not be opened or locked: nothing is recorded then, and
     // no recovery may run (another process may be moving).
     bool open(std::chrono::milliseconds lockWait = std::chrono::seconds(30));
+    // Opens the journal, making it where there is none, only when the first
+    // run begins: a command that moves nothing leaves no journal behind.
+    void openOnFirstRun(std::chrono::milliseconds lockWait = std::chrono::seconds(30));
     bool isOpen() const;
     QString lastError() const;
     // What open() had to do with the file ("the journal was damaged and is
