@@ -5,7 +5,7 @@
 # (seconds unless the name says otherwise; where no tool does the same work, ref
 # is the goal and the goal ratio 1).
 # Usage: run.sh BUILD_DIR [--quick]   (--quick skips the three-minute idle watch)
-# BENCH_ONLY=thumbnails runs the panel's thumbnails alone.
+# BENCH_ONLY=thumbnails runs the panel's thumbnails alone; BENCH_ONLY=tidy the tidy alone.
 set -uo pipefail
 build="$(cd "$1" && pwd)"
 quick="${2:-}"
@@ -97,6 +97,42 @@ CONF
     "warm $(with warm-scroll-stall-running) s, decoding $(without cold-scroll-stall-running) s" \
     "(the rest it waited, for a core on a busy machine or for a lock)"
 }
+# 3. A manual tidy of 10,000 files lying on a Desktop, against mv -n -t.
+tidy() {
+  home="$work/home"
+  export HOME="$home" XDG_DATA_HOME="$home/.local/share" XDG_CONFIG_HOME="$home/.config" \
+    XDG_RUNTIME_DIR="$home/run"
+  unset DBUS_SESSION_BUS_ADDRESS DISPLAY WAYLAND_DISPLAY
+  mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
+  shadow="$home/.local/share/Brevano/Shadow Desktop"
+  cat > "$work/prepare.sh" <<'PREP'
+#!/usr/bin/env bash
+# prepare.sh FROM TO: 10,000 files an hour old in FROM, TO empty
+rm -rf "$1" "$2"; mkdir -p "$1" "$2"
+cd "$1" && seq -f "file%05g.txt" 0 9999 | xargs touch -d '1 hour ago'
+PREP
+  chmod +x "$work/prepare.sh"
+  # Every move is recorded in the journal first; the same tidy without it shows
+  # what the record costs.
+  ours=$(RUNS=7 median_of --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
+  moved=$(find "$shadow" -type f | wc -l); left=$(find "$home/Desktop" -type f | wc -l)
+  journal="$home/.local/share/Brevano/Brevano.journal"
+  unjournaled=$(BREVANO_JOURNAL=off RUNS=7 median_of \
+    --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
+  ref=$(RUNS=7 median_of --prepare "$work/prepare.sh $work/from $work/to" \
+    "bash -c 'mv -n -t $work/to $work/from/*'")
+  report tidy-10000-files "$ours" "$ref" 1.5
+  report tidy-without-journal "$unjournaled" "$ref" 1.5
+  echo "  after the last tidy with the journal: $moved files in the Shadow Desktop, $left on the Desktop"
+  echo "  the journal: $(stat -c %s "$journal" 2>/dev/null || echo 0) bytes on $(df --output=fstype "$home" | tail -1)"
+  [ "$moved" = 10000 ] && [ "$left" = 0 ] || echo "  FILES NOT ACCOUNTED FOR"
+}
+
+if [ "${BENCH_ONLY:-}" = tidy ]; then
+  tidy
+  table
+  exit 0
+fi
 if [ "${BENCH_ONLY:-}" = thumbnails ]; then
   thumbnails
   table
@@ -128,34 +164,7 @@ ref=$(RUNS=15 median_of "find $work/tree -type f")
 report flattened-listing "$ours" "$ref" 1.2
 listing="$ours"
 
-# 3. A manual tidy of 10,000 files lying on a Desktop, against mv -n -t.
-home="$work/home"
-export HOME="$home" XDG_DATA_HOME="$home/.local/share" XDG_CONFIG_HOME="$home/.config" \
-  XDG_RUNTIME_DIR="$home/run"
-unset DBUS_SESSION_BUS_ADDRESS DISPLAY WAYLAND_DISPLAY
-mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
-shadow="$home/.local/share/Brevano/Shadow Desktop"
-cat > "$work/prepare.sh" <<'PREP'
-#!/usr/bin/env bash
-# prepare.sh FROM TO: 10,000 files an hour old in FROM, TO empty
-rm -rf "$1" "$2"; mkdir -p "$1" "$2"
-cd "$1" && seq -f "file%05g.txt" 0 9999 | xargs touch -d '1 hour ago'
-PREP
-chmod +x "$work/prepare.sh"
-# Every move is recorded in the journal first; the same tidy without it shows
-# what the record costs.
-ours=$(RUNS=7 median_of --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
-moved=$(find "$shadow" -type f | wc -l); left=$(find "$home/Desktop" -type f | wc -l)
-journal="$home/.local/share/Brevano/Brevano.journal"
-unjournaled=$(BREVANO_JOURNAL=off RUNS=7 median_of \
-  --prepare "$work/prepare.sh '$home/Desktop' '$shadow'" "$brevano tidy")
-ref=$(RUNS=7 median_of --prepare "$work/prepare.sh $work/from $work/to" \
-  "bash -c 'mv -n -t $work/to $work/from/*'")
-report tidy-10000-files "$ours" "$ref" 1.5
-report tidy-without-journal "$unjournaled" "$ref" 1.5
-echo "  after the last tidy with the journal: $moved files in the Shadow Desktop, $left on the Desktop"
-echo "  the journal: $(stat -c %s "$journal" 2>/dev/null || echo 0) bytes on $(df --output=fstype "$home" | tail -1)"
-[ "$moved" = 10000 ] && [ "$left" = 0 ] || echo "  FILES NOT ACCOUNTED FOR"
+tidy
 
 # 4. The status menu's Shadow Desktop tree on 100,000 files (its limits apply).
 ours=$("$engine" menu "$work/tree" 9 | cut -d' ' -f1)
