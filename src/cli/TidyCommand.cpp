@@ -80,7 +80,8 @@ int TidyCommand::dryRun(CliContext &context)
         context.out() << OperationMode::nothingMovesNote() << '\n';
         return CliContext::Success;
     }
-    engine.forEachTidyItem(false, [&](const QString &entry, quint32 verdict) {
+    engine.forEachTidyItem(false, [&](const QString &entry, quint32 verdict,
+                                      const ItemInfo::Facts &) {
         const QString name = FileNames::display(ShadowDesktopPaths::lastPathComponent(entry));
         if (verdict == CandidateSelector::CandidateDeferred) {
             context.out() << "deferred " << name << '\n';

@@ -257,8 +257,9 @@ void Brevano::performTidyFromRequest(int request)
     }
 }
 
-void Brevano::forEachTidyItem(bool announce,
-                              const std::function<void(const QString &, quint32)> &visit)
+void Brevano::forEachTidyItem(
+    bool announce,
+    const std::function<void(const QString &, quint32, const ItemInfo::Facts &)> &visit)
 {
     for (const QString &entry : desktopEntries()) {
         const ItemInfo::Facts facts = m_services.itemInfo.facts(entry);
@@ -268,7 +269,7 @@ void Brevano::forEachTidyItem(bool announce,
             announce ? shouldIgnoreFile(entry, facts, false, m_isRepeatTidy)
                      : m_candidates.assess(entry, facts, false, m_services.scheduler.now()).verdict;
         if (verdict != CandidateSelector::CandidateIgnored)
-            visit(entry, verdict);
+            visit(entry, verdict, facts);
     }
 }
 
@@ -288,12 +289,17 @@ void Brevano::performTidyNow()
         {
             QString entry;
             bool deferred;
+            MoveJournal::Identity identity;
             quint32 seq;
         };
         std::vector<Planned> plan;
-        forEachTidyItem(true, [&](const QString &entry, quint32 verdict) {
-            plan.push_back({entry, verdict == CandidateSelector::CandidateDeferred, 0});
-        });
+        forEachTidyItem(true,
+                        [&](const QString &entry, quint32 verdict, const ItemInfo::Facts &facts) {
+                            plan.push_back({entry,
+                                            verdict == CandidateSelector::CandidateDeferred,
+                                            {facts.device, facts.inode},
+                                            0});
+                        });
         // Nothing to record when nothing is left to look at.
         JournaledRun run(plan.empty() ? nullptr : m_journal, MoveJournal::RunKind::Tidy, m_tidyKind,
                          m_services.scheduler.now());
@@ -301,9 +307,10 @@ void Brevano::performTidyNow()
             if (item.deferred)
                 run.noteDeferred(item.entry);
             else
-                item.seq =
-                    run.announce(item.entry, shadowRoot + u'/' +
-                                                 ShadowDesktopPaths::lastPathComponent(item.entry));
+                item.seq = run.announce(item.entry,
+                                        shadowRoot + u'/' +
+                                            ShadowDesktopPaths::lastPathComponent(item.entry),
+                                        item.identity);
         }
         run.sync();
         for (const Planned &item : plan) {

@@ -112,7 +112,8 @@ public:
     // items are passed over). With announce, a changing item arms the retry and
     // may notify, as in the pass itself; without, nothing but the look happens.
     void forEachTidyItem(bool announce,
-                         const std::function<void(const QString &entry, quint32 verdict)> &visit);
+                         const std::function<void(const QString &entry, quint32 verdict,
+                                                  const ItemInfo::Facts &facts)> &visit);
     bool doMoveFileFrom(const QString &source, const QString &target, qint64 *filesMoved);
     // The same move without ever replacing, whatever the overwrite mode, with
     // the mover's account: a taken name leaves the item where it is

@@ -10,7 +10,8 @@ class JournalObserver : public FileMover::Observer
 {
 public:
     JournalObserver(MoveJournal *journal, quint64 run, quint32 seq)
-        : m_journal(journal), m_run(run), m_seq(seq), m_scope(journal ? this : FileMover::observer())
+        : m_journal(journal), m_run(run), m_seq(seq),
+          m_scope(journal ? this : FileMover::observer())
     {
     }
 
@@ -20,8 +21,12 @@ public:
     }
     void willPlace(const QString &partialPath, quint64 device, quint64 inode) override
     {
+        m_copied = true;
         m_journal->noteCopied(m_run, m_seq, partialPath, {device, inode});
     }
+    // Whether an item was copied rather than renamed: only then is what
+    // arrived a new item, with an identity of its own.
+    bool copied() const { return m_copied; }
     void willSetAside(const QString &asidePath) override
     {
         m_journal->noteAside(m_run, m_seq, asidePath);
@@ -31,5 +36,6 @@ private:
     MoveJournal *m_journal;
     quint64 m_run;
     quint32 m_seq;
+    bool m_copied = false;
     FileMover::ObserverScope m_scope;
 };

@@ -20,7 +20,17 @@ quint32 JournaledRun::announce(const QString &source, const QString &target)
 {
     if (!m_journal)
         return 0;
-    return m_journal->addIntent(m_run, source, target, MoveJournal::Identity::of(source));
+    return announce(source, target, MoveJournal::Identity::of(source));
+}
+
+quint32 JournaledRun::announce(const QString &source, const QString &target,
+                               const MoveJournal::Identity &sourceIdentity)
+{
+    if (!m_journal)
+        return 0;
+    const quint32 seq = m_journal->addIntent(m_run, source, target, sourceIdentity);
+    m_sources.insert(seq, sourceIdentity);
+    return seq;
 }
 
 void JournaledRun::sync()
@@ -32,17 +42,21 @@ void JournaledRun::sync()
 JournaledRun::Outcome JournaledRun::perform(quint32 seq, const std::function<Outcome()> &move)
 {
     Outcome outcome;
+    bool copied = false;
     {
         const JournalObserver observer(m_journal, m_run, seq);
         outcome = move();
+        copied = observer.copied();
     }
-    if (m_journal)
-        m_journal->noteOutcome(m_run, seq, outcome.status, outcome.target,
-                               outcome.status == MoveJournal::ItemStatus::Moved ||
-                                       outcome.status == MoveJournal::ItemStatus::Incomplete
-                                   ? MoveJournal::Identity::of(outcome.target)
-                                   : MoveJournal::Identity(),
-                               outcome.message);
+    if (!m_journal)
+        return outcome;
+    // A rename keeps what the item is; a copy is a new item.
+    MoveJournal::Identity arrived;
+    if (outcome.status == MoveJournal::ItemStatus::Moved ||
+        outcome.status == MoveJournal::ItemStatus::Incomplete)
+        arrived = copied ? MoveJournal::Identity::of(outcome.target) : m_sources.value(seq);
+    m_sources.remove(seq);
+    m_journal->noteOutcome(m_run, seq, outcome.status, outcome.target, arrived, outcome.message);
     return outcome;
 }
 

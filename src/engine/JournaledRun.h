@@ -4,6 +4,7 @@
 #include "MoveJournal.h"
 
 #include <QDateTime>
+#include <QHash>
 #include <QString>
 
 #include <functional>
@@ -27,6 +28,9 @@ public:
     // Announces a move (buffered); sync() makes the announcements durable
     // before the moves start.
     quint32 announce(const QString &source, const QString &target);
+    // The same, with what the source is already known.
+    quint32 announce(const QString &source, const QString &target,
+                     const MoveJournal::Identity &sourceIdentity);
     void sync();
     // Makes an announced move: move runs with the journal watching, and what
     // it answers is noted (target: where the item went, or was meant to go).
@@ -49,4 +53,5 @@ private:
     MoveJournal::RunKind m_kind;
     quint64 m_run = 0;
     QDateTime m_endTime;
+    QHash<quint32, MoveJournal::Identity> m_sources; // what each announced source is
 };

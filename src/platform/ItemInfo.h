@@ -30,6 +30,8 @@ public:
     {
         quint32 flags = 0;
         std::optional<QDateTime> modified; // none when nothing can be read
+        quint64 device = 0;                // what the item itself is (a link is not followed)
+        quint64 inode = 0;
     };
     // The flags and the modification date, read together.
     virtual Facts facts(const QString &path) const = 0;

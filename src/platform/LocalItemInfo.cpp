@@ -104,7 +104,8 @@ ItemInfo::Facts LocalItemInfo::facts(const QString &path) const
 #endif
     return {flagsOf(path, info, AllFlags),
             QDateTime::fromMSecsSinceEpoch(qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000,
-                                           QTimeZone::utc())};
+                                           QTimeZone::utc()),
+            quint64(info.st_dev), quint64(info.st_ino)};
 }
 
 QString LocalItemInfo::kindText(const QString &path) const

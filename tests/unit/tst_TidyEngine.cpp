@@ -166,10 +166,11 @@ void tst_TidyEngine::manualTidyOfAMixedDesktop()
     // The look ahead (what tidy --dry-run prints) sees what the pass will do,
     // and nothing happens while it looks.
     QStringList planned;
-    f.engine.forEachTidyItem(false, [&](const QString &entry, quint32 verdict) {
-        planned.append(ShadowDesktopPaths::lastPathComponent(entry) +
-                       (verdict == CandidateSelector::CandidateDeferred ? " later" : ""));
-    });
+    f.engine.forEachTidyItem(
+        false, [&](const QString &entry, quint32 verdict, const ItemInfo::Facts &) {
+            planned.append(ShadowDesktopPaths::lastPathComponent(entry) +
+                           (verdict == CandidateSelector::CandidateDeferred ? " later" : ""));
+        });
     planned.sort(Qt::CaseInsensitive);
     QCOMPARE(planned, (QStringList{"a.txt", "Folder", "link", "writing.iso later"}));
     QVERIFY(f.notifier.m_delivered.isEmpty());
