@@ -91,13 +91,17 @@ int runCommand(int argc, char *argv[], QStringList args, std::optional<Window> &
         }
     }
     AppServices services(alerts);
-    QString journalProblem;
-    const JournalRecovery::Report recovered = services.startJournal(&journalProblem, false);
-    if (!journalProblem.isEmpty())
-        err << "brevano: warning: " << journalProblem << '\n';
-    if (!recovered.isEmpty())
-        err << recovered.line() << '\n';
-    err.flush();
+    // Help and the version touch nothing, and may run beside a Brevano that
+    // holds the journal.
+    if (!CommandLine::runsWithoutStore(args)) {
+        QString journalProblem;
+        const JournalRecovery::Report recovered = services.startJournal(&journalProblem, false);
+        if (!journalProblem.isEmpty())
+            err << "brevano: warning: " << journalProblem << '\n';
+        if (!recovered.isEmpty())
+            err << recovered.line() << '\n';
+        err.flush();
+    }
     CommandLine commandLine(services.data(), services.engine(), out, err);
     if (hasDisplay())
         commandLine.setWindowOpener([&startWith](Window window) { startWith = window; });
