@@ -205,14 +205,17 @@ app=$!
 wait_for app_listening
 sni_menu='sni_call ContextMenu 900 30'
 rm -f "$BREVANO_MENU_OUTLINE"
-open_window "$sni_menu" 11 "Restore Files" "$shots/restore-files.png"
+# The tidy above can be undone, so "Undo Last Tidy" is one more entry on the way.
+open_window "$sni_menu" 12 "Restore Files" "$shots/restore-files.png"
+check "the status menu offers to undo the last tidy" \
+  'grep -qx "Undo Last Tidy ([1-9][0-9]* items)" "$BREVANO_MENU_OUTLINE"'
 restore_files="$(window_text "Restore Files")"
 lists_all() { local f; for f in "$@"; do grep -qP "\t\Q$f\E\$" <<<"$restore_files" || return 1; done; }
 check "Restore Files lists every item of the Shadow Desktop" 'lists_all Photos budget.xlsx notes.txt report.pdf'
 check "Restore Files offers Restore" 'grep -qP "^push button\tRestore\$" <<<"$restore_files"'
 xdotool key Escape
 rm -f "$BREVANO_MENU_OUTLINE"
-open_window "$sni_menu" 15 "About Brevano" "$shots/about.png"
+open_window "$sni_menu" 16 "About Brevano" "$shots/about.png"
 check "About shows the name and version" \
   'shows "About Brevano" "Version $("$brevano" --version | grep -o "[0-9][0-9.]*" | head -1)"'
 xdotool key Escape
