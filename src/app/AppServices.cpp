@@ -30,7 +30,8 @@ void AppServices::loadStore()
     m_data.setTidyStatusSource(&m_engine);
 }
 
-JournalRecovery::Report AppServices::startJournal(QString *problem, bool create)
+JournalRecovery::Report AppServices::startJournal(QString *problem, bool create,
+                                                  std::chrono::milliseconds lockWait)
 {
     loadStore();
     if (qgetenv("BREVANO_JOURNAL") == "off")
@@ -41,9 +42,24 @@ JournalRecovery::Report AppServices::startJournal(QString *problem, bool create)
         m_journal.openOnFirstRun();
         return {};
     }
-    if (!m_journal.open()) {
+    return openJournal(lockWait, problem);
+}
+
+JournalRecovery::Report AppServices::openJournal(std::chrono::milliseconds lockWait,
+                                                 QString *problem)
+{
+    const bool opened = m_journal.open(lockWait);
+    // Another Brevano moving items now would find its run "cut short" in our
+    // recovery, and our tidies would be missing from its undo: none here
+    // until it is done.
+    m_engine.setTidiesHeld(!opened && m_journal.isInUseElsewhere());
+    if (!opened) {
         if (problem)
-            *problem = QStringLiteral("moves are not recorded: %1").arg(m_journal.lastError());
+            *problem =
+                m_journal.isInUseElsewhere()
+                    ? QStringLiteral("another Brevano is moving items; try again when it "
+                                     "is done")
+                    : QStringLiteral("moves are not recorded: %1").arg(m_journal.lastError());
         return {};
     }
     if (problem)
@@ -51,4 +67,9 @@ JournalRecovery::Report AppServices::startJournal(QString *problem, bool create)
     return JournalRecovery(m_journal, m_trash)
         .recover({m_engine.getDesktopFolder(), m_engine.getTargetFilename()},
                  QDateTime::currentDateTimeUtc());
+}
+
+bool AppServices::journalInUseElsewhere() const
+{
+    return !m_journal.isOpen() && m_journal.isInUseElsewhere();
 }

@@ -39,7 +39,12 @@ public:
     // recovered; problem says why. BREVANO_JOURNAL=off (for benchmarks) runs
     // without one. Without create, a journal that does not exist is made only
     // when the first run begins.
-    JournalRecovery::Report startJournal(QString *problem, bool create = true);
+    JournalRecovery::Report startJournal(QString *problem, bool create,
+                                         std::chrono::milliseconds lockWait);
+    // Opens the journal (waiting for the lock up to lockWait) and recovers.
+    // While another Brevano holds it, the engine holds its tidies.
+    JournalRecovery::Report openJournal(std::chrono::milliseconds lockWait, QString *problem);
+    bool journalInUseElsewhere() const;
 
 private:
     LocalItemInfo m_itemInfo;

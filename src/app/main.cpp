@@ -95,7 +95,12 @@ int runCommand(int argc, char *argv[], QStringList args, std::optional<Window> &
     // holds the journal.
     if (!CommandLine::runsWithoutStore(args)) {
         QString journalProblem;
-        const JournalRecovery::Report recovered = services.startJournal(&journalProblem, false);
+        const JournalRecovery::Report recovered =
+            services.startJournal(&journalProblem, false, std::chrono::seconds(30));
+        if (services.journalInUseElsewhere() && CommandLine::movesItems(args)) {
+            err << "brevano: " << journalProblem << '\n';
+            return 1;
+        }
         if (!journalProblem.isEmpty())
             err << "brevano: warning: " << journalProblem << '\n';
         if (!recovered.isEmpty())
@@ -200,12 +205,31 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
         return 0;
     }
     QString journalProblem;
-    const JournalRecovery::Report recovered = services.startJournal(&journalProblem);
-    if (!journalProblem.isEmpty())
-        qWarning("Brevano: %s", qUtf8Printable(journalProblem));
-    if (!recovered.isEmpty())
-        services.engine().notifyUser(JournalRecovery::kTitle, recovered.summary(), QString(),
-                                     QStringLiteral("RecoveredRun"));
+    const auto reportRecovery = [&services](const JournalRecovery::Report &recovered,
+                                            const QString &problem) {
+        if (!problem.isEmpty())
+            qWarning("Brevano: %s", qUtf8Printable(problem));
+        if (!recovered.isEmpty())
+            services.engine().notifyUser(JournalRecovery::kTitle, recovered.summary(), QString(),
+                                         QStringLiteral("RecoveredRun"));
+    };
+    reportRecovery(services.startJournal(&journalProblem, true, std::chrono::seconds(2)),
+                   journalProblem);
+    // A command moving items without us holds the journal: tidies wait, and
+    // the journal is asked for again every two seconds, never blocking.
+    QTimer journalRetry;
+    journalRetry.setInterval(2000);
+    QObject::connect(&journalRetry, &QTimer::timeout, &app, [&] {
+        QString problem;
+        const JournalRecovery::Report recovered =
+            services.openJournal(std::chrono::milliseconds(0), &problem);
+        if (services.journalInUseElsewhere())
+            return;
+        journalRetry.stop();
+        reportRecovery(recovered, problem);
+    });
+    if (services.journalInUseElsewhere())
+        journalRetry.start();
     UnixSignalWatcher quitSignals({SIGTERM, SIGINT});
     QObject::connect(&quitSignals, &UnixSignalWatcher::received, &app, &QCoreApplication::quit);
     delegate.applicationDidFinishLaunching();

@@ -56,7 +56,9 @@ bool CliContext::checkItemNames(const QStringList &names)
 MoveJournal *CliContext::journal()
 {
     MoveJournal *journal = m_engine.journal();
-    if (journal && (journal->isOpen() || journal->open()))
+    // A command in its own process opens a journal not made yet; the running
+    // application opened its own at start, and never waits for it here.
+    if (journal && (journal->isOpen() || (!m_storeIsLive && journal->open())))
         return journal;
     QString message = QStringLiteral("the move journal is not available");
     if (journal && !journal->lastError().isEmpty())

@@ -65,6 +65,14 @@ bool CommandLine::runsWithoutStore(const QStringList &args)
            args.contains(QStringLiteral("--help")) || args.contains(QStringLiteral("-h"));
 }
 
+bool CommandLine::movesItems(const QStringList &args)
+{
+    static const QStringList moving{QStringLiteral("tidy"), QStringLiteral("restore"),
+                                    QStringLiteral("trash"), QStringLiteral("empty"),
+                                    QStringLiteral("undo")};
+    return moving.contains(args.value(0)) && !args.contains(QStringLiteral("--dry-run"));
+}
+
 Command *CommandLine::find(const QString &name) const
 {
     for (const auto &command : m_commands) {

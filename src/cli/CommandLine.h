@@ -27,6 +27,8 @@ public:
     // What shows the tray application's windows for "open"; none where nothing can.
     void setWindowOpener(OpenCommand::Opener opener) { m_open->setOpener(std::move(opener)); }
     static bool runsWithoutStore(const QStringList &args);
+    // Whether the command moves items (a dry run does not).
+    static bool movesItems(const QStringList &args);
     QString usage() const;
 
 private:

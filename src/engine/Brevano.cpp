@@ -203,6 +203,11 @@ void Brevano::armRetry()
 
 void Brevano::performTidyFromRequest(int request)
 {
+    if (m_tidiesHeld) {
+        qWarning("Brevano: tidy skipped: another Brevano is moving items");
+        emit tidySkipped();
+        return;
+    }
     if (request == TidyRequestManual || request == TidyRequestRepeat)
         delayAutomatedTidy();
     else if (request == TidyRequestScheduled && !getEnabled())

@@ -225,6 +225,9 @@ public:
     // could not be opened, or a benchmark runs without it).
     MoveJournal *journal() const { return m_journal; }
     void setJournal(MoveJournal *journal) { m_journal = journal; }
+    // While held, tidies are skipped: another Brevano holds the journal and
+    // is moving items.
+    void setTidiesHeld(bool held) { m_tidiesHeld = held; }
 
     const CandidateSelector &candidates() const { return m_candidates; }
     // Safe to use from a worker too.
@@ -259,6 +262,7 @@ private:
 
     MoveJournal *m_journal = nullptr;
     JournaledRun *m_batch = nullptr;
+    bool m_tidiesHeld = false;
     QString m_tidyKind = QStringLiteral("manual"); // how the pass to come was asked for
     bool m_isRepeatTidy = false;
     std::shared_ptr<std::atomic<bool>> m_abortMenuPopulate =

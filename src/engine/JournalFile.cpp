@@ -80,6 +80,7 @@ bool JournalFile::lockAndOpen(std::chrono::milliseconds wait)
     m_lock = ::open(bytesOf(lockPath).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (m_lock < 0)
         return failed(QStringLiteral("cannot open %1").arg(shown(lockPath)));
+    m_inUseElsewhere = false;
     const auto deadline = std::chrono::steady_clock::now() + wait;
     while (::flock(m_lock, LOCK_EX | LOCK_NB) != 0) {
         if (errno == EINTR)
@@ -89,6 +90,7 @@ bool JournalFile::lockAndOpen(std::chrono::milliseconds wait)
         if (std::chrono::steady_clock::now() >= deadline) {
             m_error = QStringLiteral("the move journal %1 is in use by another Brevano process")
                           .arg(shown(m_path));
+            m_inUseElsewhere = true;
             return false;
         }
         QThread::msleep(50);

@@ -38,6 +38,8 @@ public:
     // under that name (replacing what had it).
     bool replace(QByteArrayView contents, const QString &keepAs = {});
     QString error() const { return m_error; }
+    // The last open() failed because another process holds the lock.
+    bool inUseElsewhere() const { return m_inUseElsewhere; }
     // Lets go of the file and the lock.
     void close();
 
@@ -50,4 +52,5 @@ private:
     int m_fd = -1;
     qint64 m_size = 0;
     QString m_error;
+    bool m_inUseElsewhere = false;
 };

@@ -253,6 +253,12 @@ bool MoveJournal::Private::open(std::chrono::milliseconds lockWait)
     return true;
 }
 
+bool MoveJournal::isInUseElsewhere() const
+{
+    std::lock_guard lock(d->mutex);
+    return !d->isOpen && d->file.inUseElsewhere();
+}
+
 bool MoveJournal::isOpen() const
 {
     std::lock_guard lock(d->mutex);

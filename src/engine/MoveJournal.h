@@ -120,6 +120,9 @@ public:
     // run begins: a command that moves nothing leaves no journal behind.
     void openOnFirstRun(std::chrono::milliseconds lockWait = std::chrono::seconds(30));
     bool isOpen() const;
+    // The last open() failed only because another Brevano process holds the
+    // journal: it is moving items, and nothing should move here until it is done.
+    bool isInUseElsewhere() const;
     QString lastError() const;
     // What open() had to do with the file ("the journal was damaged and is
     // kept as ...bad"), if anything.
