@@ -46,7 +46,7 @@ int RestoreCommand::run(CliContext &context, const QStringList &args)
             paths.append(context.shadowPath(name));
     }
     int status = CliContext::Success;
-    const Brevano::Batch batch(engine, MoveJournal::RunKind::Restore);
+    const Brevano::Batch batch(engine, MoveJournal::RunKind::Restore, engine.restoresOf(paths));
     for (const QString &path : std::as_const(paths)) {
         const QString name = path.mid(engine.getTargetFilename().size() + 1);
         const FileMover::Result result = engine.restoreItem(path, addToIgnore);

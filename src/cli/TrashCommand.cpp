@@ -26,7 +26,11 @@ int TrashCommand::run(CliContext &context, const QStringList &args)
         return CliContext::BadUsage;
     context.loadStore();
     int status = CliContext::Success;
-    const Brevano::Batch batch(context.engine(), MoveJournal::RunKind::Trash);
+    QStringList paths;
+    for (const QString &name : args)
+        paths.append(context.shadowPath(name));
+    const Brevano::Batch batch(context.engine(), MoveJournal::RunKind::Trash,
+                               Brevano::trashingsOf(paths));
     for (const QString &name : args) {
         const Trash::Result result = context.engine().trashItem(context.shadowPath(name));
         if (result.ok)

@@ -305,8 +305,11 @@ void Brevano::performTidyNow()
                                             {facts.device, facts.inode},
                                             0});
                         });
-        // Nothing to record when nothing is left to look at.
-        JournaledRun run(plan.empty() ? nullptr : m_journal, MoveJournal::RunKind::Tidy, m_tidyKind,
+        // A pass that only found items still being written moves nothing:
+        // no run to record (retries come every 30 seconds).
+        const bool movesAny = std::any_of(plan.cbegin(), plan.cend(),
+                                          [](const Planned &item) { return !item.deferred; });
+        JournaledRun run(movesAny ? m_journal : nullptr, MoveJournal::RunKind::Tidy, m_tidyKind,
                          m_services.scheduler.now());
         for (Planned &item : plan) {
             if (item.deferred)
@@ -465,11 +468,13 @@ void Brevano::growlNotificationWasClicked(const QVariantMap &context)
 
 // ---- restore, delete, empty, size ----
 
-Brevano::Batch::Batch(Brevano &engine, MoveJournal::RunKind kind)
+Brevano::Batch::Batch(Brevano &engine, MoveJournal::RunKind kind,
+                      const QList<JournaledRun::Move> &moves)
     : m_engine(engine), m_previous(engine.m_batch),
       m_run(engine.m_journal, kind, QString(), engine.m_services.scheduler.now())
 {
     engine.m_batch = &m_run;
+    m_run.prepare(moves);
 }
 
 Brevano::Batch::~Batch()
@@ -525,9 +530,28 @@ FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
 
 void Brevano::restoreAllFiles(bool addToIgnore)
 {
-    const Batch batch(*this, MoveJournal::RunKind::Restore);
-    for (const QString &entry : DirectoryListing::entries(m_data.getShadowDesktopPath()))
+    const QStringList entries = DirectoryListing::entries(m_data.getShadowDesktopPath());
+    const Batch batch(*this, MoveJournal::RunKind::Restore, restoresOf(entries));
+    for (const QString &entry : entries)
         restoreItemAtPath(entry, addToIgnore);
+}
+
+QList<JournaledRun::Move> Brevano::restoresOf(const QStringList &paths) const
+{
+    QList<JournaledRun::Move> moves;
+    for (const QString &path : paths)
+        moves.append({path, getOriginalPathFromShadowPath(path)});
+    return moves;
+}
+
+QList<JournaledRun::Move> Brevano::trashingsOf(const QStringList &paths)
+{
+    QList<JournaledRun::Move> moves;
+    for (const QString &path : paths) {
+        if (!path.isEmpty())
+            moves.append({path, QString()});
+    }
+    return moves;
 }
 
 Trash::Result Brevano::trashItem(const QString &path)
@@ -548,8 +572,9 @@ Trash::Result Brevano::trashItem(const QString &path)
 void Brevano::deleteShadowDesktopContents()
 {
     {
-        const Batch batch(*this, MoveJournal::RunKind::Trash);
-        for (const QString &entry : DirectoryListing::entries(getTargetFilename()))
+        const QStringList entries = DirectoryListing::entries(getTargetFilename());
+        const Batch batch(*this, MoveJournal::RunKind::Trash, trashingsOf(entries));
+        for (const QString &entry : entries)
             deleteItemAtPath(entry);
     }
     if (notificationsAllow(m_data.getGrowlOnEmpty()))

@@ -168,7 +168,9 @@ public:
     class Batch
     {
     public:
-        Batch(Brevano &engine, MoveJournal::RunKind kind);
+        // moves: those to come, if known, announced at once.
+        Batch(Brevano &engine, MoveJournal::RunKind kind,
+              const QList<JournaledRun::Move> &moves = {});
         ~Batch();
         Batch(const Batch &) = delete;
         Batch &operator=(const Batch &) = delete;
@@ -186,6 +188,9 @@ public:
     FileMover::Result restoreItem(const QString &path, bool addToIgnore);
     void restoreAllFiles(bool addToIgnore);
     bool deleteItemAtPath(const QString &path) { return trashItem(path).ok; }
+    // The moves a Batch of restores or trashings of these Shadow Desktop items announces.
+    QList<JournaledRun::Move> restoresOf(const QStringList &paths) const;
+    static QList<JournaledRun::Move> trashingsOf(const QStringList &paths);
     Trash::Result trashItem(const QString &path);
     void deleteShadowDesktopContents();
     void menuItemPressed(int tag, const QString &path);

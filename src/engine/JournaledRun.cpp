@@ -4,16 +4,33 @@
 
 JournaledRun::JournaledRun(MoveJournal *journal, MoveJournal::RunKind kind, const QString &detail,
                            const QDateTime &time)
-    : m_journal(journal), m_kind(kind), m_endTime(time)
+    : m_journal(journal), m_kind(kind), m_detail(detail), m_startTime(time), m_endTime(time)
 {
-    if (m_journal)
-        m_run = m_journal->beginRun(kind, detail, time);
 }
 
 JournaledRun::~JournaledRun()
 {
-    if (m_journal)
-        m_journal->endRun(m_run, m_endTime.isValid() ? m_endTime : QDateTime::currentDateTimeUtc());
+    if (m_begun)
+        m_journal->endRun(m_run, m_endTime);
+}
+
+// A run that moves nothing leaves no record: it begins with its first item.
+quint64 JournaledRun::run()
+{
+    if (!m_begun) {
+        m_begun = true;
+        m_run = m_journal->beginRun(m_kind, m_detail, m_startTime);
+    }
+    return m_run;
+}
+
+void JournaledRun::prepare(const QList<Move> &moves)
+{
+    if (!m_journal || moves.isEmpty())
+        return;
+    for (const Move &move : moves)
+        m_prepared.insert(move.source, announce(move.source, move.target));
+    sync();
 }
 
 quint32 JournaledRun::announce(const QString &source, const QString &target)
@@ -28,7 +45,7 @@ quint32 JournaledRun::announce(const QString &source, const QString &target,
 {
     if (!m_journal)
         return 0;
-    const quint32 seq = m_journal->addIntent(m_run, source, target, sourceIdentity);
+    const quint32 seq = m_journal->addIntent(run(), source, target, sourceIdentity);
     m_sources.insert(seq, sourceIdentity);
     return seq;
 }
@@ -63,6 +80,11 @@ JournaledRun::Outcome JournaledRun::perform(quint32 seq, const std::function<Out
 JournaledRun::Outcome JournaledRun::moveOne(const QString &source, const QString &target,
                                             const std::function<Outcome()> &move)
 {
+    if (const auto prepared = m_prepared.constFind(source); prepared != m_prepared.constEnd()) {
+        const quint32 seq = *prepared;
+        m_prepared.erase(prepared);
+        return perform(seq, move);
+    }
     const quint32 seq = announce(source, target);
     sync();
     return perform(seq, move);
@@ -71,7 +93,7 @@ JournaledRun::Outcome JournaledRun::moveOne(const QString &source, const QString
 void JournaledRun::noteDeferred(const QString &source)
 {
     if (m_journal)
-        m_journal->noteDeferred(m_run, source);
+        m_journal->noteDeferred(run(), source);
 }
 
 JournaledRun::Outcome JournaledRun::outcomeOf(const FileMover::Result &result,

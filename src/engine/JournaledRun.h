@@ -25,6 +25,14 @@ public:
     MoveJournal::RunKind kind() const { return m_kind; }
     void setEndTime(const QDateTime &time) { m_endTime = time; }
 
+    struct Move
+    {
+        QString source;
+        QString target; // empty where not known before (the Trash picks it)
+    };
+    // Announces the moves to come at once, durably: moveOne() then takes
+    // each as announced, for one sync in all.
+    void prepare(const QList<Move> &moves);
     // Announces a move (buffered); sync() makes the announcements durable
     // before the moves start.
     quint32 announce(const QString &source, const QString &target);
@@ -49,9 +57,15 @@ public:
     static Outcome outcomeOf(const FileMover::Result &result, const QString &target);
 
 private:
+    quint64 run();
+
     MoveJournal *m_journal;
     MoveJournal::RunKind m_kind;
+    QString m_detail;
+    QDateTime m_startTime;
+    bool m_begun = false;
     quint64 m_run = 0;
     QDateTime m_endTime;
+    QHash<QString, quint32> m_prepared;              // announced sources not moved yet
     QHash<quint32, MoveJournal::Identity> m_sources; // what each announced source is
 };

@@ -688,7 +688,7 @@ void PanelController::pressedFileTrash()
 // A failed restore or trash leaves the item where it is, and its row with it.
 void PanelController::trashPaths(const QStringList &paths)
 {
-    const Brevano::Batch batch(m_engine, MoveJournal::RunKind::Trash);
+    const Brevano::Batch batch(m_engine, MoveJournal::RunKind::Trash, Brevano::trashingsOf(paths));
     for (const QString &path : paths) {
         if (path.isEmpty())
             continue;

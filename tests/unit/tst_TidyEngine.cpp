@@ -720,5 +720,21 @@ void tst_TidyEngine::everyRunIsJournaled()
     QVERIFY(trashed->items.value(0).target.startsWith(FreedesktopTrash::homeTrash()));
     QCOMPARE(runs[3].kind, MoveJournal::RunKind::Drop);
     QCOMPARE(runs[3].moved, 1);
+
     f.engine.setJournal(nullptr);
+
+    // What moves nothing leaves no run: an empty batch, a pass that only defers.
+    EngineFixture g;
+    g.load();
+    MoveJournal quiet(g.sandbox.home() + "/Brevano.journal");
+    QVERIFY(quiet.open(0ms));
+    g.engine.setJournal(&quiet);
+    {
+        const Brevano::Batch nothing(g.engine, MoveJournal::RunKind::Restore);
+    }
+    g.desktopItem("fresh.txt", 2);
+    g.engine.performManualTidy();
+    QVERIFY(QFile::exists(g.sandbox.desktop() + "/fresh.txt"));
+    QVERIFY(quiet.runs().isEmpty());
+    g.engine.setJournal(nullptr);
 }
