@@ -331,8 +331,11 @@ void Brevano::performTidyNow()
             OverwriteMover::Outcome outcome;
             run.perform(item.seq, [&] {
                 outcome = m_mover.move(item.entry, shadowRoot + u'/' + name, overwriteMode);
-                return JournaledRun::Outcome{outcome.moved ? MoveJournal::ItemStatus::Moved
-                                                           : MoveJournal::ItemStatus::Failed,
+                using Status = MoveJournal::ItemStatus;
+                // Part of it copied, part of it left: both halves are told.
+                return JournaledRun::Outcome{outcome.moved        ? Status::Moved
+                                             : outcome.incomplete ? Status::Incomplete
+                                                                  : Status::Failed,
                                              outcome.target, outcome.reason};
             });
             const QString shownName = FileNames::display(name);

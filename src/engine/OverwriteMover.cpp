@@ -24,7 +24,8 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
         if (result.status == FileMover::Status::TargetExists)
             return {false, target,
                     QStringLiteral("an item named so is already in the Shadow Desktop")};
-        return {result.moved(), target, result.message};
+        return {result.moved(), target, result.message,
+                result.status == FileMover::Status::Incomplete};
     }
     case Replace:
         return replace(source, target);
@@ -33,10 +34,12 @@ OverwriteMover::Outcome OverwriteMover::move(const QString &source, const QStrin
         // name costs no look beforehand.
         if (const FileMover::Result plain = FileMover::move(source, target);
             plain.status != FileMover::Status::TargetExists)
-            return {plain.moved(), target, plain.message};
+            return {plain.moved(), target, plain.message,
+                    plain.status == FileMover::Status::Incomplete};
         QString chosen;
         const FileMover::Result result = moveToFreeName(source, target, chosen, m_beforeMove);
-        return {result.moved(), chosen, result.message};
+        return {result.moved(), chosen, result.message,
+                result.status == FileMover::Status::Incomplete};
     }
     default:
         return {false, target, QStringLiteral("overwrite mode %1 moves nothing").arg(mode)};
@@ -64,7 +67,8 @@ OverwriteMover::Outcome OverwriteMover::replace(const QString &source, const QSt
 {
     const FileMover::Result plain = FileMover::move(source, target);
     if (plain.status != FileMover::Status::TargetExists)
-        return {plain.moved(), target, plain.message};
+        return {plain.moved(), target, plain.message,
+                plain.status == FileMover::Status::Incomplete};
     // The item in the way steps aside under a hidden name in its folder.
     const QString folder = ShadowDesktopPaths::deletingLastPathComponent(target);
     QString aside;
@@ -109,7 +113,8 @@ OverwriteMover::Outcome OverwriteMover::replace(const QString &source, const QSt
     if (in.status == FileMover::Status::Incomplete)
         return {false, target,
                 in.message + QStringLiteral("; ") +
-                    keepVisible(QStringLiteral("the item it would have replaced stays"))};
+                    keepVisible(QStringLiteral("the item it would have replaced stays")),
+                true};
     // The new item is in.
     const Trash::Result trashed = m_trash.trashAs(aside, target);
     if (trashed.ok)

@@ -28,6 +28,8 @@ public:
         bool moved = false;
         QString target; // where the item went, or was meant to go
         QString reason; // why not, when !moved; what else happened, when moved
+        // Not moved, yet copied: what changed during the copy stayed at the source.
+        bool incomplete = false;
     };
 
     explicit OverwriteMover(Trash &trash) : m_trash(trash) {}

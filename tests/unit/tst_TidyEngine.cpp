@@ -308,7 +308,15 @@ void tst_TidyEngine::whatChangesDuringACopyStays()
         return stage != u"copied" || late.open(QIODevice::WriteOnly);
     });
     QSignalSpy processed(&f.engine, &Brevano::tidyItemProcessed);
+    MoveJournal journal(f.sandbox.home() + "/Brevano.journal");
+    QVERIFY(journal.open(0ms));
+    f.engine.setJournal(&journal);
     f.engine.performManualTidy();
+    f.engine.setJournal(nullptr);
+    // Recorded as split, with where the copy went and what it is.
+    const MoveJournal::Item split = journal.run(journal.runs().constLast().id)->items.value(0);
+    QCOMPARE(split.status, MoveJournal::ItemStatus::Incomplete);
+    QCOMPARE(split.targetIdentity, MoveJournal::Identity::of(shadow + "/Folder"));
     QCOMPARE(processed.first().at(1).value<Brevano::ItemResult>(), Brevano::ItemResult::Failed);
     QVERIFY2(processed.first().at(3).toString().contains("Folder/late.txt"),
              qPrintable(processed.first().at(3).toString()));
