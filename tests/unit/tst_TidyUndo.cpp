@@ -173,6 +173,9 @@ void tst_TidyUndo::historyAndUndoOnTheCommandLine()
           QStringList{"history", "one"}, QStringList{"history", "1", "2"},
           QStringList{"undo", "now"}})
         QCOMPARE(runCommand(f, bad).status, 2);
+    r = runCommand(f, {"history", "--limit"});
+    QCOMPARE(r.status, 2);
+    QCOMPARE(r.err, QStringLiteral("brevano: --limit needs a number\n"));
     r = runCommand(f, {"history", "99"});
     QCOMPARE(r.status, 1);
     QVERIFY(r.err.contains(u"no run 99"));
