@@ -78,6 +78,8 @@ int HistoryCommand::run(CliContext &context, const QStringList &args)
             return context.fail(QStringLiteral("--limit takes a number of runs above 0, not \"%1\"")
                                     .arg(args.at(1)),
                                 CliContext::BadUsage);
+    } else if (args.size() == 1 && args.first() == u"--limit") {
+        return context.fail(QStringLiteral("--limit needs a number"), CliContext::BadUsage);
     } else if (args.size() == 1) {
         id = positive(args.first());
         if (!id)

@@ -22,7 +22,8 @@ QString UndoCommand::help() const
         "lists the tidies and what they moved.\n"
         "Prints what happened. Exits 0 when everything still there went back (or\n"
         "there was nothing to undo), 1 when an item stayed because its Desktop name\n"
-        "is taken or its move failed.\n");
+        "is taken, its move failed, or the tidy left it split between the Desktop and\n"
+        "the Shadow Desktop.\n");
 }
 
 int UndoCommand::run(CliContext &context, const QStringList &args)
@@ -36,6 +37,7 @@ int UndoCommand::run(CliContext &context, const QStringList &args)
         TidyUndo(*journal).undoLastTidy(QDateTime::currentDateTimeUtc());
     for (const QString &line : report.lines())
         context.out() << line << '\n';
-    return report.nameTaken.isEmpty() && report.failed.isEmpty() ? CliContext::Success
-                                                                 : CliContext::Failed;
+    return report.nameTaken.isEmpty() && report.split.isEmpty() && report.failed.isEmpty()
+               ? CliContext::Success
+               : CliContext::Failed;
 }

@@ -20,11 +20,6 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
         run.kind = record.kind;
         run.detail = record.text;
         run.started = record.time;
-        if (record.kind == RunKind::Undo) {
-            Entry *tidy = find(record.text.toULongLong());
-            if (tidy && tidy->run.kind == RunKind::Tidy)
-                tidy->run.undone = true;
-        }
         break;
     case JournalRecord::Type::Intent:
         e.nextSeq = std::max(e.nextSeq, record.seq + 1);
@@ -89,6 +84,13 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
         e.ended = true;
         run.ended = record.time;
         run.recovered = record.recovered;
+        // Only an undo that went to its end took its tidy back: what one cut
+        // short left behind can still be undone.
+        if (run.kind == RunKind::Undo && !record.recovered) {
+            Entry *tidy = find(run.detail.toULongLong());
+            if (tidy && tidy->run.kind == RunKind::Tidy)
+                tidy->run.undone = true;
+        }
         break;
     }
 }

@@ -158,7 +158,8 @@ public:
     // endRun() ends them.
     QList<Run> interruptedRuns() const;
     // The tidy an undo would take back: the newest tidy that moved anything,
-    // unless it was undone already (an undo run names it in its detail).
+    // unless it was undone already (an undo run that names it in its detail
+    // ended, and not by recovery: one cut short leaves it to be undone).
     // Without items; answered from memory.
     std::optional<Run> lastUndoableTidy() const;
 

@@ -30,6 +30,23 @@ QString items(qsizetype count)
     return count == 1 ? QStringLiteral("1 item") : QStringLiteral("%1 items").arg(count);
 }
 
+// What undos of tidy that were cut short did with its items, by where the
+// tidy put each: put back (Moved), or left split (Incomplete).
+QHash<QString, Status> earlierUndos(const MoveJournal &journal, quint64 tidy)
+{
+    QHash<QString, Status> done;
+    const QString undid = QString::number(tidy);
+    for (const MoveJournal::Run &undo : journal.runs()) {
+        if (undo.kind != MoveJournal::RunKind::Undo || undo.detail != undid)
+            continue;
+        for (const MoveJournal::Item &item : journal.run(undo.id).value_or(undo).items) {
+            if (item.status == Status::Moved || item.status == Status::Incomplete)
+                done.insert(item.source, item.status);
+        }
+    }
+    return done;
+}
+
 } // namespace
 
 std::optional<MoveJournal::Run> TidyUndo::candidate() const
@@ -48,7 +65,8 @@ TidyUndo::Report TidyUndo::undoLastTidy(const QDateTime &now)
         return report;
     }
     report.run = recorded->id;
-    // Beginning the undo marks the tidy as undone, whatever comes of it.
+    const QHash<QString, Status> earlier = earlierUndos(m_journal, recorded->id);
+    // Only ending the undo marks the tidy as undone.
     JournaledRun run(&m_journal, MoveJournal::RunKind::Undo, QString::number(recorded->id), now);
     struct Planned
     {
@@ -58,7 +76,14 @@ TidyUndo::Report TidyUndo::undoLastTidy(const QDateTime &now)
     };
     std::vector<Planned> planned;
     for (const MoveJournal::Item &item : recorded->items) {
-        if (item.status == Status::Moved)
+        // What an undo cut short did with the item stands.
+        const auto done =
+            item.status == Status::Moved ? earlier.constFind(item.target) : earlier.cend();
+        const Status status = done != earlier.cend() ? *done : item.status;
+        // Half here, half there: which half is the item is not ours to decide.
+        if (status == Status::Incomplete)
+            report.split.append(item.source);
+        else if (status == Status::Moved && done == earlier.cend())
             planned.push_back({run.announce(item.target, item.source), &item,
                                Identity::of(item.target) == item.targetIdentity});
     }
@@ -92,7 +117,8 @@ QStringList TidyUndo::Report::lines() const
     if (nothingToUndo)
         return {QStringLiteral("There is nothing to undo.")};
     QStringList lines;
-    if (restored > 0 || (nameTaken.isEmpty() && notThere.isEmpty() && failed.isEmpty()))
+    if (restored > 0 ||
+        (nameTaken.isEmpty() && split.isEmpty() && notThere.isEmpty() && failed.isEmpty()))
         lines.append(QStringLiteral("Put back %1 on the Desktop.").arg(items(restored)));
     if (!nameTaken.isEmpty())
         lines.append(QStringLiteral("Left %1 in the Shadow Desktop: %2: %3")
@@ -101,6 +127,12 @@ QStringList TidyUndo::Report::lines() const
                                   ? QStringLiteral("its name on the Desktop is taken")
                                   : QStringLiteral("their names on the Desktop are taken"),
                               quotedNames(nameTaken)));
+    if (!split.isEmpty())
+        lines.append(QStringLiteral("Left %1 split between the Desktop and the Shadow Desktop (%2 "
+                                    "changed while being moved): %3")
+                         .arg(items(split.size()),
+                              split.size() == 1 ? QStringLiteral("it") : QStringLiteral("they"),
+                              quotedNames(split)));
     if (!notThere.isEmpty())
         lines.append(QStringLiteral("Skipped %1 no longer where the tidy put %2: %3")
                          .arg(items(notThere.size()),

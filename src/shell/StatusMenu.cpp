@@ -382,7 +382,8 @@ void StatusMenu::undoLastTidy()
     const QStringList lines = report.lines();
     // What stayed behind wants the person's eye, not a notification that may
     // go unseen.
-    if (report.nameTaken.isEmpty() && report.notThere.isEmpty() && report.failed.isEmpty()) {
+    if (report.nameTaken.isEmpty() && report.split.isEmpty() && report.notThere.isEmpty() &&
+        report.failed.isEmpty()) {
         if (m_data.getGrowlEnabled())
             m_engine.notifyUser(QStringLiteral("Undo Last Tidy"), lines.join(u' '), QString(),
                                 QStringLiteral("UndoComplete"));

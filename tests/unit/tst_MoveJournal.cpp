@@ -386,8 +386,13 @@ void tst_MoveJournal::theLastUndoableTidy()
         QCOMPARE(journal.lastUndoableTidy()->moved, 2);
         second = wholeRun(journal, Kind::Tidy, now, 1);
         QCOMPARE(journal.lastUndoableTidy()->id, second);
-        // Undone as soon as the undo begins; the tidy before is not offered then.
-        journal.beginRun(Kind::Undo, QString::number(second), now);
+        // An undo cut short, even once recovered, leaves it to be undone; one
+        // that ends takes it back, and the tidy before is not offered then.
+        const quint64 cutShort = journal.beginRun(Kind::Undo, QString::number(second), now);
+        QCOMPARE(journal.lastUndoableTidy().value_or(Journal::Run()).id, second);
+        journal.endRun(cutShort, now, true);
+        QCOMPARE(journal.lastUndoableTidy().value_or(Journal::Run()).id, second);
+        wholeRun(journal, Kind::Undo, now, 1, QString::number(second));
         QVERIFY(!journal.lastUndoableTidy());
         QVERIFY(journal.runs()[3].undone);
         QVERIFY(!journal.runs()[0].undone);

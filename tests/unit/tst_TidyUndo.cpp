@@ -5,9 +5,11 @@
 #include "JournalFixture.h"
 #include "TidyUndo.h"
 
+#include <QScopeGuard>
 #include <QtTest>
 
 #include <cstdio>
+#include <unistd.h>
 
 namespace {
 
@@ -43,6 +45,7 @@ class tst_TidyUndo : public QObject
     Q_OBJECT
 private slots:
     void undoPutsBackWhatIsStillWhereTheTidyPutIt();
+    void anUndoCutShortLeavesTheRestToUndo();
     void historyAndUndoOnTheCommandLine();
 };
 
@@ -60,6 +63,12 @@ void tst_TidyUndo::undoPutsBackWhatIsStillWhereTheTidyPutIt()
     const int fd = ::open(FileNames::encode(notUtf8).constData(), O_CREAT | O_WRONLY, 0644);
     QVERIFY(fd >= 0);
     ::close(fd);
+    // QTemporaryDir cannot remove a name that is not UTF-8: the sandbox goes
+    // only once it is gone, wherever the test stopped.
+    const auto removeNotUtf8 = qScopeGuard([&] {
+        for (const QString &folder : {desktop, shadow})
+            ::unlink(FileNames::encode(folder + "/" + notUtf8.mid(desktop.size() + 1)).constData());
+    });
     for (const QString path : {"/Folder/inner/x.txt", "/Folder/inner", "/Folder/link", "/Folder"})
         f.setAge(desktop + path, 3600);
     f.setAge(notUtf8, 3600);
@@ -112,6 +121,56 @@ void tst_TidyUndo::undoPutsBackWhatIsStillWhereTheTidyPutIt()
     QCOMPARE(undo.undoLastTidy(QDateTime::currentDateTimeUtc()).lines(),
              QStringList{"There is nothing to undo."});
     QCOMPARE(f.shadowEntries(), QStringList({"b.txt", "d.txt"}));
+}
+
+void tst_TidyUndo::anUndoCutShortLeavesTheRestToUndo()
+{
+    using Status = MoveJournal::ItemStatus;
+    using Identity = MoveJournal::Identity;
+    EngineFixture f;
+    f.load();
+    JournalFixture j;
+    MoveJournal &journal = j.journal;
+    const QString desktop = f.sandbox.desktop();
+    const QString shadow = f.sandbox.shadowDesktop();
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    // A tidy that moved a, b and c, and left d split: what changed while it
+    // was copied stayed on the Desktop.
+    const quint64 tidy = journal.beginRun(MoveJournal::RunKind::Tidy, "manual", now);
+    for (const QString name : {"a.txt", "b.txt", "c.txt", "d.txt"}) {
+        const QString target =
+            f.sandbox.write(".local/share/Brevano/Shadow Desktop/" + name, name.toUtf8());
+        const quint32 seq = journal.addIntent(tidy, desktop + '/' + name, target, {});
+        const bool split = name == "d.txt";
+        if (split)
+            f.desktopItem(name);
+        journal.noteOutcome(tidy, seq, split ? Status::Incomplete : Status::Moved, target,
+                            Identity::of(target), {});
+    }
+    journal.endRun(tidy, now);
+
+    // An undo put a back and was cut short; a later start ended it.
+    const quint64 cutShort =
+        journal.beginRun(MoveJournal::RunKind::Undo, QString::number(tidy), now);
+    const quint32 seq = journal.addIntent(cutShort, shadow + "/a.txt", desktop + "/a.txt",
+                                          Identity::of(shadow + "/a.txt"));
+    journal.sync();
+    QVERIFY(QFile::rename(shadow + "/a.txt", desktop + "/a.txt"));
+    journal.noteOutcome(cutShort, seq, Status::Moved, desktop + "/a.txt",
+                        Identity::of(desktop + "/a.txt"), {});
+    TidyUndo undo(journal);
+    QCOMPARE(undo.candidate().value_or(MoveJournal::Run()).id, tidy);
+    journal.endRun(cutShort, now, true);
+    QCOMPARE(undo.candidate().value_or(MoveJournal::Run()).id, tidy);
+
+    QCOMPARE(undo.undoLastTidy(now).lines(),
+             QStringList({"Put back 2 items on the Desktop.",
+                          "Left 1 item split between the Desktop and the Shadow Desktop (it "
+                          "changed while being moved): “d.txt”"}));
+    QCOMPARE(f.desktopEntries(), QStringList({"a.txt", "b.txt", "c.txt", "d.txt"}));
+    QCOMPARE(f.shadowEntries(), QStringList{"d.txt"});
+    QVERIFY(journal.runs().first().undone);
+    QCOMPARE(undo.undoLastTidy(now).lines(), QStringList{"There is nothing to undo."});
 }
 
 void tst_TidyUndo::historyAndUndoOnTheCommandLine()
@@ -173,6 +232,9 @@ void tst_TidyUndo::historyAndUndoOnTheCommandLine()
           QStringList{"history", "one"}, QStringList{"history", "1", "2"},
           QStringList{"undo", "now"}})
         QCOMPARE(runCommand(f, bad).status, 2);
+    r = runCommand(f, {"history", "--limit"});
+    QCOMPARE(r.status, 2);
+    QCOMPARE(r.err, QStringLiteral("brevano: --limit needs a number\n"));
     r = runCommand(f, {"history", "99"});
     QCOMPARE(r.status, 1);
     QVERIFY(r.err.contains(u"no run 99"));
