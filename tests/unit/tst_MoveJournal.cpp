@@ -1,4 +1,5 @@
 #include "FileNames.h"
+#include "JournalLine.h"
 #include "MoveJournal.h"
 #include "SandboxHome.h"
 
@@ -86,6 +87,18 @@ QList<quint64> ids(const QList<Journal::Run> &runs)
     return all;
 }
 
+// What opening the journal at path shows: its runs, and the note, if any.
+QStringList opened(const QString &path)
+{
+    Journal journal(path);
+    if (!journal.open(0ms))
+        return {journal.lastError()};
+    QStringList all;
+    for (const Journal::Run &run : journal.runs())
+        all.append(QString::number(run.id) + ": " + counts(run));
+    return all + QStringList(journal.openingNote());
+}
+
 } // namespace
 
 class tst_MoveJournal : public QObject
@@ -96,6 +109,8 @@ private slots:
     void aRunCutShortIsInterruptedAtTheNextOpen();
     void aTornLastLineIsCutOff();
     void aDamagedJournalIsSetAsideKeepingWhatIsInFlight();
+    void damageOpeningDidNotReadIsFoundWhenRead();
+    void anIndexMissingDamagedOrStaleIsRebuilt();
     void compactionKeepsWithinBounds();
     void theLastUndoableTidy();
     void oneOwnerAtATime();
@@ -311,6 +326,8 @@ void tst_MoveJournal::aDamagedJournalIsSetAsideKeepingWhatIsInFlight()
     QVERIFY(second > 0);
     damaged[second + 12] = 'Z';
     writeContents(path, damaged);
+    // Without an index, opening reads every line.
+    QVERIFY(QFile::remove(path + ".index"));
     {
         Journal journal(path);
         QVERIFY(journal.open(0ms));
@@ -331,6 +348,114 @@ void tst_MoveJournal::aDamagedJournalIsSetAsideKeepingWhatIsInFlight()
     QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>({cutShort, 4}));
     QCOMPARE(journal.interruptedRuns()[0].items.value(0).source, "/d/x");
     QCOMPARE(journal.beginRun(Kind::Restore, {}, now), 5u);
+}
+
+// Opening reads only what the index does not sum up; the lines it skips are
+// checked when they are read, and damage found then is dealt with as at
+// opening. A journal of another version is set aside unread.
+void tst_MoveJournal::damageOpeningDidNotReadIsFoundWhenRead()
+{
+    SandboxHome sandbox;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    quint64 cutShort = 0, tidy = 0;
+    // A journal whose tidy is damaged in place, its index still right.
+    const auto damagedJournal = [&](const QString &path) {
+        {
+            Journal journal(path);
+            QVERIFY(journal.open(0ms));
+            tidy = wholeRun(journal, Kind::Tidy, now, 2);
+            cutShort = journal.beginRun(Kind::Drop, {}, now);
+            journal.addIntent(cutShort, "/d/x", "/s/x", {1, 9});
+            wholeRun(journal, Kind::Restore, now);
+        }
+        QByteArray bytes = contents(path);
+        bytes[bytes.indexOf("intent\t" + QByteArray::number(tidy) + "\t2") + 12] = 'Z';
+        writeContents(path, bytes);
+    };
+    const QString path = Journal::defaultPath();
+    damagedJournal(path);
+    const QByteArray damaged = contents(path);
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        QVERIFY(journal.openingNote().isEmpty());
+        QCOMPARE(journal.runs().size(), 3);
+        const QList<Journal::Item> items = journal.run(tidy)->items;
+        QVERIFY(items.value(0).source.endsWith("-0") && items.value(1).source.isEmpty());
+        QVERIFY2(journal.openingNote().contains("damaged"), qPrintable(journal.openingNote()));
+        QCOMPARE(contents(path + ".bad"), damaged);
+        QCOMPARE(ids(journal.runs()), QList<quint64>{cutShort});
+    }
+    QCOMPARE(opened(path),
+             QStringList({QString::number(cutShort) + ": " + counts(Journal::Run()), QString()}));
+    // Compaction reads the runs it keeps.
+    const QString compacted = sandbox.home() + "/compacted.journal";
+    damagedJournal(compacted);
+    {
+        Journal journal(compacted);
+        QVERIFY(journal.open(0ms));
+        QVERIFY(journal.openingNote().isEmpty());
+        journal.compact(now.addDays(31));
+        QVERIFY2(journal.openingNote().contains("damaged"), qPrintable(journal.openingNote()));
+        QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>{cutShort});
+    }
+
+    QByteArray older;
+    JournalLine::Writer(older, "brevano-journal").word("1").number(7).finish();
+    JournalLine::Writer(older, "begin").number(5).word("tidy").word("manual").word("1").finish();
+    writeContents(path, older);
+    QVERIFY(QFile::remove(path + ".index"));
+    Journal journal(path);
+    QVERIFY(journal.open(0ms));
+    QVERIFY2(journal.openingNote().contains("another version"), qPrintable(journal.openingNote()));
+    QCOMPARE(contents(path + ".bad"), older);
+    QVERIFY(journal.runs().isEmpty() && journal.interruptedRuns().isEmpty());
+}
+
+// An index that is missing, damaged, or sums up another journal or less of
+// this one is not believed: the journal says what it holds, and the index is
+// written anew.
+void tst_MoveJournal::anIndexMissingDamagedOrStaleIsRebuilt()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QString index = path + ".index";
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    QByteArray early;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Tidy, now, 2);
+        early = contents(index);
+        wholeRun(journal, Kind::Restore, now, 3);
+    }
+    const QByteArray good = contents(index);
+    const QStringList expected = opened(path);
+    QCOMPARE(expected.size(), 3);
+    QVERIFY(expected[0].startsWith("1: moved 2 ") && expected[1].startsWith("2: moved 3 "));
+
+    const QByteArray lies = QByteArray(good).replace("\t2\t0\t0\t0\t", "\t7\t0\t0\t0\t");
+    QVERIFY(lies != good);
+    for (const QByteArray &stale :
+         {QByteArray(), lies, good.first(good.indexOf("\nrun\t2")), early}) {
+        if (stale.isNull())
+            QVERIFY(QFile::remove(index));
+        else
+            writeContents(index, stale);
+        QCOMPARE(opened(path), expected);
+        QCOMPARE(contents(index), good);
+    }
+
+    // Another journal in its place, longer than the one summed up.
+    const QString otherPath = sandbox.home() + "/other.journal";
+    {
+        Journal other(otherPath);
+        QVERIFY(other.open(0ms));
+        wholeRun(other, Kind::Drop, now, 4);
+    }
+    writeContents(path, contents(otherPath));
+    writeContents(index, good);
+    QCOMPARE(opened(path), opened(otherPath));
 }
 
 void tst_MoveJournal::compactionKeepsWithinBounds()
