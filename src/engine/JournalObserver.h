@@ -10,8 +10,7 @@ class JournalObserver : public FileMover::Observer
 {
 public:
     JournalObserver(MoveJournal *journal, quint64 run, quint32 seq)
-        : m_journal(journal), m_run(run), m_seq(seq),
-          m_scope(journal ? this : FileMover::observer())
+        : m_journal(journal), m_run(run), m_seq(seq), m_scope(journal ? this : FileMover::observer())
     {
     }
 
