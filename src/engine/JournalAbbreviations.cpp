@@ -13,9 +13,8 @@ void JournalAbbreviations::abbreviate(JournalRecord &record, const NameFolder &n
     case Type::Intent: {
         record.pathFolder = folderOf(r, record.path, r.lastSourceFolder, nameFolder);
         record.targetFolder = folderOf(r, record.target, r.lastTargetFolder, nameFolder);
-        if (record.seq > r.planned.size())
-            r.planned.resize(record.seq);
-        r.planned[record.seq - 1] = {record.target, record.identity, true};
+        if (record.seq == r.planned.size() + 1)
+            r.planned.push_back({record.target, record.identity});
         break;
     }
     case Type::Partial:
@@ -26,8 +25,8 @@ void JournalAbbreviations::abbreviate(JournalRecord &record, const NameFolder &n
     case Type::Outcome:
         if (record.seq > 0 && record.seq <= r.planned.size()) {
             const Planned &planned = r.planned[record.seq - 1];
-            record.plannedTarget = planned.announced && record.target == planned.target;
-            record.sourceIdentity = planned.announced && record.identity == planned.identity;
+            record.plannedTarget = record.target == planned.target;
+            record.sourceIdentity = record.identity == planned.identity;
         }
         if (!record.plannedTarget)
             record.targetFolder = folderOf(r, record.target, r.lastTargetFolder, nameFolder);
@@ -61,7 +60,7 @@ quint32 JournalAbbreviations::folderOf(Run &run, const QString &path, quint32 &l
     if (nameAt < 0)
         return 0;
     const QStringView folder = QStringView(path).first(nameAt - 1);
-    if (last != 0 && run.folders[last - 1] == folder)
+    if (last != 0 && run.folders.at(last - 1) == folder)
         return last;
     const QString named = folder.toString();
     quint32 number = run.numbers.value(named);

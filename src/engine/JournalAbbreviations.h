@@ -28,7 +28,6 @@ private:
     {
         QString target;
         MoveJournal::Identity identity;
-        bool announced = false;
     };
     struct Run
     {
@@ -39,7 +38,8 @@ private:
         // turns between two folders.
         quint32 lastSourceFolder = 0;
         quint32 lastTargetFolder = 0;
-        std::vector<Planned> planned; // by seq - 1, for the intents written here
+        // By seq - 1: the intents written here, as they come, numbered in turn.
+        std::vector<Planned> planned;
     };
     Run &run(quint64 id);
     // The number of the folder path lies in, named first if need be; 0 when

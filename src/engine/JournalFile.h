@@ -26,7 +26,7 @@ public:
         MoveJournal::Identity file;
         qint64 size = 0;
         qint64 lastLine = 0;     // where the last line starts
-        quint32 lastLineSum = 0; // the CRC-32 of its bytes, newline included
+        quint32 lastLineSum = 0; // the CRC-32C of its bytes, newline included
     };
 
     explicit JournalFile(const QString &path);

@@ -5,7 +5,7 @@
 // Lines as in the journal (JournalLine):
 //
 //   brevano-journal-index  2  <next run>  <journal identity>  <journal size>
-//                          <where its last line starts>  <that line's CRC-32>
+//                          <where its last line starts>  <that line's CRC-32C>
 //   run  <id>  <kind>  <detail>  <started>  <ended>  <state>  <undone: 0 or 1>
 //        <moved>  <failed>  <deferred>  <skipped>  <bytes>  <first>  <end>
 //   ...

@@ -2,26 +2,65 @@
 
 #include "FileNames.h"
 
-#include <zlib.h>
-
 #include <cstring>
+
+#if defined(__x86_64__) || defined(__i386__)
+#include <nmmintrin.h>
+#define BREVANO_CRC32C_SSE42
+#endif
 
 namespace {
 
 constexpr char kHex[] = "0123456789abcdef";
+
+// CRC-32C (Castagnoli, reflected), a byte at a time.
+constexpr std::array<quint32, 256> kCrcTable = [] {
+    std::array<quint32, 256> table{};
+    for (quint32 i = 0; i < 256; ++i) {
+        quint32 c = i;
+        for (int k = 0; k < 8; ++k)
+            c = c & 1 ? (c >> 1) ^ 0x82f63b78u : c >> 1;
+        table[i] = c;
+    }
+    return table;
+}();
+
+quint32 crc32cBytewise(quint32 crc, const uchar *bytes, qsizetype count)
+{
+    for (qsizetype i = 0; i < count; ++i)
+        crc = kCrcTable[(crc ^ bytes[i]) & 0xff] ^ (crc >> 8);
+    return crc;
+}
+
+#ifdef BREVANO_CRC32C_SSE42
+// The same with the processor's crc32 instruction, eight bytes at a time.
+__attribute__((target("sse4.2"))) quint32 crc32cSse42(quint32 crc, const uchar *bytes,
+                                                      qsizetype count)
+{
+    quint64 wide = crc;
+    for (; count >= 8; bytes += 8, count -= 8) {
+        quint64 eight;
+        std::memcpy(&eight, bytes, sizeof eight);
+        wide = _mm_crc32_u64(wide, eight);
+    }
+    crc = quint32(wide);
+    for (; count > 0; ++bytes, --count)
+        crc = _mm_crc32_u8(crc, *bytes);
+    return crc;
+}
+#endif
 
 bool needsEscape(uint c)
 {
     return c < 0x20 || c == 0x7f || c == '%';
 }
 
-void appendEscaped(QByteArray &out, const char *bytes, qsizetype count)
+// Writes the bytes at to, escaped where they need it; the end of what it wrote
+// (at most three times as many).
+char *escaped(char *to, QByteArrayView bytes)
 {
-    const qsizetype start = out.size();
-    out.resize(start + 3 * count);
-    char *to = out.data() + start;
-    for (qsizetype i = 0; i < count; ++i) {
-        const uchar c = uchar(bytes[i]);
+    for (const char byte : bytes) {
+        const uchar c = uchar(byte);
         if (needsEscape(c)) {
             *to++ = '%';
             *to++ = kHex[c >> 4];
@@ -30,7 +69,7 @@ void appendEscaped(QByteArray &out, const char *bytes, qsizetype count)
             *to++ = char(c);
         }
     }
-    out.resize(to - out.constData());
+    return to;
 }
 
 // Whether any of the four UTF-16 units in v is not printable ASCII, or "%".
@@ -46,103 +85,125 @@ bool anySpecial(quint64 v)
     return (controls | del | percent) != 0;
 }
 
-// Appends text's bytes, escaped. Text that needs neither encoding nor escapes
-// (plain ASCII without control characters or "%", as most names are) is
-// copied four characters at a time.
-void appendText(QByteArray &out, QStringView text)
+// Writes text at to, as it is when it is plain ASCII without control
+// characters or "%" (as most names are), copied four characters at a time; to
+// has room for text.size() + 3 bytes. The end of what it wrote, or null when
+// the text is not plain.
+char *plain(char *to, QStringView text)
 {
-    const qsizetype start = out.size();
     const qsizetype count = text.size();
     const char16_t *units = text.utf16();
-    out.resize(start + count + 3); // room for a last group of four
-    char *to = out.data() + start;
-    bool special = false;
     // A group's units in v and its bytes in four keep their order in memory
     // whatever the byte order.
-    for (qsizetype i = 0; i < count && !special; i += 4) {
+    for (qsizetype i = 0; i < count; i += 4) {
         quint64 v = 0x0041004100410041; // "AAAA": past the end counts as plain
         if (count - i >= 4)
             std::memcpy(&v, units + i, sizeof v);
         else
             std::memcpy(&v, units + i, sizeof(char16_t) * (count - i));
-        special = anySpecial(v);
+        if (anySpecial(v))
+            return nullptr;
         const quint32 four = quint32(v & 0xff) | quint32((v >> 8) & 0xff00) |
                              quint32((v >> 16) & 0xff0000) | quint32((v >> 24) & 0xff000000);
         std::memcpy(to + i, &four, sizeof four);
     }
-    out.resize(start + count);
-    if (!special)
-        return;
-    out.resize(start);
-    const QByteArray bytes = FileNames::encode(text.toString());
-    appendEscaped(out, bytes.constData(), bytes.size());
-}
-
-// Appends a separator (a tab, say) and the number.
-void appendNumber(QByteArray &out, quint64 number, char before = '\t')
-{
-    char digits[24] = {before};
-    const auto end = std::to_chars(digits + 1, digits + sizeof digits, number).ptr;
-    out.append(digits, end - digits);
+    return to + count;
 }
 
 } // namespace
 
 quint32 JournalLine::checksum(QByteArrayView bytes)
 {
-    return quint32(::crc32(0, reinterpret_cast<const Bytef *>(bytes.data()), uInt(bytes.size())));
+    const auto *data = reinterpret_cast<const uchar *>(bytes.data());
+#ifdef BREVANO_CRC32C_SSE42
+    static const bool sse42 = __builtin_cpu_supports("sse4.2");
+    if (sse42)
+        return ~crc32cSse42(~0u, data, bytes.size());
+#endif
+    return ~crc32cBytewise(~0u, data, bytes.size());
 }
 
-JournalLine::Writer::Writer(QByteArray &out, QByteArrayView first) : m_out(out), m_start(out.size())
+JournalLine::Writer::Writer(QByteArray &out, QByteArrayView first)
+    : m_out(out), m_start(out.size()), m_at(nullptr), m_end(nullptr)
 {
-    m_out.append(first);
+    grow(256);
+    put(first);
+}
+
+void JournalLine::Writer::grow(qsizetype count)
+{
+    const qsizetype used = m_at ? m_at - m_out.constData() : m_out.size();
+    m_out.resize(std::max(used + count, used + 256));
+    m_at = m_out.data() + used;
+    m_end = m_out.data() + m_out.size();
+}
+
+void JournalLine::Writer::put(QByteArrayView bytes)
+{
+    char *to = room(bytes.size());
+    std::memcpy(to, bytes.data(), size_t(bytes.size()));
+    put(to + bytes.size());
+}
+
+void JournalLine::Writer::putNumber(quint64 number, char before)
+{
+    char *to = room(21);
+    *to++ = before;
+    put(std::to_chars(to, to + 20, number).ptr);
 }
 
 JournalLine::Writer &JournalLine::Writer::word(QByteArrayView word)
 {
-    m_out.append('\t');
-    m_out.append(word);
+    *room(1) = '\t';
+    put(m_at + 1);
+    put(word);
     return *this;
 }
 
 JournalLine::Writer &JournalLine::Writer::number(quint64 number)
 {
-    appendNumber(m_out, number);
+    putNumber(number, '\t');
     return *this;
 }
 
 JournalLine::Writer &JournalLine::Writer::text(QStringView text, QByteArrayView prefix)
 {
-    m_out.append('\t');
-    m_out.append(prefix);
-    appendText(m_out, text);
+    word(prefix);
+    if (char *end = plain(room(text.size() + 3), text)) {
+        put(end);
+    } else {
+        const QByteArray bytes = FileNames::encode(text.toString());
+        put(escaped(room(3 * bytes.size()), bytes));
+    }
     return *this;
 }
 
 JournalLine::Writer &JournalLine::Writer::identity(const MoveJournal::Identity &identity)
 {
-    appendNumber(m_out, identity.device);
-    appendNumber(m_out, identity.inode, ':');
+    putNumber(identity.device, '\t');
+    putNumber(identity.inode, ':');
     return *this;
 }
 
 JournalLine::Writer &JournalLine::Writer::time(const QDateTime &time)
 {
     if (time.isValid())
-        appendNumber(m_out, quint64(time.toMSecsSinceEpoch()));
+        putNumber(quint64(time.toMSecsSinceEpoch()), '\t');
     else
-        m_out.append('\t');
+        word({});
     return *this;
 }
 
 void JournalLine::Writer::finish()
 {
-    const quint32 sum = checksum(QByteArrayView(m_out).sliced(m_start));
-    char tail[10] = {'\t'};
+    const char *start = m_out.constData() + m_start;
+    const quint32 sum = checksum(QByteArrayView(start, m_at - start));
+    char *to = room(10);
+    *to++ = '\t';
     for (int i = 0; i < 8; ++i)
-        tail[1 + i] = kHex[(sum >> (28 - 4 * i)) & 15];
-    tail[9] = '\n';
-    m_out.append(tail, sizeof tail);
+        *to++ = kHex[(sum >> (28 - 4 * i)) & 15];
+    *to++ = '\n';
+    m_out.resize(to - m_out.constData());
 }
 
 bool JournalLine::Fields::read(QByteArrayView line)

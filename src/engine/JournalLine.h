@@ -11,8 +11,8 @@
 #include <optional>
 
 // A line of the journal's files: fields separated by tabs, the last one the
-// CRC-32 (zlib's crc32, eight lower-case hex digits) of all that comes before
-// the tab in front of it; then a newline. Texts are their bytes (a path's
+// CRC-32C (Castagnoli, as iSCSI and ext4 use it; eight lower-case hex digits)
+// of all that comes before the tab in front of it; then a newline. Texts are their bytes (a path's
 // bytes as the file system has them, UTF-8 or not; FileNames) with "%", every
 // control byte and DEL written as "%XX", so that a field never holds a tab or
 // a newline; a number is decimal; an identity "<device>:<inode>"; a time
@@ -20,6 +20,7 @@
 class JournalLine
 {
 public:
+    // The CRC-32C of bytes, with the processor's instruction where it has one.
     static quint32 checksum(QByteArrayView bytes);
 
     // Reads the whole of digits as a number in base.
@@ -30,7 +31,8 @@ public:
         return !digits.isEmpty() && error == std::errc() && end == digits.end();
     }
 
-    // Writes one line, field by field, at the end of out.
+    // Writes one line, field by field, at the end of out (which holds it
+    // whole once finish() has written the checksum and the newline).
     class Writer
     {
     public:
@@ -41,12 +43,27 @@ public:
         Writer &text(QStringView text, QByteArrayView prefix = {});
         Writer &identity(const MoveJournal::Identity &identity);
         Writer &time(const QDateTime &time);
-        // The checksum and the newline.
         void finish();
 
     private:
+        // Where count more bytes can be written; put() says how many were.
+        char *room(qsizetype count)
+        {
+            if (m_end - m_at < count)
+                grow(count);
+            return m_at;
+        }
+        void put(char *end) { m_at = end; }
+        void put(QByteArrayView bytes);
+        void putNumber(quint64 number, char before);
+        void grow(qsizetype count);
+
         QByteArray &m_out;
-        qsizetype m_start;
+        qsizetype m_start; // where the line starts in out
+        // Bytes are written straight into out, which is longer than the
+        // line until finish() cuts it back.
+        char *m_at;
+        char *m_end;
     };
 
     // The fields of a line whose checksum is right.

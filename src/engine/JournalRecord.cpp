@@ -47,9 +47,19 @@ constexpr std::array<QByteArrayView, 5> kKinds = {"tidy", "undo", "restore", "dr
 constexpr std::array<QByteArrayView, 6> kStatuses = {"pending",  "moved",      "failed",
                                                      "deferred", "incomplete", "skipped"};
 
+// Where the last "/" of path is, -1 for none. (A name is short: looked for
+// from the end one unit at a time, it is found sooner than by a search.)
+qsizetype lastSlash(QStringView path)
+{
+    qsizetype at = path.size() - 1;
+    while (at >= 0 && path[at] != u'/')
+        --at;
+    return at;
+}
+
 QStringView nameOf(QStringView path)
 {
-    return path.sliced(path.lastIndexOf(u'/') + 1);
+    return path.sliced(lastSlash(path) + 1);
 }
 
 // Writes a path field: in the folder numbered folder, its name (left out
@@ -226,7 +236,7 @@ std::optional<quint64> JournalRecord::runEndedBy(QByteArrayView line)
 
 qsizetype JournalRecord::nameAt(QStringView path)
 {
-    const qsizetype slash = path.lastIndexOf(u'/');
+    const qsizetype slash = lastSlash(path);
     return path.startsWith(u'/') && slash + 1 < path.size() ? slash + 1 : -1;
 }
 
