@@ -215,6 +215,8 @@ void MoveJournal::Private::setAside(Unreadable why)
         return;
     }
     interrupted.removeIf([&dropped](const Run &run) { return dropped.contains(run.id); });
+    // What the runs going on had named may have been among the damaged lines.
+    abbreviations.clear();
     note = why == Unreadable::Damaged
                ? QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a "
                                 "new one holds the runs that were cut short.")

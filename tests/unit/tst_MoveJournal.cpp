@@ -141,6 +141,9 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         QCOMPARE(journal.addIntent(run, odd, tricky, file), 1u);
         QCOMPARE(journal.addIntent(run, tricky, odd, link), 2u);
         QCOMPARE(journal.addIntent(run, real, "/s/new\nline.txt", {}), 3u);
+        // Paths in no folder, or in the top one; a target under the source's name.
+        QCOMPARE(journal.addIntent(run, "relative/x", {}, {}), 4u);
+        QCOMPARE(journal.addIntent(run, "/home/x/Desktop/y", "/s/y", {}), 5u);
         QVERIFY(journal.sync());
         journal.notePartial(run, 1, tricky + ".part1");
         journal.notePartial(run, 1, odd + ".part2");
@@ -149,12 +152,13 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, "100%41 done");
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
         journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
+        journal.noteOutcome(run, 4, Status::Failed, "/top", {}, {});
         journal.noteDeferred(run, "/d/changing!\t");
         // Read before anything but the intents and notes is written.
         const auto before = journal.run(run);
         QVERIFY(before);
         written = describeAll(before->items);
-        QCOMPARE(written.size(), 4);
+        QCOMPARE(written.size(), 6);
         QCOMPARE(written[0], describe({1,
                                        odd,
                                        tricky + " 2",
@@ -189,17 +193,23 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        {},
                                        {}}));
         QCOMPARE(written[3],
+                 describe({4, "relative/x", "/top", {}, Status::Failed, {}, {}, {}, {}, {}, {}}));
+        QCOMPARE(
+            written[4],
+            describe(
+                {5, "/home/x/Desktop/y", "/s/y", {}, Status::Pending, {}, {}, {}, {}, {}, {}}));
+        QCOMPARE(written[5],
                  describe({0, "/d/changing!\t", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
         journal.endRun(run, start.addSecs(5));
         QCOMPARE(counts(journal.runs().value(0)),
-                 "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
+                 "moved 1 failed 2 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
     }
     Journal reopened(path);
     QVERIFY(reopened.open(0ms));
     QVERIFY(reopened.interruptedRuns().isEmpty());
     const QList<Journal::Run> runs = reopened.runs();
     QCOMPARE(runs.size(), 1);
-    QCOMPARE(counts(runs[0]), "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
+    QCOMPARE(counts(runs[0]), "moved 1 failed 2 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
     QCOMPARE(runs[0].started, start);
     QCOMPARE(runs[0].ended, start.addSecs(5));
     QCOMPARE(runs[0].detail, "scheduled");
