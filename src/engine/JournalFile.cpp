@@ -1,6 +1,7 @@
 #include "JournalFile.h"
 
 #include "FileNames.h"
+#include "JournalLine.h"
 
 #include <QDir>
 #include <QThread>
@@ -12,6 +13,10 @@
 #include <unistd.h>
 
 namespace {
+
+constexpr QLatin1String kIndexSuffix(".index");
+// Far more than the index of the runs the journal keeps ever takes.
+constexpr qsizetype kMaxIndexBytes = 16 * 1024 * 1024;
 
 QByteArray bytesOf(const QString &path)
 {
@@ -106,12 +111,15 @@ bool JournalFile::lockAndOpen(std::chrono::milliseconds wait)
     return true;
 }
 
-std::optional<QByteArray> JournalFile::read()
+std::optional<QByteArray> JournalFile::read(qint64 from, qint64 to)
 {
-    QByteArray bytes(m_size, Qt::Uninitialized);
+    if (to < 0)
+        to = m_size;
+    QByteArray bytes(std::max<qint64>(0, to - from), Qt::Uninitialized);
     qsizetype done = 0;
     while (done < bytes.size()) {
-        const ssize_t got = ::pread(m_fd, bytes.data() + done, size_t(bytes.size() - done), done);
+        const ssize_t got =
+            ::pread(m_fd, bytes.data() + done, size_t(bytes.size() - done), from + done);
         if (got < 0 && errno == EINTR)
             continue;
         if (got < 0) {
@@ -124,6 +132,49 @@ std::optional<QByteArray> JournalFile::read()
     }
     bytes.truncate(done);
     return bytes;
+}
+
+std::optional<JournalFile::Mark> JournalFile::mark()
+{
+    struct stat info;
+    if (m_size == 0 || ::fstat(m_fd, &info) != 0)
+        return std::nullopt;
+    // The last line begins after the newline before the one that ends it.
+    constexpr qint64 kStep = 4096;
+    qint64 lastLine = 0;
+    for (qint64 to = m_size - 1; to > 0; to -= kStep) {
+        const qint64 from = std::max<qint64>(0, to - kStep);
+        const std::optional<QByteArray> bytes = read(from, to);
+        if (!bytes)
+            return std::nullopt;
+        if (const qsizetype newline = bytes->lastIndexOf('\n'); newline >= 0) {
+            lastLine = from + newline + 1;
+            break;
+        }
+    }
+    const std::optional<QByteArray> line = read(lastLine);
+    if (!line)
+        return std::nullopt;
+    return Mark{{quint64(info.st_dev), quint64(info.st_ino)},
+                m_size,
+                lastLine,
+                JournalLine::checksum(*line)};
+}
+
+bool JournalFile::continues(const Mark &mark)
+{
+    struct stat info;
+    if (::fstat(m_fd, &info) != 0 ||
+        !(MoveJournal::Identity{quint64(info.st_dev), quint64(info.st_ino)} == mark.file) ||
+        m_size < mark.size || mark.lastLine < 0 || mark.lastLine >= mark.size)
+        return false;
+    // From the newline before the line, if any.
+    const qint64 from = std::max<qint64>(0, mark.lastLine - 1);
+    const std::optional<QByteArray> bytes = read(from, mark.size);
+    return bytes && bytes->size() == mark.size - from &&
+           (mark.lastLine == 0 || bytes->startsWith('\n')) &&
+           JournalLine::checksum(QByteArrayView(*bytes).sliced(mark.lastLine - from)) ==
+               mark.lastLineSum;
 }
 
 bool JournalFile::truncate(qint64 size)
@@ -190,6 +241,46 @@ bool JournalFile::replace(QByteArrayView contents, const QString &keepAs)
         return failed(QStringLiteral("cannot open the move journal %1").arg(shown(m_path)));
     m_size = contents.size();
     return true;
+}
+
+std::optional<QByteArray> JournalFile::readIndex() const
+{
+    const int fd = ::open(bytesOf(m_path + kIndexSuffix).constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return std::nullopt;
+    QByteArray bytes;
+    char chunk[16384];
+    ssize_t got = 0;
+    while ((got = ::read(fd, chunk, sizeof chunk)) != 0) {
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0 || bytes.size() + got > kMaxIndexBytes) {
+            ::close(fd);
+            return std::nullopt;
+        }
+        bytes.append(chunk, got);
+    }
+    ::close(fd);
+    return bytes;
+}
+
+void JournalFile::writeIndex(QByteArrayView contents) const
+{
+    const QByteArray index = bytesOf(m_path + kIndexSuffix);
+    const QByteArray temporary = index + ".new";
+    const int fd = ::open(temporary.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    const bool written = fd >= 0 && writeAll(fd, contents);
+    if (fd >= 0)
+        ::close(fd);
+    if (!written || ::rename(temporary.constData(), index.constData()) != 0) {
+        ::unlink(temporary.constData());
+        ::unlink(index.constData());
+    }
+}
+
+void JournalFile::removeIndex() const
+{
+    ::unlink(bytesOf(m_path + kIndexSuffix).constData());
 }
 
 bool JournalFile::failed(const QString &what)

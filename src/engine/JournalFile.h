@@ -1,5 +1,7 @@
 #pragma once
 
+#include "MoveJournal.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -8,7 +10,7 @@
 
 // The journal's file on disk: the lock that makes one process its owner, and
 // reading, appending and rewriting the file so that what was written survives
-// a crash.
+// a crash; and the index beside it ("<journal>.index").
 //
 // The lock is an exclusive flock on a file of its own beside the journal
 // ("<journal>.lock"), held for the object's lifetime: the journal itself is
@@ -17,6 +19,16 @@
 class JournalFile
 {
 public:
+    // Where the file ends: which file it is, its size and its last line, to
+    // tell later whether it is still that file, maybe grown since.
+    struct Mark
+    {
+        MoveJournal::Identity file;
+        qint64 size = 0;
+        qint64 lastLine = 0;     // where the last line starts
+        quint32 lastLineSum = 0; // the CRC-32C of its bytes, newline included
+    };
+
     explicit JournalFile(const QString &path);
     ~JournalFile();
     JournalFile(const JournalFile &) = delete;
@@ -26,8 +38,13 @@ public:
     // while another process holds it) and opens the journal for appending,
     // created empty when missing. False, with error() saying why, on failure.
     bool open(std::chrono::milliseconds wait);
-    // The whole file.
-    std::optional<QByteArray> read();
+    qint64 size() const { return m_size; }
+    // The bytes from `from` up to `to` (the end when -1).
+    std::optional<QByteArray> read(qint64 from = 0, qint64 to = -1);
+    std::optional<Mark> mark();
+    // Whether the file is the one marked, as long as then or longer, with the
+    // marked last line still where it was.
+    bool continues(const Mark &mark);
     // Cuts the file back to size.
     bool truncate(qint64 size);
     // Appends bytes with as few writes as it takes and fsyncs once; on failure
@@ -40,6 +57,13 @@ public:
     QString error() const { return m_error; }
     // The last open() failed because another process holds the lock.
     bool inUseElsewhere() const { return m_inUseElsewhere; }
+
+    // The index: read whole; written anew atomically, though not synced (it
+    // can be rebuilt); removed, so that no stale one is left while the file
+    // is written anew.
+    std::optional<QByteArray> readIndex() const;
+    void writeIndex(QByteArrayView contents) const;
+    void removeIndex() const;
     // Lets go of the file and the lock.
     void close();
 

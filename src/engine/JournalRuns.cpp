@@ -6,13 +6,23 @@ using Run = MoveJournal::Run;
 using RunKind = MoveJournal::RunKind;
 using Status = MoveJournal::ItemStatus;
 
-JournalRuns::JournalRuns(KeepsItems keepsItems) : m_keepsItems(std::move(keepsItems)) {}
+JournalRuns::JournalRuns(KeepsItems keepsItems, QList<Entry> known)
+    : m_entries(std::move(known)), m_keepsItems(std::move(keepsItems))
+{
+    for (const Entry &e : std::as_const(m_entries)) {
+        m_largestId = std::max(m_largestId, e.run.id);
+        m_bytes += e.bytes;
+    }
+}
 
-void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
+void JournalRuns::apply(const JournalRecord &record, qint64 at, qsizetype bytes)
 {
     Entry &e = entry(record.run);
     e.bytes += bytes;
     m_bytes += bytes;
+    if (e.first < 0)
+        e.first = at;
+    e.end = std::max(e.end, at + bytes);
     Run &run = e.run;
     const bool items = keepsItems(record.run);
     switch (record.type) {
@@ -20,6 +30,10 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
         run.kind = record.kind;
         run.detail = record.text;
         run.started = record.time;
+        break;
+    case JournalRecord::Type::Folder:
+        if (items)
+            e.folders.insert(record.seq, record.path);
         break;
     case JournalRecord::Type::Intent:
         e.nextSeq = std::max(e.nextSeq, record.seq + 1);
@@ -66,8 +80,9 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
         if (items) {
             MoveJournal::Item &i = item(e, record.seq);
             i.status = record.status;
-            i.target = record.target;
-            i.targetIdentity = record.identity;
+            if (!record.plannedTarget)
+                i.target = record.target;
+            i.targetIdentity = record.sourceIdentity ? i.sourceIdentity : record.identity;
             i.message = record.text;
         }
         break;
@@ -95,12 +110,32 @@ void JournalRuns::apply(const JournalRecord &record, qsizetype bytes)
     }
 }
 
+void JournalRuns::reread(quint64 id)
+{
+    if (Entry *e = find(id)) {
+        m_bytes -= e->bytes;
+        const bool undone = e->run.undone; // a later run said so
+        *e = Entry();
+        e->run.id = id;
+        e->run.undone = undone;
+    }
+}
+
+void JournalRuns::setSpan(quint64 id, qint64 first, qint64 end)
+{
+    if (Entry *e = find(id)) {
+        e->first = first;
+        e->end = end;
+    }
+}
+
 void JournalRuns::forgetItems()
 {
     m_keepsItems = {};
     for (Entry &e : m_entries) {
         e.run.items.clear();
         e.itemAt.clear();
+        e.folders.clear();
     }
 }
 
@@ -145,6 +180,15 @@ std::optional<Run> JournalRuns::lastUndoableTidy() const
     Run run = tidy->run;
     run.items.clear();
     return run;
+}
+
+const QHash<quint32, QString> *JournalRuns::folders(quint64 run) const
+{
+    static const QHash<quint32, QString> none;
+    if (!keepsItems(run))
+        return nullptr;
+    const Entry *e = find(run);
+    return e ? &e->folders : &none;
 }
 
 quint32 JournalRuns::nextSeq(quint64 run) const

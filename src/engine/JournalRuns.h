@@ -15,17 +15,39 @@ struct JournalRecord;
 class JournalRuns
 {
 public:
+    // What is known of one run.
+    struct Entry
+    {
+        MoveJournal::Run run;
+        bool ended = false;
+        qint64 bytes = 0;  // of its lines
+        qint64 first = -1; // where its first line starts in the file
+        qint64 end = 0;    // where the line after its last one starts
+        quint32 nextSeq = 1;
+        QHash<quint32, qsizetype> itemAt; // seq -> index in run.items
+        QHash<quint32, QString> folders;  // named by its lines, where its items are kept
+    };
+
     // Which runs keep their items; with none given, none does.
     using KeepsItems = std::function<bool(quint64 run)>;
-    explicit JournalRuns(KeepsItems keepsItems = {});
+    // known: the runs known already (JournalIndex), oldest first.
+    explicit JournalRuns(KeepsItems keepsItems = {}, QList<Entry> known = {});
 
-    // Takes a record into account; bytes is the length of its line.
-    void apply(const JournalRecord &record, qsizetype bytes);
+    // Takes a record into account; at is where its line starts in the file,
+    // bytes its length.
+    void apply(const JournalRecord &record, qint64 at, qsizetype bytes);
+    // Forgets what the run's records said, keeping its place, for them to be
+    // applied again.
+    void reread(quint64 id);
+    // The run's lines have moved (the file was written anew).
+    void setSpan(quint64 id, qint64 first, qint64 end);
     // Keeps no items from now on, and lets go of those kept.
     void forgetItems();
     // Forgets these runs.
     void remove(const QSet<quint64> &ids);
 
+    const QList<Entry> &entries() const { return m_entries; }
+    const Entry *find(quint64 id) const;
     // Every run, oldest first, with the items kept.
     QList<MoveJournal::Run> runs() const;
     std::optional<MoveJournal::Run> run(quint64 id) const;
@@ -34,6 +56,9 @@ public:
     std::optional<MoveJournal::Run> lastUndoableTidy() const;
     // Whether the run's items are kept (and so its records' paths needed).
     bool keepsItems(quint64 run) const { return m_keepsItems && m_keepsItems(run); }
+    // The folders the run's lines named so far, as JournalRecord::parse asks:
+    // null when its items are not kept.
+    const QHash<quint32, QString> *folders(quint64 run) const;
     quint64 largestId() const { return m_largestId; }
     // The number the next item announced in run gets.
     quint32 nextSeq(quint64 run) const;
@@ -47,17 +72,8 @@ public:
     QSet<quint64> beyondBounds(const QDateTime &now) const;
 
 private:
-    struct Entry
-    {
-        MoveJournal::Run run;
-        bool ended = false;
-        qint64 bytes = 0;
-        quint32 nextSeq = 1;
-        QHash<quint32, qsizetype> itemAt; // seq -> index in run.items
-    };
     Entry &entry(quint64 id);
     Entry *find(quint64 id);
-    const Entry *find(quint64 id) const;
     MoveJournal::Item &item(Entry &entry, quint32 seq);
     // The newest tidy that moved anything.
     const Entry *undoCandidate() const;

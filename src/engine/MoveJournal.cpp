@@ -2,7 +2,9 @@
 
 #include "AppFolders.h"
 #include "FileNames.h"
+#include "JournalAbbreviations.h"
 #include "JournalFile.h"
+#include "JournalIndex.h"
 #include "JournalRecord.h"
 #include "JournalRuns.h"
 
@@ -11,12 +13,20 @@
 // The file: a header line (the format's version and the number the next run
 // takes), then records, one a line, only ever appended (JournalRecord.cpp
 // describes each line). Every line ends with a checksum, so a line cut short
-// or damaged is never taken for a record. Opening reads it whole:
+// or damaged is never taken for a record.
+//
+// Opening reads the index beside it (JournalIndex), rewritten whenever a run
+// ends and whenever the file is written anew: while the file still ends where
+// the index says, maybe grown since, only the lines of the runs begun since
+// and of those the index knew unended are read. Without such an index the
+// whole file is read, and the index written anew. Of what is read:
 // - a last line cut short (no newline, or a wrong checksum on the last line
 //   only) is what a crash while appending leaves: it is cut off;
 // - a bad line anywhere else makes the file damaged: what can be read still
 //   counts, the file is kept as "<journal>.bad" and a new one is written with
 //   the records of the runs that were cut short, as recovery needs them.
+// Lines opening did not read are checked when they are: a bad one found by
+// run() or by compaction makes the file damaged in the same way.
 // Compaction writes the file anew without the runs dropped; a run's records
 // are either all kept or all dropped.
 
@@ -38,6 +48,10 @@ template <typename Handle> void forEachLine(QByteArrayView bytes, Handle handle)
     }
 }
 
+// A buffer this large is let go of once written; a smaller one is kept for
+// the next records.
+constexpr qsizetype kKeptBufferBytes = 4 * 1024 * 1024;
+
 } // namespace
 
 class MoveJournal::Private
@@ -47,13 +61,21 @@ public:
 
     // Opens, locks and reads the journal; the caller holds the mutex.
     bool open(std::chrono::milliseconds lockWait);
-    // Reads the journal just opened and repairs what needs it.
+    // Reads what opening needs of the journal just opened, and repairs what
+    // needs it.
     bool load();
-    // Keeps the damaged journal that bytes held as "<journal>.bad" and starts
-    // a new one with the runs cut short.
-    void setAside(QByteArrayView bytes);
+    // Keeps the journal as "<journal>.bad" and starts a new one: with the
+    // records of the runs not ended where it is damaged, with none where it
+    // is another version's.
+    enum class Unreadable
+    {
+        Damaged,
+        OtherVersion
+    };
+    void setAside(Unreadable why);
     // Adds a record to what is to be written and to what is known of its run.
-    void add(const JournalRecord &record);
+    void add(JournalRecord record);
+    void append(const JournalRecord &record);
     // add() for a caller without the lock: nothing while the journal is not
     // open; a durable record is synced, with all buffered before it.
     enum When
@@ -61,16 +83,31 @@ public:
         Buffered,
         Durable
     };
-    void write(const JournalRecord &record, When when);
+    void write(JournalRecord record, When when);
     bool sync();
-    void compact(const QDateTime &now);
-    // The journal bytes hold anew: a header and the good lines of runs not dropped.
-    QByteArray rewritten(QByteArrayView bytes, const QSet<quint64> &dropped) const;
+    // True when the journal was written anew.
+    bool compact(const QDateTime &now);
+    // Writes the journal anew, with a header and the good lines of the runs
+    // not dropped, and its index. With keepAs, the file replaced is kept
+    // under that name and damaged lines are left out; without, a damaged line
+    // stops it.
+    enum class Rewrite
+    {
+        Done,
+        Damaged,
+        Failed
+    };
+    Rewrite rewrite(const QSet<quint64> &dropped, const QString &keepAs = {});
+    // The index anew, once all that is known is written.
+    void writeIndex();
+    // The run with its items, read from its lines.
+    std::optional<Run> read(quint64 id);
 
     const QString path;
     mutable std::mutex mutex;
     JournalFile file;
     JournalRuns runs;
+    JournalAbbreviations abbreviations;
     QList<Run> interrupted;
     QByteArray buffer; // records not yet written
     quint64 nextRun = 1;
@@ -82,32 +119,62 @@ public:
 
 bool MoveJournal::Private::load()
 {
-    const std::optional<QByteArray> bytes = file.read();
+    std::optional<JournalIndex> index;
+    if (const std::optional<QByteArray> bytes = file.readIndex())
+        index = JournalIndex::fromBytes(*bytes);
+    if (index && !file.continues(index->journal))
+        index.reset();
+    // The runs the index sums up whole: those it knew ended.
+    QSet<quint64> summed;
+    qint64 from = 0; // where reading starts
+    if (index) {
+        from = index->journal.size;
+        for (const JournalRuns::Entry &e : std::as_const(index->runs)) {
+            if (e.ended)
+                summed.insert(e.run.id);
+            else
+                from = std::min(from, std::max<qint64>(0, e.first));
+        }
+    }
+    const std::optional<QByteArray> bytes = file.read(from);
     if (!bytes)
         return false;
     // The runs that ended are found first, so that only the others' items
     // (and paths) are read.
-    QSet<quint64> ended;
+    QSet<quint64> ended = summed;
     forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
         if (const auto run = complete ? JournalRecord::runEndedBy(line) : std::nullopt)
             ended.insert(*run);
     });
-    const auto unended = [&ended](quint64 run) {
-        return !ended.contains(run);
+    JournalRuns found([&ended](quint64 run) { return !ended.contains(run); },
+                      index ? index->runs : QList<JournalRuns::Entry>());
+    if (index) {
+        for (const JournalRuns::Entry &e : std::as_const(index->runs)) {
+            if (!e.ended)
+                found.reread(e.run.id);
+        }
+    }
+    const JournalRecord::Folders folders = [&found](quint64 run) {
+        return found.folders(run);
     };
-    JournalRuns found(unended);
     std::optional<quint64> headerNextRun;
+    bool otherVersion = false;
+    bool header = from == 0;
     qsizetype good = 0; // where the good lines end
     bool damaged = false;
-    bool first = true;
     forEachLine(*bytes, [&](QByteArrayView line, qsizetype end, bool complete) {
+        if (otherVersion)
+            return;
+        const qsizetype start = line.data() - bytes->constData();
         bool read = false;
-        if (std::exchange(first, false)) {
-            headerNextRun = complete ? JournalRecord::parseHeader(line) : std::nullopt;
+        if (std::exchange(header, false)) {
+            headerNextRun =
+                complete ? JournalRecord::parseHeader(line, &otherVersion) : std::nullopt;
             read = headerNextRun.has_value();
         } else if (const auto record =
-                       complete ? JournalRecord::parse(line, unended) : std::nullopt) {
-            found.apply(*record, end - (line.data() - bytes->constData()));
+                       complete ? JournalRecord::parse(line, folders) : std::nullopt) {
+            if (!summed.contains(record->run))
+                found.apply(*record, from + start, end - start);
             read = true;
         }
         if (read && !damaged)
@@ -115,49 +182,68 @@ bool MoveJournal::Private::load()
         else if (!read && end < bytes->size())
             damaged = true;
     });
-    nextRun = std::max(headerNextRun.value_or(1), found.largestId() + 1);
+    nextRun =
+        std::max({index ? index->nextRun : 1, headerNextRun.value_or(1), found.largestId() + 1});
     interrupted = found.unended();
     found.forgetItems();
 
     runs = std::move(found);
-    if (damaged)
-        setAside(*bytes);
-    else if (good < bytes->size() && !file.truncate(good))
+    if (otherVersion || damaged) {
+        setAside(otherVersion ? Unreadable::OtherVersion : Unreadable::Damaged);
+        return true;
+    }
+    if (good < bytes->size() && !file.truncate(from + good))
         return false;
-    return damaged || good > 0 || file.append(JournalRecord::header(nextRun));
+    if (file.size() == 0 && !file.append(JournalRecord::header(nextRun)))
+        return false;
+    // Runs the index did not know of are summed up too.
+    if (!index || index->journal.size < file.size())
+        writeIndex();
+    return true;
 }
 
-void MoveJournal::Private::setAside(QByteArrayView bytes)
+void MoveJournal::Private::setAside(Unreadable why)
 {
     QSet<quint64> dropped;
-    for (const Run &run : runs.runs())
-        dropped.insert(run.id);
-    for (const Run &run : std::as_const(interrupted))
-        dropped.remove(run.id);
-    const QString bad = path + QStringLiteral(".bad");
-    if (file.replace(rewritten(bytes, dropped), bad)) {
-        runs.remove(dropped);
-        note = QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a new "
-                              "one holds the runs that were cut short.")
-                   .arg(FileNames::display(bad));
-    } else {
-        note = QStringLiteral("The move journal is damaged, and %1.").arg(file.error());
+    for (const JournalRuns::Entry &e : runs.entries()) {
+        if (e.ended || why == Unreadable::OtherVersion)
+            dropped.insert(e.run.id);
     }
+    const QString bad = path + QStringLiteral(".bad");
+    if (rewrite(dropped, bad) == Rewrite::Failed) {
+        note = QStringLiteral("The move journal cannot be read, and %1.").arg(file.error());
+        return;
+    }
+    interrupted.removeIf([&dropped](const Run &run) { return dropped.contains(run.id); });
+    // What the runs going on had named may have been among the damaged lines.
+    abbreviations.clear();
+    note = why == Unreadable::Damaged
+               ? QStringLiteral("The move journal was damaged and is kept as \u201c%1\u201d; a "
+                                "new one holds the runs that were cut short.")
+               : QStringLiteral("The move journal was written by another version of Brevano "
+                                "and is kept as \u201c%1\u201d; a new one begins.");
+    note = note.arg(FileNames::display(bad));
 }
 
-void MoveJournal::Private::add(const JournalRecord &record)
+void MoveJournal::Private::add(JournalRecord record)
+{
+    abbreviations.abbreviate(record, [this](const JournalRecord &folder) { append(folder); });
+    append(record);
+}
+
+void MoveJournal::Private::append(const JournalRecord &record)
 {
     const qsizetype before = buffer.size();
     record.appendTo(buffer);
-    runs.apply(record, buffer.size() - before);
+    runs.apply(record, file.size() + before, buffer.size() - before);
 }
 
-void MoveJournal::Private::write(const JournalRecord &record, When when)
+void MoveJournal::Private::write(JournalRecord record, When when)
 {
     std::lock_guard lock(mutex);
     if (!isOpen)
         return;
-    add(record);
+    add(std::move(record));
     if (when == Durable)
         sync();
 }
@@ -172,34 +258,119 @@ bool MoveJournal::Private::sync()
         error = file.error();
         return false;
     }
-    buffer.clear();
+    if (buffer.capacity() > kKeptBufferBytes)
+        buffer.clear();
+    else
+        buffer.resize(0);
     return true;
 }
 
-void MoveJournal::Private::compact(const QDateTime &now)
+bool MoveJournal::Private::compact(const QDateTime &now)
 {
     const QSet<quint64> dropped = runs.beyondBounds(now);
-    if (dropped.isEmpty() || !sync())
-        return;
-    const std::optional<QByteArray> bytes = file.read();
-    if (bytes && file.replace(rewritten(*bytes, dropped)))
-        runs.remove(dropped);
-    else
-        error = file.error();
+    if (dropped.isEmpty())
+        return false;
+    switch (rewrite(dropped)) {
+    case Rewrite::Done:
+        return true;
+    case Rewrite::Damaged:
+        setAside(Unreadable::Damaged);
+        return true;
+    case Rewrite::Failed:
+        break;
+    }
+    return false;
 }
 
-QByteArray MoveJournal::Private::rewritten(QByteArrayView bytes, const QSet<quint64> &dropped) const
+MoveJournal::Private::Rewrite MoveJournal::Private::rewrite(const QSet<quint64> &dropped,
+                                                            const QString &keepAs)
 {
+    if (!buffer.isEmpty() && !sync())
+        return Rewrite::Failed;
+    // Only the lines from the first one of a run kept on are needed.
+    qint64 from = file.size();
+    for (const JournalRuns::Entry &e : runs.entries()) {
+        if (!dropped.contains(e.run.id) && e.first >= 0)
+            from = std::min(from, e.first);
+    }
+    const std::optional<QByteArray> bytes = file.read(from);
+    if (!bytes) {
+        error = file.error();
+        return Rewrite::Failed;
+    }
     QByteArray kept = JournalRecord::header(nextRun);
-    kept.reserve(bytes.size());
-    forEachLine(bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+    kept.reserve(kept.size() + bytes->size());
+    QHash<quint64, std::pair<qint64, qint64>> spans; // where each run's lines lie now
+    bool damaged = false;
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
         const std::optional<quint64> run = complete ? JournalRecord::runOf(line) : std::nullopt;
-        if (run && !dropped.contains(*run)) {
-            kept.append(line);
-            kept.append('\n');
-        }
+        damaged = damaged || !run;
+        if (!run || dropped.contains(*run))
+            return;
+        auto span = spans.find(*run);
+        if (span == spans.end())
+            span = spans.insert(*run, {kept.size(), 0});
+        kept.append(line);
+        kept.append('\n');
+        span->second = kept.size();
     });
-    return kept;
+    if (damaged && keepAs.isEmpty())
+        return Rewrite::Damaged;
+    // No index may sum up the file replaced once it is gone.
+    file.removeIndex();
+    if (!file.replace(kept, keepAs)) {
+        error = file.error();
+        return Rewrite::Failed;
+    }
+    runs.remove(dropped);
+    for (const JournalRuns::Entry &e : runs.entries()) {
+        const auto [first, end] = spans.value(e.run.id, {kept.size(), kept.size()});
+        runs.setSpan(e.run.id, first, end);
+    }
+    writeIndex();
+    return Rewrite::Done;
+}
+
+void MoveJournal::Private::writeIndex()
+{
+    if (!buffer.isEmpty())
+        return;
+    if (const std::optional<JournalFile::Mark> mark = file.mark())
+        file.writeIndex(JournalIndex{nextRun, *mark, runs.entries()}.toBytes());
+    else
+        file.removeIndex();
+}
+
+std::optional<Run> MoveJournal::Private::read(quint64 id)
+{
+    const JournalRuns::Entry *entry = std::as_const(runs).find(id);
+    if (!entry)
+        return std::nullopt;
+    Run run = entry->run;
+    if (entry->first < 0)
+        return run;
+    // Its lines lie from first to end, in the file or still in the buffer.
+    const qint64 end = entry->end;
+    std::optional<QByteArray> bytes = file.read(entry->first, std::min(end, file.size()));
+    if (!bytes)
+        return std::nullopt;
+    if (end > file.size())
+        bytes->append(buffer);
+    JournalRuns items([id](quint64 other) { return other == id; });
+    const JournalRecord::Folders folders = [&items](quint64 other) {
+        return items.folders(other);
+    };
+    bool damaged = false;
+    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
+        const auto record = complete ? JournalRecord::parse(line, folders) : std::nullopt;
+        damaged = damaged || !record;
+        if (record && record->run == id)
+            items.apply(*record, 0, 0);
+    });
+    run.items = items.run(id).value_or(Run()).items;
+    if (damaged)
+        setAside(Unreadable::Damaged);
+    return run;
 }
 
 MoveJournal::Identity MoveJournal::Identity::of(const QString &path)
@@ -240,6 +411,7 @@ bool MoveJournal::Private::open(std::chrono::milliseconds lockWait)
     if (isOpen)
         return true;
     note.clear();
+    abbreviations.clear();
     if (!file.open(lockWait) || !load()) {
         error = file.error();
         file.close();
@@ -363,8 +535,10 @@ void MoveJournal::endRun(quint64 run, const QDateTime &time, bool recovered)
     d->add({.type = JournalRecord::Type::End, .run = run, .time = time, .recovered = recovered});
     d->sync();
     d->interrupted.removeIf([run](const Run &cutShort) { return cutShort.id == run; });
-    if (d->runs.count() > kMaxRuns || d->runs.bytes() > kMaxBytes)
-        d->compact(time);
+    d->abbreviations.forget(run);
+    const bool beyondBounds = d->runs.count() > kMaxRuns || d->runs.bytes() > kMaxBytes;
+    if (!(beyondBounds && d->compact(time)))
+        d->writeIndex();
 }
 
 QList<MoveJournal::Run> MoveJournal::runs() const
@@ -376,20 +550,7 @@ QList<MoveJournal::Run> MoveJournal::runs() const
 std::optional<MoveJournal::Run> MoveJournal::run(quint64 id) const
 {
     std::lock_guard lock(d->mutex);
-    std::optional<Run> run = d->isOpen ? d->runs.run(id) : std::nullopt;
-    std::optional<QByteArray> bytes = run ? d->file.read() : std::nullopt;
-    if (!bytes)
-        return std::nullopt;
-    bytes->append(d->buffer);
-    JournalRuns items([id](quint64 other) { return other == id; });
-    forEachLine(*bytes, [&](QByteArrayView line, qsizetype, bool complete) {
-        if (complete && JournalRecord::runOf(line) == id) {
-            if (const auto record = JournalRecord::parse(line))
-                items.apply(*record, 0);
-        }
-    });
-    run->items = items.run(id).value_or(Run()).items;
-    return run;
+    return d->isOpen ? d->read(id) : std::nullopt;
 }
 
 QList<MoveJournal::Run> MoveJournal::interruptedRuns() const

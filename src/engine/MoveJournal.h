@@ -27,9 +27,13 @@
 // Every record carries a checksum. A last line cut short by a crash is simply
 // ignored; a record that is damaged elsewhere makes the journal "damaged": its
 // readable records still serve recovery, then the file is kept aside as
-// "<name>.bad" and a new journal begins. Nothing about the journal ever stops
-// Brevano from starting or from moving: when it cannot be written, moves go on
-// unrecorded and lastError() says why.
+// "<name>.bad" and a new journal begins. Opening costs next to nothing however
+// long the journal is: an index beside it ("<name>.index") sums up its runs,
+// so only the records of runs begun since, or not ended, are read then; the
+// others are checked when they are read (run(), compaction). A journal of
+// another version is kept aside in the same way, and nothing of it is read.
+// Nothing about the journal ever stops Brevano from starting or from moving:
+// when it cannot be written, moves go on unrecorded and lastError() says why.
 //
 // One process owns the journal at a time (an exclusive lock on
 // "<journal>.lock", which stays while the journal is written anew):
@@ -125,7 +129,8 @@ public:
     bool isInUseElsewhere() const;
     QString lastError() const;
     // What open() had to do with the file ("the journal was damaged and is
-    // kept as ...bad"), if anything.
+    // kept as ...bad"), if anything; or run() or compaction, when they found
+    // damage open() did not read.
     QString openingNote() const;
 
     // ---- writing ----
@@ -151,7 +156,9 @@ public:
     // Every run kept, with counts but no items; answered from memory, kept in
     // step with what is written (menus ask it on the main thread).
     QList<Run> runs() const;
-    // One run with its items, read from the file.
+    // One run with its items, read from the file (from its records alone).
+    // Damage found in them sets the journal aside as open() would; the run
+    // has the items that could be read.
     std::optional<Run> run(quint64 id) const;
     // Runs begun and never ended, with their items, as open() found them
     // (their records remain readable even when the file was set aside), until

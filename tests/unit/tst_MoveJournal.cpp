@@ -1,4 +1,5 @@
 #include "FileNames.h"
+#include "JournalLine.h"
 #include "MoveJournal.h"
 #include "SandboxHome.h"
 
@@ -86,6 +87,18 @@ QList<quint64> ids(const QList<Journal::Run> &runs)
     return all;
 }
 
+// What opening the journal at path shows: its runs, and the note, if any.
+QStringList opened(const QString &path)
+{
+    Journal journal(path);
+    if (!journal.open(0ms))
+        return {journal.lastError()};
+    QStringList all;
+    for (const Journal::Run &run : journal.runs())
+        all.append(QString::number(run.id) + ": " + counts(run));
+    return all + QStringList(journal.openingNote());
+}
+
 } // namespace
 
 class tst_MoveJournal : public QObject
@@ -96,6 +109,8 @@ private slots:
     void aRunCutShortIsInterruptedAtTheNextOpen();
     void aTornLastLineIsCutOff();
     void aDamagedJournalIsSetAsideKeepingWhatIsInFlight();
+    void damageOpeningDidNotReadIsFoundWhenRead();
+    void anIndexMissingDamagedOrStaleIsRebuilt();
     void compactionKeepsWithinBounds();
     void theLastUndoableTidy();
     void oneOwnerAtATime();
@@ -126,6 +141,9 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         QCOMPARE(journal.addIntent(run, odd, tricky, file), 1u);
         QCOMPARE(journal.addIntent(run, tricky, odd, link), 2u);
         QCOMPARE(journal.addIntent(run, real, "/s/new\nline.txt", {}), 3u);
+        // Paths in no folder, or in the top one; a target under the source's name.
+        QCOMPARE(journal.addIntent(run, "relative/x", {}, {}), 4u);
+        QCOMPARE(journal.addIntent(run, "/home/x/Desktop/y", "/s/y", {}), 5u);
         QVERIFY(journal.sync());
         journal.notePartial(run, 1, tricky + ".part1");
         journal.notePartial(run, 1, odd + ".part2");
@@ -134,12 +152,13 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
         journal.noteOutcome(run, 1, Status::Moved, tricky + " 2", {7, 8}, "100%41 done");
         journal.noteOutcome(run, 2, Status::Incomplete, odd, link, "left\t“b” behind\n");
         journal.noteOutcome(run, 3, Status::Skipped, "/s/new\nline.txt", {}, "name\ttaken");
+        journal.noteOutcome(run, 4, Status::Failed, "/top", {}, {});
         journal.noteDeferred(run, "/d/changing!\t");
         // Read before anything but the intents and notes is written.
         const auto before = journal.run(run);
         QVERIFY(before);
         written = describeAll(before->items);
-        QCOMPARE(written.size(), 4);
+        QCOMPARE(written.size(), 6);
         QCOMPARE(written[0], describe({1,
                                        odd,
                                        tricky + " 2",
@@ -174,17 +193,23 @@ void tst_MoveJournal::aRunReadsBackAsWritten()
                                        {},
                                        {}}));
         QCOMPARE(written[3],
+                 describe({4, "relative/x", "/top", {}, Status::Failed, {}, {}, {}, {}, {}, {}}));
+        QCOMPARE(
+            written[4],
+            describe(
+                {5, "/home/x/Desktop/y", "/s/y", {}, Status::Pending, {}, {}, {}, {}, {}, {}}));
+        QCOMPARE(written[5],
                  describe({0, "/d/changing!\t", {}, {}, Status::Deferred, {}, {}, {}, {}, {}, {}}));
         journal.endRun(run, start.addSecs(5));
         QCOMPARE(counts(journal.runs().value(0)),
-                 "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
+                 "moved 1 failed 2 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
     }
     Journal reopened(path);
     QVERIFY(reopened.open(0ms));
     QVERIFY(reopened.interruptedRuns().isEmpty());
     const QList<Journal::Run> runs = reopened.runs();
     QCOMPARE(runs.size(), 1);
-    QCOMPARE(counts(runs[0]), "moved 1 failed 1 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
+    QCOMPARE(counts(runs[0]), "moved 1 failed 2 deferred 1 skipped 1 ended 1 recovered 0 undone 0");
     QCOMPARE(runs[0].started, start);
     QCOMPARE(runs[0].ended, start.addSecs(5));
     QCOMPARE(runs[0].detail, "scheduled");
@@ -248,6 +273,9 @@ void tst_MoveJournal::aRunCutShortIsInterruptedAtTheNextOpen()
     QVERIFY(finished.interruptedRuns().isEmpty());
     QCOMPARE(counts(finished.lastUndoableTidy().value()),
              "moved 2 failed 0 deferred 0 skipped 0 ended 1 recovered 1 undone 0");
+    // Its folders were named anew when it was finished.
+    const Journal::Item b = finished.run(tidy)->items.value(1);
+    QCOMPARE(b.source + " -> " + b.target, "/d/b -> /s/b");
     QCOMPARE(finished.beginRun(Kind::Drop, {}, now), tidy + 1);
 
     // Destroyed without an end, the journal holds what was buffered too.
@@ -311,6 +339,8 @@ void tst_MoveJournal::aDamagedJournalIsSetAsideKeepingWhatIsInFlight()
     QVERIFY(second > 0);
     damaged[second + 12] = 'Z';
     writeContents(path, damaged);
+    // Without an index, opening reads every line.
+    QVERIFY(QFile::remove(path + ".index"));
     {
         Journal journal(path);
         QVERIFY(journal.open(0ms));
@@ -331,6 +361,115 @@ void tst_MoveJournal::aDamagedJournalIsSetAsideKeepingWhatIsInFlight()
     QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>({cutShort, 4}));
     QCOMPARE(journal.interruptedRuns()[0].items.value(0).source, "/d/x");
     QCOMPARE(journal.beginRun(Kind::Restore, {}, now), 5u);
+}
+
+// Opening reads only what the index does not sum up; the lines it skips are
+// checked when they are read, and damage found then is dealt with as at
+// opening. A journal of another version is set aside unread.
+void tst_MoveJournal::damageOpeningDidNotReadIsFoundWhenRead()
+{
+    SandboxHome sandbox;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    quint64 cutShort = 0, tidy = 0;
+    // A journal whose tidy is damaged in place, its index still right.
+    const auto damagedJournal = [&](const QString &path) {
+        {
+            Journal journal(path);
+            QVERIFY(journal.open(0ms));
+            tidy = wholeRun(journal, Kind::Tidy, now, 2);
+            cutShort = journal.beginRun(Kind::Drop, {}, now);
+            journal.addIntent(cutShort, "/d/x", "/s/x", {1, 9});
+            wholeRun(journal, Kind::Restore, now);
+        }
+        QByteArray bytes = contents(path);
+        bytes[bytes.indexOf("intent\t" + QByteArray::number(tidy) + "\t2") + 12] = 'Z';
+        writeContents(path, bytes);
+    };
+    const QString path = Journal::defaultPath();
+    damagedJournal(path);
+    const QByteArray damaged = contents(path);
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        QVERIFY(journal.openingNote().isEmpty());
+        QCOMPARE(journal.runs().size(), 3);
+        const QList<Journal::Item> items = journal.run(tidy)->items;
+        QVERIFY(items.value(0).source.endsWith("-0") && items.value(1).source.isEmpty());
+        QVERIFY2(journal.openingNote().contains("damaged"), qPrintable(journal.openingNote()));
+        QCOMPARE(contents(path + ".bad"), damaged);
+        QCOMPARE(ids(journal.runs()), QList<quint64>{cutShort});
+    }
+    QCOMPARE(opened(path),
+             QStringList({QString::number(cutShort) + ": " + counts(Journal::Run()), QString()}));
+    // Compaction reads the runs it keeps.
+    const QString compacted = sandbox.home() + "/compacted.journal";
+    damagedJournal(compacted);
+    {
+        Journal journal(compacted);
+        QVERIFY(journal.open(0ms));
+        QVERIFY(journal.openingNote().isEmpty());
+        journal.compact(now.addDays(31));
+        QVERIFY2(journal.openingNote().contains("damaged"), qPrintable(journal.openingNote()));
+        QCOMPARE(ids(journal.interruptedRuns()), QList<quint64>{cutShort});
+    }
+
+    QByteArray older;
+    JournalLine::Writer(older, "brevano-journal").word("1").number(7).finish();
+    JournalLine::Writer(older, "begin").number(5).word("tidy").word("manual").word("1").finish();
+    writeContents(path, older);
+    QVERIFY(QFile::remove(path + ".index"));
+    Journal journal(path);
+    QVERIFY(journal.open(0ms));
+    QVERIFY2(journal.openingNote().contains("another version"), qPrintable(journal.openingNote()));
+    QCOMPARE(contents(path + ".bad"), older);
+    QVERIFY(journal.runs().isEmpty() && journal.interruptedRuns().isEmpty());
+}
+
+// An index that is missing, damaged, or sums up another journal or less of
+// this one is not believed: the journal says what it holds, and the index is
+// written anew.
+void tst_MoveJournal::anIndexMissingDamagedOrStaleIsRebuilt()
+{
+    SandboxHome sandbox;
+    const QString path = Journal::defaultPath();
+    const QString index = path + ".index";
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    QByteArray early;
+    {
+        Journal journal(path);
+        QVERIFY(journal.open(0ms));
+        wholeRun(journal, Kind::Tidy, now, 2);
+        early = contents(index);
+        wholeRun(journal, Kind::Restore, now, 3);
+    }
+    const QByteArray good = contents(index);
+    const QStringList expected = opened(path);
+    QCOMPARE(expected.size(), 3);
+    QVERIFY(expected[0].startsWith("1: moved 2 ") && expected[1].startsWith("2: moved 3 "));
+
+    const QByteArray lies = QByteArray(good).replace("\t2\t0\t0\t0\t", "\t7\t0\t0\t0\t");
+    QVERIFY(lies != good);
+    for (const QByteArray &stale :
+         {QByteArray(), lies, good.first(good.indexOf("run\t2")), early}) {
+        if (stale.isNull())
+            QVERIFY(QFile::remove(index));
+        else
+            writeContents(index, stale);
+        QCOMPARE(opened(path), expected);
+        QCOMPARE(contents(index), good);
+    }
+
+    // Another journal in its place, longer than the one summed up.
+    const QString otherPath = sandbox.home() + "/other.journal";
+    {
+        Journal other(otherPath);
+        QVERIFY(other.open(0ms));
+        wholeRun(other, Kind::Drop, now, 12);
+    }
+    QVERIFY(QFileInfo(otherPath).size() > QFileInfo(path).size());
+    writeContents(path, contents(otherPath));
+    writeContents(index, good);
+    QCOMPARE(opened(path), opened(otherPath));
 }
 
 void tst_MoveJournal::compactionKeepsWithinBounds()
