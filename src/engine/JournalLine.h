@@ -31,8 +31,8 @@ public:
         return !digits.isEmpty() && error == std::errc() && end == digits.end();
     }
 
-    // Writes one line, field by field, at the end of out (which holds it
-    // whole once finish() has written the checksum and the newline).
+    // Writes one line, field by field, at the end of out; finish() ends every
+    // line (until then out holds room beyond it).
     class Writer
     {
     public:

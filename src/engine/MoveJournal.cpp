@@ -146,8 +146,14 @@ bool MoveJournal::Private::load()
         if (const auto run = complete ? JournalRecord::runEndedBy(line) : std::nullopt)
             ended.insert(*run);
     });
-    JournalRuns found([&ended](quint64 run) { return !ended.contains(run); },
-                      index ? index->runs : QList<JournalRuns::Entry>());
+    // Asked of nearly every line, which mostly belongs to the run of the line
+    // before.
+    const auto unended = [&ended, last = std::pair<quint64, bool>(0, false)](quint64 run) mutable {
+        if (run != last.first)
+            last = {run, !ended.contains(run)};
+        return last.second;
+    };
+    JournalRuns found(unended, index ? index->runs : QList<JournalRuns::Entry>());
     if (index) {
         for (const JournalRuns::Entry &e : std::as_const(index->runs)) {
             if (!e.ended)
