@@ -31,6 +31,17 @@ std::optional<QJsonObject> readMessage(QLocalSocket &socket, int timeoutMs)
         return std::nullopt;
     return document.object();
 }
+
+void reply(QLocalSocket &socket, const InstanceChannel::Reply &reply)
+{
+    QJsonObject message;
+    message.insert(QStringLiteral("status"), reply.status);
+    message.insert(QStringLiteral("out"), QString::fromUtf8(reply.out));
+    message.insert(QStringLiteral("err"), QString::fromUtf8(reply.err));
+    socket.write(encode(message));
+    socket.flush();
+    socket.disconnectFromServer();
+}
 } // namespace
 
 QString InstanceChannel::socketPath()
@@ -75,6 +86,15 @@ InstanceServer::InstanceServer(Handler handler, QObject *parent)
     });
 }
 
+void InstanceServer::setServing(bool serving)
+{
+    m_serving = serving;
+    while (m_serving && !m_waiting.isEmpty()) {
+        const auto [socket, request] = m_waiting.takeFirst();
+        answer(socket, request);
+    }
+}
+
 bool InstanceServer::listen()
 {
     const QString path = InstanceChannel::socketPath();
@@ -91,19 +111,26 @@ void InstanceServer::serve(QLocalSocket *socket)
 {
     socket->setParent(this);
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-    const auto request = readMessage(*socket, 5000);
-    InstanceChannel::Reply reply{2, {}, "brevano: the request could not be read\n"};
-    if (request) {
-        QStringList args;
-        for (const QJsonValue &arg : request->value(QStringLiteral("args")).toArray())
-            args.append(arg.toString());
-        reply = m_handler({args, request->value(QStringLiteral("cwd")).toString()});
+    const auto message = readMessage(*socket, 5000);
+    if (!message) {
+        reply(*socket, {2, {}, "brevano: the request could not be read\n"});
+        return;
     }
-    QJsonObject message;
-    message.insert(QStringLiteral("status"), reply.status);
-    message.insert(QStringLiteral("out"), QString::fromUtf8(reply.out));
-    message.insert(QStringLiteral("err"), QString::fromUtf8(reply.err));
-    socket->write(encode(message));
-    socket->flush();
-    socket->disconnectFromServer();
+    InstanceChannel::Request request{{}, message->value(QStringLiteral("cwd")).toString()};
+    for (const QJsonValue &arg : message->value(QStringLiteral("args")).toArray())
+        request.args.append(arg.toString());
+    if (m_serving || request.args == QStringList{QStringLiteral("--version")}) {
+        answer(socket, request);
+        return;
+    }
+    // Gone before its turn: deleted, and taken out of the line.
+    connect(socket, &QObject::destroyed, this, [this, socket] {
+        m_waiting.removeIf([socket](const auto &waiting) { return waiting.first == socket; });
+    });
+    m_waiting.append({socket, request});
+}
+
+void InstanceServer::answer(QLocalSocket *socket, const InstanceChannel::Request &request)
+{
+    reply(*socket, m_handler(request));
 }

@@ -41,10 +41,17 @@ public:
     explicit InstanceServer(Handler handler, QObject *parent = nullptr);
     // False when another instance already listens.
     bool listen();
+    // Until it serves, requests wait in line (the application is still
+    // starting up) and are answered in order once it does; only "--version",
+    // which tells that this instance lives, is answered at once.
+    void setServing(bool serving);
 
 private:
+    void answer(class QLocalSocket *socket, const InstanceChannel::Request &request);
     void serve(class QLocalSocket *socket);
 
     Handler m_handler;
     QLocalServer m_server;
+    bool m_serving = true;
+    QList<std::pair<class QLocalSocket *, InstanceChannel::Request>> m_waiting;
 };

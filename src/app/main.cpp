@@ -16,7 +16,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QTextStream>
-#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
@@ -199,44 +198,36 @@ int runTrayApplication(int argc, char *argv[], std::optional<Window> window)
     InstanceServer server([&services, &delegate](const InstanceChannel::Request &request) {
         return carryOut(request, services, delegate);
     });
+    // Commands wait in line, and nothing shows or moves, until the journal
+    // has finished what a run cut short left in flight.
+    server.setServing(false);
     if (!server.listen()) {
         // Another Brevano started at the same moment and won.
         InstanceChannel::send(handOver, 10000);
         return 0;
     }
-    QString journalProblem;
-    const auto reportRecovery = [&services](const JournalRecovery::Report &recovered,
-                                            const QString &problem) {
-        if (!problem.isEmpty())
-            qWarning("Brevano: %s", qUtf8Printable(problem));
-        if (!recovered.isEmpty())
-            services.engine().notifyUser(JournalRecovery::kTitle, recovered.summary(), QString(),
-                                         QStringLiteral("RecoveredRun"));
-    };
-    reportRecovery(services.startJournal(&journalProblem, true, std::chrono::seconds(2)),
-                   journalProblem);
-    // A command moving items without us holds the journal: tidies wait, and
-    // the journal is asked for again every two seconds, never blocking.
-    QTimer journalRetry;
-    journalRetry.setInterval(2000);
-    QObject::connect(&journalRetry, &QTimer::timeout, &app, [&] {
-        QString problem;
-        const JournalRecovery::Report recovered =
-            services.openJournal(std::chrono::milliseconds(0), &problem);
-        if (services.journalInUseElsewhere())
-            return;
-        journalRetry.stop();
-        reportRecovery(recovered, problem);
-    });
-    if (services.journalInUseElsewhere())
-        journalRetry.start();
     UnixSignalWatcher quitSignals({SIGTERM, SIGINT});
     QObject::connect(&quitSignals, &UnixSignalWatcher::received, &app, &QCoreApplication::quit);
-    delegate.applicationDidFinishLaunching();
-    if (window)
-        QTimer::singleShot(0, &delegate, [&delegate, window] { show(delegate, *window); });
+    bool launched = false;
+    services.startJournalInBackground(
+        std::chrono::seconds(2),
+        [&services](const JournalRecovery::Report &recovered, const QString &problem) {
+            if (!problem.isEmpty())
+                qWarning("Brevano: %s", qUtf8Printable(problem));
+            if (!recovered.isEmpty())
+                services.engine().notifyUser(JournalRecovery::kTitle, recovered.summary(),
+                                             QString(), QStringLiteral("RecoveredRun"));
+        },
+        [&] {
+            launched = true;
+            delegate.applicationDidFinishLaunching();
+            server.setServing(true);
+            if (window)
+                show(delegate, *window);
+        });
     const int status = app.exec();
-    delegate.applicationWillTerminate();
+    if (launched)
+        delegate.applicationWillTerminate();
     return delegate.wantsRestart() ? RestartStatus : status;
 }
 

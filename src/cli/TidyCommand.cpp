@@ -38,6 +38,9 @@ int TidyCommand::run(CliContext &context, const QStringList &args)
         return CliContext::Success;
     }
     Brevano &engine = context.engine();
+    if (const QString why = engine.whyTidiesWait(); !why.isEmpty())
+        return context.fail(QStringLiteral("no tidy now: %1; try again when it is done").arg(why),
+                            CliContext::Failed);
     QTextStream &out = context.out();
     bool anyFailed = false;
     QObject receiver;

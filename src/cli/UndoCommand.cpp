@@ -1,5 +1,6 @@
 #include "UndoCommand.h"
 
+#include "Brevano.h"
 #include "CliContext.h"
 #include "TidyUndo.h"
 
@@ -30,6 +31,10 @@ int UndoCommand::run(CliContext &context, const QStringList &args)
 {
     if (!args.isEmpty())
         return context.fail(QStringLiteral("undo takes no arguments"), CliContext::BadUsage);
+    // One undo at a time: the running Brevano may be taking it back already.
+    if (context.engine().isUndoing())
+        return context.fail(QStringLiteral("an undo is under way; try again when it is done"),
+                            CliContext::Failed);
     MoveJournal *journal = context.journal();
     if (!journal)
         return CliContext::Failed;

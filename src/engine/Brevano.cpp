@@ -201,11 +201,32 @@ void Brevano::armRetry()
 
 // ---- the tidy ----
 
+QString Brevano::whyTidiesWait() const
+{
+    if (m_tidiesHeld)
+        return QStringLiteral("another Brevano is moving items");
+    if (m_undo.isBusy())
+        return QStringLiteral("an undo is under way");
+    return {};
+}
+
+bool Brevano::undoLastTidyInBackground()
+{
+    MoveJournal *journal = m_journal;
+    if (!journal)
+        return false;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    return m_undo.start([this, journal, now]() -> BackgroundJob::Then {
+        TidyUndo::Report report = TidyUndo(*journal).undoLastTidy(now);
+        return [this, report = std::move(report)] { emit undoFinished(report); };
+    });
+}
+
 void Brevano::performTidyFromRequest(int request)
 {
-    if (m_tidiesHeld) {
-        qWarning("Brevano: tidy skipped: another Brevano is moving items");
-        emit tidySkipped();
+    if (const QString why = whyTidiesWait(); !why.isEmpty()) {
+        qWarning("Brevano: tidy skipped: %s", qUtf8Printable(why));
+        emit tidyHeld(why);
         return;
     }
     if (request == TidyRequestManual || request == TidyRequestRepeat)

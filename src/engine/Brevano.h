@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BackgroundJob.h"
 #include "CandidateSelector.h"
 #include "EngineServices.h"
 #include "FileMover.h"
@@ -11,6 +12,7 @@
 #include "ShadowDesktopMenuBuilder.h"
 #include "ShadowDesktopPaths.h"
 #include "TidyStatusSource.h"
+#include "TidyUndo.h"
 #include "Trash.h"
 
 #include <QDateTime>
@@ -233,6 +235,14 @@ public:
     // While held, tidies are skipped: another Brevano holds the journal and
     // is moving items.
     void setTidiesHeld(bool held) { m_tidiesHeld = held; }
+    // Why a tidy asked for now would be skipped; empty when it would not.
+    QString whyTidiesWait() const;
+
+    // Takes the last tidy back on a worker, so that menus stay live while
+    // items move; tidies wait meanwhile, and undoFinished() tells what came
+    // of it. False when an undo is under way already or there is no journal.
+    bool undoLastTidyInBackground();
+    bool isUndoing() const { return m_undo.isBusy(); }
 
     const CandidateSelector &candidates() const { return m_candidates; }
     // Safe to use from a worker too.
@@ -246,6 +256,9 @@ signals:
     void tidyItemProcessed(const QString &path, Brevano::ItemResult result, const QString &target,
                            const QString &reason);
     void tidySkipped();
+    // A tidy was asked for while tidies wait (see whyTidiesWait()).
+    void tidyHeld(const QString &why);
+    void undoFinished(const TidyUndo::Report &report);
     void tidyPassFinished(qint64 moved, qint64 found);
 
 private:
@@ -279,4 +292,5 @@ private:
     QDateTime m_earliestTidy;
     std::unique_ptr<QFileSystemWatcher> m_watcher;
     Scheduler::TaskId m_watchLatency = 0;
+    BackgroundJob m_undo; // last: its worker is waited for before the rest goes
 };

@@ -247,7 +247,9 @@ void MoveJournal::Private::append(const JournalRecord &record)
 void MoveJournal::Private::write(JournalRecord record, When when)
 {
     std::lock_guard lock(mutex);
-    if (!isOpen)
+    // Run 0 began while the journal was closed: it stays unrecorded, even
+    // when the journal opens before it ends.
+    if (!isOpen || record.run == 0)
         return;
     add(std::move(record));
     if (when == Durable)
@@ -473,7 +475,7 @@ quint32 MoveJournal::addIntent(quint64 run, const QString &source, const QString
                                const Identity &sourceIdentity)
 {
     std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
+    if (!d->isOpen || run == 0)
         return 0;
     const quint32 seq = d->runs.nextSeq(run);
     d->add({.type = JournalRecord::Type::Intent,
@@ -536,7 +538,7 @@ void MoveJournal::noteDeferred(quint64 run, const QString &source)
 void MoveJournal::endRun(quint64 run, const QDateTime &time, bool recovered)
 {
     std::lock_guard lock(d->mutex);
-    if (!d->isOpen)
+    if (!d->isOpen || run == 0)
         return;
     d->add({.type = JournalRecord::Type::End, .run = run, .time = time, .recovered = recovered});
     d->sync();

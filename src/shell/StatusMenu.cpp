@@ -37,6 +37,7 @@ StatusMenu::StatusMenu(BrevanoData &data, Brevano &engine, AlertPresenter &alert
     NotificationCenter::defaultCenter().observe(
         NotificationCenter::UpdateNextTidyText, this,
         [this](const QVariant &line) { m_nextTidy->setText(line.toString()); });
+    connect(&m_engine, &Brevano::undoFinished, this, &StatusMenu::tellUndone);
 }
 
 StatusMenu::~StatusMenu()
@@ -275,12 +276,7 @@ void StatusMenu::takeDeliveries()
 
 void StatusMenu::menuWillOpen()
 {
-    // In advanced mode no tidy moves anything; the menu says so where one is asked for.
-    m_tidyNow->setToolTip(OperationMode::tidies(m_data.getOperationMode())
-                              ? QStringLiteral("Move what lies on the Desktop into the Shadow "
-                                               "Desktop now")
-                              : OperationMode::nothingMovesNote());
-    updateUndoItem();
+    updateTidyItems();
     const bool showNext = m_engine.getEnabled() && m_data.getShowTimeUntilTidy();
     m_nextTidy->setVisible(showNext);
     if (showNext)
@@ -361,12 +357,27 @@ void StatusMenu::emptyShadowDesktop()
 }
 
 // Answered from the journal's memory: cheap enough for every opening.
-void StatusMenu::updateUndoItem()
+void StatusMenu::updateTidyItems()
 {
+    const QString why = m_engine.whyTidiesWait();
+    m_tidyNow->setEnabled(why.isEmpty());
+    // In advanced mode no tidy moves anything; the menu says so where one is asked for.
+    m_tidyNow->setToolTip(!why.isEmpty() ? QStringLiteral("No tidy now: %1").arg(why)
+                          : OperationMode::tidies(m_data.getOperationMode())
+                              ? QStringLiteral("Move what lies on the Desktop into the Shadow "
+                                               "Desktop now")
+                              : OperationMode::nothingMovesNote());
+    if (m_engine.isUndoing()) {
+        m_undoLastTidy->setVisible(true);
+        m_undoLastTidy->setEnabled(false);
+        m_undoLastTidy->setText(QStringLiteral("Undoing Last Tidy…"));
+        return;
+    }
     MoveJournal *journal = m_engine.journal();
     const std::optional<MoveJournal::Run> tidy =
         journal ? TidyUndo(*journal).candidate() : std::nullopt;
     m_undoLastTidy->setVisible(tidy.has_value());
+    m_undoLastTidy->setEnabled(true);
     if (tidy)
         m_undoLastTidy->setText(QStringLiteral("Undo Last Tidy (%ld items)")
                                     .replace(QStringLiteral("%ld"), QString::number(tidy->moved)));
@@ -374,11 +385,14 @@ void StatusMenu::updateUndoItem()
 
 void StatusMenu::undoLastTidy()
 {
-    MoveJournal *journal = m_engine.journal();
-    if (!journal)
-        return;
-    const TidyUndo::Report report =
-        TidyUndo(*journal).undoLastTidy(QDateTime::currentDateTimeUtc());
+    // The items move on a worker; undoFinished() brings the report back.
+    if (m_engine.undoLastTidyInBackground())
+        updateTidyItems();
+}
+
+void StatusMenu::tellUndone(const TidyUndo::Report &report)
+{
+    updateTidyItems();
     const QStringList lines = report.lines();
     // What stayed behind wants the person's eye, not a notification that may
     // go unseen.

@@ -3,6 +3,7 @@
 #include "MenuEntry.h"
 #include "MenuRenderer.h"
 #include "QuickFilterList.h"
+#include "TidyUndo.h"
 #include "ShadowDesktopMenuBuilder.h"
 
 #include <QImage>
@@ -54,8 +55,9 @@ public:
 
     void restoreAllFiles();
     void emptyShadowDesktop();
-    // Takes the last tidy back and tells what came of it: a notification when
-    // everything went back, an alert naming what stayed otherwise.
+    // Takes the last tidy back on a worker, and tells what came of it once
+    // done: a notification when everything went back, an alert naming what
+    // stayed otherwise.
     void undoLastTidy();
 
 signals:
@@ -99,7 +101,8 @@ private:
     void menuNeedsUpdate();
     void menuWillOpen();
     void menuDidClose();
-    void updateUndoItem();
+    void updateTidyItems();
+    void tellUndone(const TidyUndo::Report &report);
     void startThread(std::function<void()> job);
     void populate(const std::shared_ptr<Run> &run, int previewPixels);
     // Any thread: queues it and has takeDeliveries() called on the main thread.

@@ -737,7 +737,22 @@ void tst_Shell::undoLastTidyEntry()
     m.openAndClose();
     const QStringList titles = m.titles(m.menu());
     QCOMPARE(titles.indexOf(undoTitle), titles.indexOf("Tidy Now") + 1);
-    m.menu()->findChild<QAction *>("undoLastTidyItem")->trigger();
+    QSignalSpy undone(&m.f.engine, &Brevano::undoFinished);
+    QAction *undo = m.menu()->findChild<QAction *>("undoLastTidyItem");
+    undo->trigger();
+    // The worker's report comes back through the event loop, not run here:
+    // until then the undo is under way, whatever the worker has done.
+    QVERIFY(!undo->isEnabled());
+    QCOMPARE(undo->text(), "Undoing Last Tidy…");
+    for (const QAction *action : m.menu()->actions())
+        if (action->text() == "Tidy Now")
+            QVERIFY(!action->isEnabled());
+    QSignalSpy held(&m.f.engine, &Brevano::tidyHeld);
+    m.f.engine.performManualTidy();
+    QCOMPARE(held.count(), 1);
+    QVERIFY(!m.f.engine.undoLastTidyInBackground()); // one at a time
+    QVERIFY(undone.wait());
+    QCOMPARE(undone.count(), 1);
     QCOMPARE(m.f.desktopEntries(), QStringList({"a.txt", "b.txt"}));
     QVERIFY(!m.f.data.shouldIgnoreFile(a));
     QCOMPARE(m.f.notifier.m_delivered.last().text, "Put back 2 items on the Desktop.");
@@ -749,6 +764,7 @@ void tst_Shell::undoLastTidyEntry()
     j.recordTidy({a}, shadow);
     m.f.desktopItem("a.txt");
     m.status->undoLastTidy();
+    QVERIFY(undone.wait());
     QCOMPARE(m.alerts.m_alerts.size(), 1);
     QCOMPARE(m.alerts.m_alerts.first().title,
              "Left 1 item in the Shadow Desktop: its name on the Desktop is taken: “a.txt”");
