@@ -521,16 +521,13 @@ JournaledRun::Outcome Brevano::moveInRun(MoveJournal::RunKind kind, const QStrin
 
 FileMover::Result Brevano::doMoveFileFromWithoutReplacing(const QString &source,
                                                           const QString &target,
-                                                          MoveJournal *journal)
+                                                          JournaledRun &run)
 {
     FileMover::Result result;
-    JournaledRun run(journal, MoveJournal::RunKind::Drop, QString(),
-                     QDateTime::currentDateTimeUtc());
     run.moveOne(source, target, [&] {
         result = FileMover::move(source, target);
         return JournaledRun::outcomeOf(result, target);
     });
-    run.setEndTime(QDateTime::currentDateTimeUtc());
     return result;
 }
 

@@ -120,11 +120,11 @@ public:
     // The same move without ever replacing, whatever the overwrite mode, with
     // the mover's account: a taken name leaves the item where it is
     // (TargetExists). Items dropped on the panel move so, off the main thread:
-    // it touches nothing of the engine, and records the move as a run of its
-    // own in journal (thread-safe), if any.
+    // it touches nothing of the engine, and records the move in run (the
+    // drop's, on a thread-safe journal).
     static FileMover::Result doMoveFileFromWithoutReplacing(const QString &source,
                                                             const QString &target,
-                                                            MoveJournal *journal);
+                                                            JournaledRun &run);
     bool isRepeatTidy() const { return m_isRepeatTidy; }
     void setIsRepeatTidy(bool repeat) { m_isRepeatTidy = repeat; }
     bool hasPendingTidy() const { return !m_pendingPasses.isEmpty(); }

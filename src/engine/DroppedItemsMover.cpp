@@ -12,8 +12,8 @@ QString ownCopy(const QString &text)
 
 } // namespace
 
-DroppedItemsMover::DroppedItemsMover(MoveFunction move, QObject *parent)
-    : QObject(parent), m_move(std::move(move))
+DroppedItemsMover::DroppedItemsMover(MoveJournal *journal, MoveFunction move, QObject *parent)
+    : QObject(parent), m_journal(journal), m_move(std::move(move))
 {
 }
 
@@ -38,11 +38,12 @@ void DroppedItemsMover::add(const QList<Move> &moves)
 {
     {
         const std::lock_guard lock(m_mutex);
+        ++m_drops;
         for (const Move &move : moves) {
             if (m_pending.contains(move.source))
                 continue;
             m_pending.insert(move.source);
-            m_moves.push_back({ownCopy(move.source), ownCopy(move.target)});
+            m_moves.push_back({{ownCopy(move.source), ownCopy(move.target)}, m_drops});
         }
         // One thread, started with the first drop, moves everything.
         if (!m_worker.joinable() && !m_moves.empty())
@@ -60,25 +61,46 @@ void DroppedItemsMover::work()
         if (m_steps.size() == 1)
             QMetaObject::invokeMethod(this, &DroppedItemsMover::takeSteps, Qt::QueuedConnection);
     };
+    // The run of the drop under way: it ends with the drop's last move (the
+    // moves of a drop were queued together).
+    std::unique_ptr<JournaledRun> run;
+    quint64 runDrop = 0;
+    const auto endRun = [&run] {
+        if (run)
+            run->setEndTime(QDateTime::currentDateTimeUtc());
+        run.reset();
+    };
     std::unique_lock lock(m_mutex);
     for (;;) {
         m_wake.wait(lock, [this] { return m_stopping || !m_moves.empty(); });
         if (m_stopping)
-            return;
+            break;
         Step step;
-        step.move = std::move(m_moves.front());
+        step.move = std::move(m_moves.front().move);
+        const quint64 drop = m_moves.front().drop;
         m_moves.pop_front();
         Step started;
         started.move = {ownCopy(step.move.source), ownCopy(step.move.target)};
         report(std::move(started));
+        const bool lastOfDrop = m_moves.empty() || m_moves.front().drop != drop;
         lock.unlock();
+        if (!run || runDrop != drop) {
+            endRun();
+            run = std::make_unique<JournaledRun>(m_journal, MoveJournal::RunKind::Drop, QString(),
+                                                 QDateTime::currentDateTimeUtc());
+            runDrop = drop;
+        }
         if (m_hook)
             m_hook(step.move.source);
-        step.result = m_move(step.move.source, step.move.target);
+        step.result = m_move(step.move.source, step.move.target, *run);
         step.ended = true;
+        if (lastOfDrop)
+            endRun();
         lock.lock();
         report(std::move(step));
     }
+    lock.unlock();
+    endRun();
 }
 
 void DroppedItemsMover::takeSteps()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "FileMover.h"
+#include "JournaledRun.h"
 
 #include <QList>
 #include <QObject>
@@ -19,7 +20,8 @@
 // the panel nor the program they came from. A drop made while others move
 // waits behind them. What happens is reported on the thread that made the
 // mover, never after it is gone. The move function is called on the mover's
-// thread only: it must touch nothing another thread changes.
+// thread only: it must touch nothing another thread changes. The items of one
+// drop are one run of the journal.
 class DroppedItemsMover : public QObject
 {
     Q_OBJECT
@@ -29,10 +31,13 @@ public:
         QString source;
         QString target;
     };
-    using MoveFunction =
-        std::function<FileMover::Result(const QString &source, const QString &target)>;
+    // Makes one move, recorded in the drop's run.
+    using MoveFunction = std::function<FileMover::Result(const QString &source,
+                                                         const QString &target, JournaledRun &run)>;
 
-    explicit DroppedItemsMover(MoveFunction move, QObject *parent = nullptr);
+    // journal: where the runs are recorded (safe to use from the mover's
+    // thread); null for none.
+    DroppedItemsMover(MoveJournal *journal, MoveFunction move, QObject *parent = nullptr);
     // Takes no more: the move under way is finished (a move is never cut
     // short, so no half copy is left) and waited for; those not begun stay
     // where they are, and nothing more is reported.
@@ -63,6 +68,13 @@ private:
     void work();
     void takeSteps();
 
+    struct Queued
+    {
+        Move move;
+        quint64 drop = 0; // which add() it came with
+    };
+
+    MoveJournal *const m_journal;
     const MoveFunction m_move;
     std::function<void(const QString &)> m_hook;
     QSet<QString> m_pending; // sources added and not reported as moved
@@ -70,7 +82,8 @@ private:
     // Shared with the mover's thread: what to move and what happened.
     std::mutex m_mutex;
     std::condition_variable m_wake;
-    std::deque<Move> m_moves;
+    std::deque<Queued> m_moves;
+    quint64 m_drops = 0;
     std::vector<Step> m_steps;
     bool m_stopping = false;
     std::thread m_worker;

@@ -738,10 +738,8 @@ void PanelController::fileDeletedAtRow(const QString &path)
 
 void PanelController::setUpDragAndDrop()
 {
-    m_dropMover = std::make_unique<DroppedItemsMover>(
-        [journal = m_engine.journal()](const QString &source, const QString &target) {
-            return Brevano::doMoveFileFromWithoutReplacing(source, target, journal);
-        });
+    m_dropMover = std::make_unique<DroppedItemsMover>(m_engine.journal(),
+                                                      &Brevano::doMoveFileFromWithoutReplacing);
     connect(m_dropMover.get(), &DroppedItemsMover::moveStarted, this,
             [this](const QString &path, const QString &target) {
                 showStatus(

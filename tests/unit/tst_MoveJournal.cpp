@@ -550,13 +550,27 @@ void tst_MoveJournal::oneOwnerAtATime()
     const QString path = Journal::defaultPath();
     auto first = std::make_unique<Journal>(path);
     QVERIFY(first->open(0ms));
-    Journal second(path);
-    QVERIFY(!second.open(0ms));
-    QVERIFY2(second.lastError().contains("in use"), qPrintable(second.lastError()));
-    QCOMPARE(second.beginRun(Kind::Tidy, {}, QDateTime::currentDateTimeUtc()), 0u);
+    auto second = std::make_unique<Journal>(path);
+    QVERIFY(!second->open(0ms));
+    QVERIFY2(second->lastError().contains("in use"), qPrintable(second->lastError()));
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const quint64 unrecorded = second->beginRun(Kind::Tidy, {}, now);
+    QCOMPARE(unrecorded, 0u);
     first.reset();
-    QVERIFY(second.open(0ms));
-    QVERIFY(second.lastError().isEmpty());
+    QVERIFY(second->open(0ms));
+    QVERIFY(second->lastError().isEmpty());
+    // A run begun while the journal was another's stays unrecorded when the
+    // journal is ours before it ends, and leaves the journal whole.
+    const quint32 seq = second->addIntent(unrecorded, "/d/a", "/s/a", {1, 2});
+    second->noteOutcome(unrecorded, seq, Status::Moved, "/s/a", {1, 2}, {});
+    second->endRun(unrecorded, now);
+    QVERIFY(second->runs().isEmpty());
+    second.reset();
+    Journal reread(path);
+    QVERIFY(reread.open(0ms));
+    QVERIFY2(reread.openingNote().isEmpty(), qPrintable(reread.openingNote()));
+    QVERIFY(reread.runs().isEmpty());
+    QVERIFY(reread.interruptedRuns().isEmpty());
 }
 
 void tst_MoveJournal::anUnwritableJournalIsHarmless()

@@ -1,3 +1,4 @@
+#include "DroppedItemsMover.h"
 #include "EngineFixture.h"
 #include "FileMover.h"
 #include "FileTree.h"
@@ -715,9 +716,14 @@ void tst_TidyEngine::everyRunIsJournaled()
         QVERIFY(f.engine.restoreItemAtPath(shadow + "/Folder", false));
     }
     QVERIFY(f.engine.deleteItemAtPath(shadow + "/Report.pdf"));
-    QVERIFY(Brevano::doMoveFileFromWithoutReplacing(f.sandbox.desktop() + "/Folder",
-                                                    shadow + "/Folder", &journal)
-                .moved());
+    {
+        // The items of one drop are one run.
+        DroppedItemsMover mover(&journal, &Brevano::doMoveFileFromWithoutReplacing);
+        QSignalSpy dropped(&mover, &DroppedItemsMover::finished);
+        mover.add({{f.sandbox.desktop() + "/Folder", shadow + "/Folder"},
+                   {f.desktopItem("dropped.txt"), shadow + "/dropped.txt"}});
+        QVERIFY(dropped.wait());
+    }
     QList<MoveJournal::Run> runs = journal.runs();
     QCOMPARE(runs.size(), 4);
     QCOMPARE(runs[1].kind, MoveJournal::RunKind::Restore);
@@ -727,7 +733,8 @@ void tst_TidyEngine::everyRunIsJournaled()
     QCOMPARE(trashed->items.value(0).status, Status::Moved);
     QVERIFY(trashed->items.value(0).target.startsWith(FreedesktopTrash::homeTrash()));
     QCOMPARE(runs[3].kind, MoveJournal::RunKind::Drop);
-    QCOMPARE(runs[3].moved, 1);
+    QCOMPARE(runs[3].moved, 2);
+    QVERIFY(runs[3].ended.isValid());
 
     f.engine.setJournal(nullptr);
 
