@@ -3,7 +3,7 @@
 # when all are there. Usage: install-deps.sh build|test|fuzz|bench|run
 set -euo pipefail
 
-build=(cmake ninja-build g++ make pkg-config qt6-base-dev qt6-svg-dev)
+build=(cmake ninja-build g++ make pkg-config qt6-base-dev qt6-svg-dev zlib1g-dev)
 test=(libplist-dev python3 tzdata dbus xvfb xauth dunst xfce4-panel trayer xdotool imagemagick libglib2.0-bin
       at-spi2-core python3-pyatspi adwaita-icon-theme x11-utils tumbler xfdesktop4 thunar)
 fuzz=(clang libclang-rt-14-dev)

@@ -59,10 +59,11 @@ AppServices::Opening AppServices::open(MoveJournal &journal, Trash &trash,
         // our recovery, and our tidies would be missing from its undo: none
         // here until it is done.
         opening.inUseElsewhere = journal.isInUseElsewhere();
-        opening.problem = opening.inUseElsewhere
-                              ? QStringLiteral("another Brevano is moving items; try again when "
-                                               "it is done")
-                              : QStringLiteral("moves are not recorded: %1").arg(journal.lastError());
+        opening.problem =
+            opening.inUseElsewhere
+                ? QStringLiteral("another Brevano is moving items; try again when "
+                                 "it is done")
+                : QStringLiteral("moves are not recorded: %1").arg(journal.lastError());
         return opening;
     }
     opening.problem = journal.openingNote();

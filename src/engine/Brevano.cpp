@@ -218,7 +218,9 @@ bool Brevano::undoLastTidyInBackground()
     const QDateTime now = QDateTime::currentDateTimeUtc();
     return m_undo.start([this, journal, now]() -> BackgroundJob::Then {
         TidyUndo::Report report = TidyUndo(*journal).undoLastTidy(now);
-        return [this, report = std::move(report)] { emit undoFinished(report); };
+        return [this, report = std::move(report)] {
+            emit undoFinished(report);
+        };
     });
 }
 
@@ -520,8 +522,7 @@ JournaledRun::Outcome Brevano::moveInRun(MoveJournal::RunKind kind, const QStrin
 }
 
 FileMover::Result Brevano::doMoveFileFromWithoutReplacing(const QString &source,
-                                                          const QString &target,
-                                                          JournaledRun &run)
+                                                          const QString &target, JournaledRun &run)
 {
     FileMover::Result result;
     run.moveOne(source, target, [&] {

@@ -122,9 +122,8 @@ public:
     // (TargetExists). Items dropped on the panel move so, off the main thread:
     // it touches nothing of the engine, and records the move in run (the
     // drop's, on a thread-safe journal).
-    static FileMover::Result doMoveFileFromWithoutReplacing(const QString &source,
-                                                            const QString &target,
-                                                            JournaledRun &run);
+    static FileMover::Result
+    doMoveFileFromWithoutReplacing(const QString &source, const QString &target, JournaledRun &run);
     bool isRepeatTidy() const { return m_isRepeatTidy; }
     void setIsRepeatTidy(bool repeat) { m_isRepeatTidy = repeat; }
     bool hasPendingTidy() const { return !m_pendingPasses.isEmpty(); }

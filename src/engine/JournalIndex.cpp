@@ -20,7 +20,7 @@ namespace {
 using RunKind = MoveJournal::RunKind;
 
 constexpr QByteArrayView kMagic = "brevano-journal-index";
-constexpr QByteArrayView kVersion = "2";
+constexpr QByteArrayView kVersion = "3";
 constexpr std::array<QByteArrayView, 5> kKinds = {"tidy", "undo", "restore", "drop", "trash"};
 constexpr std::array<QByteArrayView, 3> kStates = {"running", "ended", "recovered"};
 enum class State

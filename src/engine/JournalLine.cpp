@@ -4,51 +4,11 @@
 
 #include <cstring>
 
-#if defined(__x86_64__) || defined(__i386__)
-#include <nmmintrin.h>
-#define BREVANO_CRC32C_SSE42
-#endif
+#include <zlib.h>
 
 namespace {
 
 constexpr char kHex[] = "0123456789abcdef";
-
-// CRC-32C (Castagnoli, reflected), a byte at a time.
-constexpr std::array<quint32, 256> kCrcTable = [] {
-    std::array<quint32, 256> table{};
-    for (quint32 i = 0; i < 256; ++i) {
-        quint32 c = i;
-        for (int k = 0; k < 8; ++k)
-            c = c & 1 ? (c >> 1) ^ 0x82f63b78u : c >> 1;
-        table[i] = c;
-    }
-    return table;
-}();
-
-quint32 crc32cBytewise(quint32 crc, const uchar *bytes, qsizetype count)
-{
-    for (qsizetype i = 0; i < count; ++i)
-        crc = kCrcTable[(crc ^ bytes[i]) & 0xff] ^ (crc >> 8);
-    return crc;
-}
-
-#ifdef BREVANO_CRC32C_SSE42
-// The same with the processor's crc32 instruction, eight bytes at a time.
-__attribute__((target("sse4.2"))) quint32 crc32cSse42(quint32 crc, const uchar *bytes,
-                                                      qsizetype count)
-{
-    quint64 wide = crc;
-    for (; count >= 8; bytes += 8, count -= 8) {
-        quint64 eight;
-        std::memcpy(&eight, bytes, sizeof eight);
-        wide = _mm_crc32_u64(wide, eight);
-    }
-    crc = quint32(wide);
-    for (; count > 0; ++bytes, --count)
-        crc = _mm_crc32_u8(crc, *bytes);
-    return crc;
-}
-#endif
 
 bool needsEscape(uint c)
 {
@@ -114,13 +74,7 @@ char *plain(char *to, QStringView text)
 
 quint32 JournalLine::checksum(QByteArrayView bytes)
 {
-    const auto *data = reinterpret_cast<const uchar *>(bytes.data());
-#ifdef BREVANO_CRC32C_SSE42
-    static const bool sse42 = __builtin_cpu_supports("sse4.2");
-    if (sse42)
-        return ~crc32cSse42(~0u, data, bytes.size());
-#endif
-    return ~crc32cBytewise(~0u, data, bytes.size());
+    return quint32(crc32_z(0, reinterpret_cast<const Bytef *>(bytes.data()), size_t(bytes.size())));
 }
 
 JournalLine::Writer::Writer(QByteArray &out, QByteArrayView first)

@@ -11,8 +11,8 @@
 #include <optional>
 
 // A line of the journal's files: fields separated by tabs, the last one the
-// CRC-32C (Castagnoli, as iSCSI and ext4 use it; eight lower-case hex digits)
-// of all that comes before the tab in front of it; then a newline. Texts are their bytes (a path's
+// CRC-32 (zlib's, as gzip and PNG use it; eight lower-case hex digits) of all
+// that comes before the tab in front of it; then a newline. Texts are their bytes (a path's
 // bytes as the file system has them, UTF-8 or not; FileNames) with "%", every
 // control byte and DEL written as "%XX", so that a field never holds a tab or
 // a newline; a number is decimal; an identity "<device>:<inode>"; a time
@@ -20,7 +20,7 @@
 class JournalLine
 {
 public:
-    // The CRC-32C of bytes, with the processor's instruction where it has one.
+    // The CRC-32 of bytes.
     static quint32 checksum(QByteArrayView bytes);
 
     // Reads the whole of digits as a number in base.

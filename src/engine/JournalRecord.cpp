@@ -37,7 +37,7 @@ using Type = JournalRecord::Type;
 using FolderNames = QHash<quint32, QString>;
 
 constexpr QByteArrayView kMagic = "brevano-journal";
-constexpr QByteArrayView kVersion = "2";
+constexpr QByteArrayView kVersion = "3";
 
 constexpr std::array<QByteArrayView, 9> kTypes = {
     "begin", "folder", "intent", "partial", "copied", "aside", "outcome", "deferred", "end"};

@@ -3,8 +3,8 @@
 #include "MenuEntry.h"
 #include "MenuRenderer.h"
 #include "QuickFilterList.h"
-#include "TidyUndo.h"
 #include "ShadowDesktopMenuBuilder.h"
+#include "TidyUndo.h"
 
 #include <QImage>
 #include <QObject>
