@@ -37,8 +37,11 @@ JournalRecovery::Report AppServices::startJournal(QString *problem, bool create,
     if (qgetenv("BREVANO_JOURNAL") == "off")
         return {};
     m_engine.setJournal(&m_journal);
-    // Nothing to recover where there is no journal yet.
-    if (!create && !QFileInfo::exists(MoveJournal::defaultPath())) {
+    // Nothing to recover where there is no journal yet, and none is made
+    // before the first run; but where another Brevano holds its lock (and is
+    // about to write it), a command must know now, not move unrecorded.
+    const QString path = MoveJournal::defaultPath();
+    if (!create && !QFileInfo::exists(path) && !QFileInfo::exists(path + QStringLiteral(".lock"))) {
         m_journal.openOnFirstRun();
         return {};
     }

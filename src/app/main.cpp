@@ -93,14 +93,20 @@ int runCommand(int argc, char *argv[], QStringList args, std::optional<Window> &
     // Help and the version touch nothing, and may run beside a Brevano that
     // holds the journal.
     if (!CommandLine::runsWithoutStore(args)) {
+        // A command that moves waits for the journal (another command may be
+        // finishing); the others only look, and do not wait.
+        const bool moves = CommandLine::movesItems(args);
         QString journalProblem;
-        const JournalRecovery::Report recovered =
-            services.startJournal(&journalProblem, false, std::chrono::seconds(30));
-        if (services.journalInUseElsewhere() && CommandLine::movesItems(args)) {
+        const JournalRecovery::Report recovered = services.startJournal(
+            &journalProblem, false,
+            moves ? std::chrono::milliseconds(30000) : std::chrono::milliseconds(0));
+        const bool inUse = services.journalInUseElsewhere();
+        if (inUse && moves) {
             err << "brevano: " << journalProblem << '\n';
             return 1;
         }
-        if (!journalProblem.isEmpty())
+        // A command that only looks says so where it needs the journal.
+        if (!journalProblem.isEmpty() && !inUse)
             err << "brevano: warning: " << journalProblem << '\n';
         if (!recovered.isEmpty())
             err << recovered.line() << '\n';
@@ -122,6 +128,10 @@ InstanceChannel::Reply carryOut(const InstanceChannel::Request &request, AppServ
         delegate.applicationShouldHandleReopen();
         return {};
     }
+    // Until the command holding the journal is done, nothing is moved here
+    // unrecorded on its behalf.
+    if (CommandLine::movesItems(request.args) && services.journalInUseElsewhere())
+        return {1, {}, "brevano: another Brevano is moving items; try again when it is done\n"};
     QByteArray outBytes, errBytes;
     QTextStream out(&outBytes), err(&errBytes);
     CommandLine commandLine(services.data(), services.engine(), out, err);

@@ -58,7 +58,8 @@ MoveJournal *CliContext::journal()
     MoveJournal *journal = m_engine.journal();
     // A command in its own process opens a journal not made yet; the running
     // application opened its own at start, and never waits for it here.
-    if (journal && (journal->isOpen() || (!m_storeIsLive && journal->open())))
+    if (journal &&
+        (journal->isOpen() || (!m_storeIsLive && journal->open(std::chrono::milliseconds(0)))))
         return journal;
     QString message = QStringLiteral("the move journal is not available");
     if (journal && !journal->lastError().isEmpty())

@@ -3,7 +3,6 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "CliContext.h"
-#include "DirectoryListing.h"
 #include "FileStat.h"
 
 QString RestoreCommand::summary() const
@@ -40,7 +39,7 @@ int RestoreCommand::run(CliContext &context, const QStringList &args)
     Brevano &engine = context.engine();
     QStringList paths;
     if (all) {
-        paths = DirectoryListing::entries(engine.getTargetFilename());
+        paths = engine.shadowDesktopItems();
     } else {
         for (const QString &name : std::as_const(names))
             paths.append(context.shadowPath(name));

@@ -190,6 +190,15 @@ QStringList Brevano::desktopEntries() const
     return entries;
 }
 
+QStringList Brevano::shadowDesktopItems() const
+{
+    QStringList items = DirectoryListing::entries(getTargetFilename());
+    items.removeIf([](const QString &path) {
+        return OverwriteMover::isWorkingName(ShadowDesktopPaths::lastPathComponent(path));
+    });
+    return items;
+}
+
 void Brevano::armRetry()
 {
     m_services.scheduler.cancel(m_retry); // at most one retry is ever pending
@@ -224,13 +233,20 @@ bool Brevano::undoLastTidyInBackground()
     });
 }
 
+bool Brevano::tidyIsHeld()
+{
+    const QString why = whyTidiesWait();
+    if (why.isEmpty())
+        return false;
+    qWarning("Brevano: tidy skipped: %s", qUtf8Printable(why));
+    emit tidyHeld(why);
+    return true;
+}
+
 void Brevano::performTidyFromRequest(int request)
 {
-    if (const QString why = whyTidiesWait(); !why.isEmpty()) {
-        qWarning("Brevano: tidy skipped: %s", qUtf8Printable(why));
-        emit tidyHeld(why);
+    if (tidyIsHeld())
         return;
-    }
     if (request == TidyRequestManual || request == TidyRequestRepeat)
         delayAutomatedTidy();
     else if (request == TidyRequestScheduled && !getEnabled())
@@ -303,6 +319,9 @@ void Brevano::forEachTidyItem(
 
 void Brevano::performTidyNow()
 {
+    // An undo may have begun since this pass was announced.
+    if (tidyIsHeld())
+        return;
     m_services.scheduler.cancel(m_retry);
     m_retry = 0;
     qint64 found = 0;
@@ -379,6 +398,15 @@ void Brevano::performTidyNow()
                                    outcome.target, outcome.reason);
         }
         run.setEndTime(m_services.scheduler.now());
+    }
+    // The items moved all the same; what is lost is the undo.
+    if (const QString failure = m_journal ? m_journal->takeWriteFailure() : QString();
+        !failure.isEmpty()) {
+        qWarning("Brevano: this tidy is not recorded: %s", qUtf8Printable(failure));
+        if (notificationsAllow(true))
+            notifyUser(QStringLiteral("Tidy Not Recorded"),
+                       QStringLiteral("This tidy cannot be undone: %1").arg(failure), QString(),
+                       QStringLiteral("TidyNotRecorded"));
     }
     if (notificationsAllow(m_data.getGrowlOnComplete()) && found > 0)
         notifyUser(
@@ -537,6 +565,8 @@ FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
     if (!fileResidesInShadowDesktopRoot(path))
         return {FileMover::Status::Failed,
                 QStringLiteral("it does not lie directly in the Shadow Desktop")};
+    if (OverwriteMover::isWorkingName(ShadowDesktopPaths::lastPathComponent(path)))
+        return {FileMover::Status::Failed, QStringLiteral("it is a move under way")};
     const QString target = getOriginalPathFromShadowPath(path);
     FileMover::Result result;
     moveInRun(MoveJournal::RunKind::Restore, path, target, [&] {
@@ -552,7 +582,7 @@ FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
 
 void Brevano::restoreAllFiles(bool addToIgnore)
 {
-    const QStringList entries = DirectoryListing::entries(m_data.getShadowDesktopPath());
+    const QStringList entries = shadowDesktopItems();
     const Batch batch(*this, MoveJournal::RunKind::Restore, restoresOf(entries));
     for (const QString &entry : entries)
         restoreItemAtPath(entry, addToIgnore);
@@ -578,6 +608,8 @@ QList<JournaledRun::Move> Brevano::trashingsOf(const QStringList &paths)
 
 Trash::Result Brevano::trashItem(const QString &path)
 {
+    if (OverwriteMover::isWorkingName(ShadowDesktopPaths::lastPathComponent(path)))
+        return {false, QString(), QStringLiteral("it is a move under way")};
     Trash::Result result;
     moveInRun(MoveJournal::RunKind::Trash, path, QString(), [&] {
         result = m_services.trash.trash(path);
@@ -594,7 +626,7 @@ Trash::Result Brevano::trashItem(const QString &path)
 void Brevano::deleteShadowDesktopContents()
 {
     {
-        const QStringList entries = DirectoryListing::entries(getTargetFilename());
+        const QStringList entries = shadowDesktopItems();
         const Batch batch(*this, MoveJournal::RunKind::Trash, trashingsOf(entries));
         for (const QString &entry : entries)
             deleteItemAtPath(entry);

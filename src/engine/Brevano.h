@@ -101,6 +101,9 @@ public:
     // folder or holds the Shadow Desktop itself: tidying those would move the
     // user's whole home or the Shadow Desktop into itself.
     QStringList desktopEntries() const;
+    // What lies in the Shadow Desktop, but for items under a working name (a
+    // move under way, or one cut short that recovery is to finish).
+    QStringList shadowDesktopItems() const;
     // The same entries one at a time; visit returns false to stop the listing.
     void forEachDesktopEntry(const std::function<bool(const QString &path)> &visit) const;
 
@@ -262,6 +265,8 @@ signals:
 
 private:
     bool notificationsAllow(bool setting) const;
+    // True, having said why, when tidies wait now.
+    bool tidyIsHeld();
     // A move recorded in the open batch of its kind, or in a run of its own.
     JournaledRun::Outcome moveInRun(MoveJournal::RunKind kind, const QString &source,
                                     const QString &target,

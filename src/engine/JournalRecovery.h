@@ -34,12 +34,12 @@ public:
 
     struct Report
     {
-        int runs = 0;           // runs that were cut short
-        int finished = 0;       // moves whose copy was in place, now finished
+        int runs = 0;     // runs that were cut short
+        int finished = 0; // moves whose copy was in place, now finished
         int partialsRemoved = 0;
-        int putBack = 0;        // set-aside items given a visible name again
-        int trashed = 0;        // set-aside items trashed, their successor being in
-        QStringList problems;   // what could not be done, for people to read
+        int putBack = 0;      // set-aside items given a visible name again
+        int trashed = 0;      // set-aside items trashed, their successor being in
+        QStringList problems; // what could not be done, for people to read
         bool isEmpty() const
         {
             return runs == 0 && partialsRemoved == 0 && putBack == 0 && trashed == 0 &&

@@ -219,14 +219,19 @@ QSet<quint64> JournalRuns::beyondBounds(const QDateTime &now) const
         }
     }
 
+    // Down to half the bounds: the journal is written anew once in many runs,
+    // not at the end of every run once it is full.
     const QDateTime oldest = now.addDays(-MoveJournal::kMaxAgeDays);
+    const bool full = m_entries.size() > MoveJournal::kMaxRuns || m_bytes > MoveJournal::kMaxBytes;
+    const qsizetype maxRuns = full ? MoveJournal::kMaxRuns / 2 : MoveJournal::kMaxRuns;
+    const qint64 maxBytes = full ? MoveJournal::kMaxBytes / 2 : MoveJournal::kMaxBytes;
     qsizetype count = m_entries.size();
     qint64 bytes = m_bytes;
     QSet<quint64> dropped;
     for (const Entry &e : m_entries) {
         if (kept.contains(e.run.id))
             continue;
-        if (count > MoveJournal::kMaxRuns || bytes > MoveJournal::kMaxBytes ||
+        if (count > maxRuns || bytes > maxBytes ||
             (e.run.started.isValid() && e.run.started < oldest)) {
             dropped.insert(e.run.id);
             --count;

@@ -10,6 +10,8 @@
 
 #include <sys/stat.h>
 
+#include <utility>
+
 // The file: a header line (the format's version and the number the next run
 // takes), then records, one a line, only ever appended (JournalRecord.cpp
 // describes each line). Every line ends with a checksum, so a line cut short
@@ -115,6 +117,8 @@ public:
     std::optional<std::chrono::milliseconds> openOnFirstRun; // how long to wait for the lock then
     QString error;
     QString note;
+    QString writeFailure;   // since it was last taken
+    bool unwritten = false; // a write failed, and what it held is still in buffer
 };
 
 bool MoveJournal::Private::load()
@@ -264,8 +268,11 @@ bool MoveJournal::Private::sync()
         return true;
     if (!file.append(buffer)) {
         error = file.error();
+        writeFailure = error;
+        unwritten = true;
         return false;
     }
+    unwritten = false;
     if (buffer.capacity() > kKeptBufferBytes)
         buffer.clear();
     else
@@ -570,7 +577,14 @@ QList<MoveJournal::Run> MoveJournal::interruptedRuns() const
 std::optional<MoveJournal::Run> MoveJournal::lastUndoableTidy() const
 {
     std::lock_guard lock(d->mutex);
-    return d->isOpen ? d->runs.lastUndoableTidy() : std::nullopt;
+    // A tidy not on disk cannot be read back, and one before it is not the last.
+    return d->isOpen && !d->unwritten ? d->runs.lastUndoableTidy() : std::nullopt;
+}
+
+QString MoveJournal::takeWriteFailure()
+{
+    std::lock_guard lock(d->mutex);
+    return std::exchange(d->writeFailure, QString());
 }
 
 void MoveJournal::compact(const QDateTime &now)

@@ -48,6 +48,13 @@ public:
     // The hidden name an item in the way is moved aside under while it is
     // replaced. Unlike a partial copy, such an item is the only one of its kind.
     static constexpr const char *kAsidePrefix = ".brevano-replaced-";
+    // Whether name is one an item bears only while Brevano moves it (a
+    // partial copy, an item set aside): never an item to restore or trash.
+    static bool isWorkingName(const QString &name)
+    {
+        return name.startsWith(QLatin1String(FileMover::kPartialPrefix)) ||
+               name.startsWith(QLatin1String(kAsidePrefix));
+    }
 
     // Test hook: runs after a free name was chosen, or the item in the way was
     // moved aside, and before the move, where another program could take that name.

@@ -72,7 +72,6 @@ TidyUndo::Report TidyUndo::undoLastTidy(const QDateTime &now)
     {
         quint32 seq;
         const MoveJournal::Item *item;
-        bool there;
     };
     std::vector<Planned> planned;
     for (const MoveJournal::Item &item : recorded->items) {
@@ -84,15 +83,15 @@ TidyUndo::Report TidyUndo::undoLastTidy(const QDateTime &now)
         if (status == Status::Incomplete)
             report.split.append(item.source);
         else if (status == Status::Moved && done == earlier.cend())
-            planned.push_back({run.announce(item.target, item.source), &item,
-                               Identity::of(item.target) == item.targetIdentity});
+            planned.push_back({run.announce(item.target, item.source), &item});
     }
     run.sync();
 
-    for (const auto &[seq, item, there] : planned) {
-        run.perform(seq, [&, item = item, there = there]() -> JournaledRun::Outcome {
-            // Gone, or something else has taken its name since: never looked for elsewhere.
-            if (!there) {
+    for (const auto &[seq, item] : planned) {
+        run.perform(seq, [&, item = item]() -> JournaledRun::Outcome {
+            // Gone, or something else has taken its name since: never looked
+            // for elsewhere. Asked just before its move, as the undo may be long.
+            if (Identity::of(item->target) != item->targetIdentity) {
                 report.notThere.append(item->target);
                 return {Status::Skipped, item->target, QStringLiteral("not where the tidy put it")};
             }

@@ -355,9 +355,13 @@ bool removeTree(const QByteArray &path)
 struct Leftovers
 {
     QStringList changed;     // appeared or changed during the copy
+    QStringList notInCopy;   // gone from the copy, or not as copied, before the source went
     QStringList unremovable; // with the reason
 
-    bool isEmpty() const { return changed.isEmpty() && unremovable.isEmpty(); }
+    bool isEmpty() const
+    {
+        return changed.isEmpty() && notInCopy.isEmpty() && unremovable.isEmpty();
+    }
     QString text() const
     {
         const auto list = [](const QStringList &paths) {
@@ -370,15 +374,30 @@ struct Leftovers
         QStringList parts;
         if (!changed.isEmpty())
             parts.append(QStringLiteral("what changed during the copy stays: ") + list(changed));
+        if (!notInCopy.isEmpty())
+            parts.append(QStringLiteral("what the copy no longer holds stays: ") + list(notInCopy));
         if (!unremovable.isEmpty())
             parts.append(QStringLiteral("could not be removed: ") + list(unremovable));
         return parts.join(QStringLiteral("; "));
     }
 };
 
-// Removes from the source what was copied and is unchanged since, entry by
-// entry through folder descriptors; a folder goes only when it is empty then.
-void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relative, Leftovers &left)
+// Whether the copy's counterpart of an entry (copyName in copyParent) is still
+// there as it was copied: of the same kind and, for a file, the same size.
+// Something else may have moved into the copy's folder since it was placed.
+bool stillInCopy(int copyParent, const QByteArray &copyName, const Snapshot &copied)
+{
+    struct stat info;
+    return ::fstatat(copyParent, copyName.constData(), &info, AT_SYMLINK_NOFOLLOW) == 0 &&
+           mode_t(info.st_mode & S_IFMT) == copied.type &&
+           (copied.type != S_IFREG || info.st_size == copied.size);
+}
+
+// Removes from the source what was copied, is unchanged since and is still in
+// the copy (copyName in copyParent), entry by entry through folder
+// descriptors; a folder goes only when it is empty then.
+void removeCopied(int parent, int copyParent, const QByteArray &copyName, const CopiedEntry &entry,
+                  const QByteArray &relative, Leftovers &left)
 {
     const auto unremovable = [&](int error) {
         left.unremovable.append(QStringLiteral("%1 (%2)").arg(shown(relative), errorText(error)));
@@ -391,21 +410,27 @@ void removeCopied(int parent, const CopiedEntry &entry, const QByteArray &relati
     }
     if (!entry.snapshot.unchanged(now))
         return left.changed.append(shown(relative));
+    if (!stillInCopy(copyParent, copyName, entry.snapshot))
+        return left.notInCopy.append(shown(relative));
     if (entry.snapshot.type != S_IFDIR) {
         if (::unlinkat(parent, entry.name.constData(), 0) != 0)
             unremovable(errno);
         return;
     }
-    const Descriptor folder(
-        ::openat(parent, entry.name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    constexpr int kFolder = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    const Descriptor folder(::openat(parent, entry.name.constData(), kFolder));
     if (!folder.isValid())
         return unremovable(errno);
     if (::fstat(folder.get(), &now) != 0 || !entry.snapshot.sameItem(now))
         return left.changed.append(shown(relative));
+    const Descriptor copyFolder(::openat(copyParent, copyName.constData(), kFolder));
+    if (!copyFolder.isValid())
+        return left.notInCopy.append(shown(relative));
     QSet<QByteArray> copied;
     for (const CopiedEntry &child : entry.children) {
         copied.insert(child.name);
-        removeCopied(folder.get(), child, relative + '/' + child.name, left);
+        removeCopied(folder.get(), copyFolder.get(), child.name, child, relative + '/' + child.name,
+                     left);
     }
     if (::unlinkat(parent, entry.name.constData(), AT_REMOVEDIR) == 0)
         return;
@@ -616,8 +641,14 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
             ::open(splitPath(target).first.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder.isValid())
         ::fsync(folder.get());
+    const auto [targetFolder, targetName] = splitPath(target);
+    const Descriptor placed(::open(targetFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!placed.isValid()) // the copy cannot be checked: the source stays whole
+        return {FileMover::Status::Incomplete,
+                QStringLiteral("copied to %1, but %2 stays: %3")
+                    .arg(shown(target), shown(source), errorText(errno))};
     Leftovers left;
-    removeCopied(parent.get(), copied, sourceName, left);
+    removeCopied(parent.get(), placed.get(), targetName, copied, sourceName, left);
     return copiedExcept(left, target, sourceFolder);
 }
 

@@ -1,4 +1,5 @@
 #include "CliRun.h"
+#include "MoveJournal.h"
 #include "SandboxHome.h"
 
 #include <QStandardPaths>
@@ -22,6 +23,7 @@ private slots:
     void anotherWritersFileKeepsEveryValue();
     void openWithoutTheTrayApplication();
     void openStartsOrAsksTheTrayApplication();
+    void commandsThatOnlyLookNeverWaitForTheJournal();
 
 private:
     static Result run(const QStringList &args, const QString &workingDirectory = QString())
@@ -237,7 +239,8 @@ void tst_Cli::openWithoutTheTrayApplication()
 {
     const Result bogus = run({"open", "bogus"});
     QCOMPARE(bogus.status, 2);
-    QVERIFY2(bogus.err.contains(u"\"bogus\"") && bogus.err.contains(u"panel, menu, restore, about, preferences, tutorial"),
+    QVERIFY2(bogus.err.contains(u"\"bogus\"") &&
+                 bogus.err.contains(u"panel, menu, restore, about, preferences, tutorial"),
              qPrintable(bogus.err));
     QCOMPARE(run({"open"}).status, 2);
 
@@ -286,6 +289,21 @@ void tst_Cli::openStartsOrAsksTheTrayApplication()
     app.terminate();
     QVERIFY(app.waitForFinished(30000));
     QCOMPARE(app.exitCode(), 0);
+}
+
+// Another Brevano (here, this test) holds the journal while it moves items.
+void tst_Cli::commandsThatOnlyLookNeverWaitForTheJournal()
+{
+    MoveJournal held(MoveJournal::defaultPath());
+    QVERIFY(held.open(std::chrono::milliseconds(0)));
+    Result r = run({"status"});
+    QCOMPARE(r.status, 0);
+    QVERIFY2(r.err.isEmpty(), qPrintable(r.err));
+    r = run({"history"});
+    QCOMPARE(r.status, 1);
+    QVERIFY2(r.err.startsWith("brevano: the move journal is not available: ") &&
+                 r.err.contains("in use"),
+             qPrintable(r.err));
 }
 
 QTEST_GUILESS_MAIN(tst_Cli)

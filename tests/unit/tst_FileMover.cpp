@@ -171,6 +171,25 @@ void tst_FileMover::whatChangesDuringTheCopyStaysAtTheSource()
     const auto moved = fingerprint(other.path() + "/Folder");
     QVERIFY(moved.contains("/sub/kept.txt") && moved.contains("/sub/deeper/b.bin") &&
             moved.contains("/dangling") && !moved.contains("/sub/saved.txt"));
+
+    // What something else takes out of the copy before the source goes (as
+    // another move would, from the copy under its hidden name) stays at the
+    // source: the only whole one left.
+    makeTree(sandbox, "Desktop/Again");
+    sandbox.write("Desktop/Again/sub/kept.txt", "kept");
+    const QString again = sandbox.desktop() + "/Again";
+    FileMover::setFaultHookForTesting([&](const QString &stage, const QString &) {
+        if (stage == u"copied")
+            for (const QString &name :
+                 QDir(other.path()).entryList(QDir::Hidden | QDir::AllEntries))
+                if (name.startsWith(FileMover::kPartialPrefix))
+                    QFile::remove(other.path() + "/" + name + "/sub/kept.txt");
+        return true;
+    });
+    const FileMover::Result taken = FileMover::move(again, other.path() + "/Again");
+    QCOMPARE(taken.status, FileMover::Status::Incomplete);
+    QVERIFY2(taken.message.contains("Again/sub/kept.txt"), qPrintable(taken.message));
+    QCOMPARE(fingerprint(again).keys(), (QStringList{".", "/sub", "/sub/kept.txt"}));
 }
 
 void tst_FileMover::fullDiskLeavesNothingBehind()

@@ -2,6 +2,7 @@
 #include "JournalLine.h"
 #include "MoveJournal.h"
 #include "SandboxHome.h"
+#include "TmpfsMount.h"
 
 #include <QtTest>
 
@@ -489,11 +490,12 @@ void tst_MoveJournal::compactionKeepsWithinBounds()
         wholeRun(journal, Kind::Tidy, now.addDays(-29), 0); // the newest tidy moved nothing
         for (int i = 0; i < 99; ++i)
             wholeRun(journal, Kind::Restore, now);
-        // Ending runs kept 100: the oldest restores gave way, not the run
-        // cut short, the tidies, nor the undo.
+        // The 101st run's end made room down to half the bound, at once: the
+        // too old and the oldest restores gave way, not the run cut short,
+        // the tidies, nor the undo. Three restores have ended since.
         const QList<quint64> kept = {interrupted, tidy, tidy + 1, tidy + 2};
-        QCOMPARE(journal.runs().size(), 100);
-        QCOMPARE(ids(journal.runs()).mid(0, 5), kept + QList<quint64>{tidy + 6});
+        QCOMPARE(journal.runs().size(), 53);
+        QCOMPARE(ids(journal.runs()).mid(0, 5), kept + QList<quint64>{tidy + 53});
         QCOMPARE(journal.runs().last().id, tidy + 101);
         // A month on, only those are left.
         journal.compact(now.addDays(31));
@@ -598,6 +600,27 @@ void tst_MoveJournal::anUnwritableJournalIsHarmless()
     QVERIFY(!journal.run(run));
     QVERIFY(journal.interruptedRuns().isEmpty());
     QVERIFY(!journal.lastUndoableTidy());
+
+    // A disk that fills up: the failure is told once, and the tidy before the
+    // one that could not be written is not taken for the last.
+    TmpfsMount small(QStringLiteral("64k"));
+    REQUIRE_TMPFS(small);
+    Journal full(small.path() + "/Brevano.journal");
+    QVERIFY(full.open(0ms));
+    wholeRun(full, Kind::Tidy, now);
+    QVERIFY(full.lastUndoableTidy());
+    QVERIFY(full.takeWriteFailure().isEmpty());
+    QFile filler(small.path() + "/filler");
+    QVERIFY(filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (filler.write(QByteArray(4096, 'x')) > 0)
+        ;
+    wholeRun(full, Kind::Tidy, now, 150);
+    QVERIFY(!full.takeWriteFailure().isEmpty());
+    QVERIFY(full.takeWriteFailure().isEmpty());
+    QVERIFY(!full.lastUndoableTidy());
+    QVERIFY(filler.remove());
+    QVERIFY(full.sync()); // written once there is room again
+    QCOMPARE(full.lastUndoableTidy()->moved, 150);
 }
 
 QTEST_GUILESS_MAIN(tst_MoveJournal)
