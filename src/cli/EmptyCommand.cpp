@@ -3,7 +3,6 @@
 #include "AlertPresenter.h"
 #include "Brevano.h"
 #include "CliContext.h"
-#include "DirectoryListing.h"
 #include "ShadowDesktopQuestions.h"
 
 #include <unistd.h>
@@ -48,7 +47,7 @@ int EmptyCommand::run(CliContext &context, const QStringList &args)
         return *answered;
     context.loadStore();
     context.engine().deleteShadowDesktopContents();
-    const qsizetype left = DirectoryListing::entries(context.engine().getTargetFilename()).size();
+    const qsizetype left = context.engine().shadowDesktopItems().size();
     if (left > 0)
         return context.fail(QStringLiteral("%1 items could not be moved to the Trash").arg(left),
                             CliContext::Failed);

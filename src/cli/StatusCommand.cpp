@@ -3,7 +3,6 @@
 #include "Brevano.h"
 #include "BrevanoData.h"
 #include "CliContext.h"
-#include "DirectoryListing.h"
 #include "OperationMode.h"
 #include "StatusDisplay.h"
 
@@ -42,8 +41,7 @@ int StatusCommand::run(CliContext &context, const QStringList &args)
                   << "last-tidy: "
                   << data.getLastTidyTime().toUTC().toString(u"yyyy-MM-ddTHH:mm:ssZ") << '\n'
                   << "next: " << next << '\n'
-                  << "items: " << DirectoryListing::entries(engine.getTargetFilename()).size()
-                  << '\n';
+                  << "items: " << engine.shadowDesktopItems().size() << '\n';
     // Without this line nobody would know why the Desktop is no longer tidied.
     if (OperationMode::tidies(data.getOperationMode()))
         context.out() << "mode: basic\n";

@@ -322,6 +322,10 @@ void Brevano::performTidyNow()
     // An undo may have begun since this pass was announced.
     if (tidyIsHeld())
         return;
+    // What went unrecorded before (a restore, a drop) is not this tidy's to tell.
+    if (const QString earlier = m_journal ? m_journal->takeWriteFailure() : QString();
+        !earlier.isEmpty())
+        qWarning("Brevano: moves were not recorded: %s", qUtf8Printable(earlier));
     m_services.scheduler.cancel(m_retry);
     m_retry = 0;
     qint64 found = 0;
@@ -566,7 +570,8 @@ FileMover::Result Brevano::restoreItem(const QString &path, bool addToIgnore)
         return {FileMover::Status::Failed,
                 QStringLiteral("it does not lie directly in the Shadow Desktop")};
     if (OverwriteMover::isWorkingName(ShadowDesktopPaths::lastPathComponent(path)))
-        return {FileMover::Status::Failed, QStringLiteral("it is a move under way")};
+        return {FileMover::Status::Failed,
+                QStringLiteral("its name is one Brevano gives an item only while moving it")};
     const QString target = getOriginalPathFromShadowPath(path);
     FileMover::Result result;
     moveInRun(MoveJournal::RunKind::Restore, path, target, [&] {
@@ -609,7 +614,8 @@ QList<JournaledRun::Move> Brevano::trashingsOf(const QStringList &paths)
 Trash::Result Brevano::trashItem(const QString &path)
 {
     if (OverwriteMover::isWorkingName(ShadowDesktopPaths::lastPathComponent(path)))
-        return {false, QString(), QStringLiteral("it is a move under way")};
+        return {false, QString(),
+                QStringLiteral("its name is one Brevano gives an item only while moving it")};
     Trash::Result result;
     moveInRun(MoveJournal::RunKind::Trash, path, QString(), [&] {
         result = m_services.trash.trash(path);

@@ -12,8 +12,8 @@ QString ownCopy(const QString &text)
 
 } // namespace
 
-DroppedItemsMover::DroppedItemsMover(MoveJournal *journal, MoveFunction move, QObject *parent)
-    : QObject(parent), m_journal(journal), m_move(std::move(move))
+DroppedItemsMover::DroppedItemsMover(MoveFunction move, QObject *parent)
+    : QObject(parent), m_move(std::move(move))
 {
 }
 
@@ -34,7 +34,7 @@ void DroppedItemsMover::setMoveHookForTesting(std::function<void(const QString &
     m_hook = std::move(hook);
 }
 
-void DroppedItemsMover::add(const QList<Move> &moves)
+void DroppedItemsMover::add(const QList<Move> &moves, MoveJournal *journal)
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -43,7 +43,7 @@ void DroppedItemsMover::add(const QList<Move> &moves)
             if (m_pending.contains(move.source))
                 continue;
             m_pending.insert(move.source);
-            m_moves.push_back({{ownCopy(move.source), ownCopy(move.target)}, m_drops});
+            m_moves.push_back({{ownCopy(move.source), ownCopy(move.target)}, m_drops, journal});
         }
         // One thread, started with the first drop, moves everything.
         if (!m_worker.joinable() && !m_moves.empty())
@@ -78,6 +78,7 @@ void DroppedItemsMover::work()
         Step step;
         step.move = std::move(m_moves.front().move);
         const quint64 drop = m_moves.front().drop;
+        MoveJournal *const journal = m_moves.front().journal;
         m_moves.pop_front();
         Step started;
         started.move = {ownCopy(step.move.source), ownCopy(step.move.target)};
@@ -86,7 +87,7 @@ void DroppedItemsMover::work()
         lock.unlock();
         if (!run || runDrop != drop) {
             endRun();
-            run = std::make_unique<JournaledRun>(m_journal, MoveJournal::RunKind::Drop, QString(),
+            run = std::make_unique<JournaledRun>(journal, MoveJournal::RunKind::Drop, QString(),
                                                  QDateTime::currentDateTimeUtc());
             runDrop = drop;
         }

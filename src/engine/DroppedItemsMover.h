@@ -35,17 +35,16 @@ public:
     using MoveFunction = std::function<FileMover::Result(const QString &source,
                                                          const QString &target, JournaledRun &run)>;
 
-    // journal: where the runs are recorded (safe to use from the mover's
-    // thread); null for none.
-    DroppedItemsMover(MoveJournal *journal, MoveFunction move, QObject *parent = nullptr);
+    explicit DroppedItemsMover(MoveFunction move, QObject *parent = nullptr);
     // Takes no more: the move under way is finished (a move is never cut
     // short, so no half copy is left) and waited for; those not begun stay
     // where they are, and nothing more is reported.
     ~DroppedItemsMover() override;
 
-    // Queues the moves of one drop behind those before it. An item already
+    // Queues the moves of one drop behind those before it, to be recorded as
+    // one run in journal (thread-safe; null for none). An item already
     // waiting or moving is left out: it is moved once.
-    void add(const QList<Move> &moves);
+    void add(const QList<Move> &moves, MoveJournal *journal);
     // Moves added and not reported yet.
     bool isBusy() const { return !m_pending.isEmpty(); }
     // Test hook: called on the mover's thread with each source before it is
@@ -72,9 +71,9 @@ private:
     {
         Move move;
         quint64 drop = 0; // which add() it came with
+        MoveJournal *journal = nullptr;
     };
 
-    MoveJournal *const m_journal;
     const MoveFunction m_move;
     std::function<void(const QString &)> m_hook;
     QSet<QString> m_pending; // sources added and not reported as moved

@@ -467,8 +467,10 @@ QString MoveJournal::openingNote() const
 quint64 MoveJournal::beginRun(RunKind kind, const QString &detail, const QDateTime &time)
 {
     std::lock_guard lock(d->mutex);
-    if (!d->isOpen && !(d->openOnFirstRun && d->open(*d->openOnFirstRun)))
+    if (!d->isOpen && !(d->openOnFirstRun && d->open(*d->openOnFirstRun))) {
+        d->writeFailure = d->error.isEmpty() ? QStringLiteral("the journal is not open") : d->error;
         return 0;
+    }
     const quint64 run = d->nextRun++;
     d->add({.type = JournalRecord::Type::Begin,
             .run = run,

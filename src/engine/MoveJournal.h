@@ -128,8 +128,9 @@ public:
     // journal: it is moving items, and nothing should move here until it is done.
     bool isInUseElsewhere() const;
     QString lastError() const;
-    // Why writing failed since this was last asked (a full disk, say), once;
-    // empty when it did not. Until a later write succeeds, no tidy is undoable.
+    // Why a run could not be recorded since this was last asked (a full
+    // disk, a journal that could not be opened), once; empty when all was.
+    // Until a later write succeeds, no tidy is undoable.
     QString takeWriteFailure();
     // What open() had to do with the file ("the journal was damaged and is
     // kept as ...bad"), if anything; or run() or compaction, when they found

@@ -738,8 +738,7 @@ void PanelController::fileDeletedAtRow(const QString &path)
 
 void PanelController::setUpDragAndDrop()
 {
-    m_dropMover = std::make_unique<DroppedItemsMover>(m_engine.journal(),
-                                                      &Brevano::doMoveFileFromWithoutReplacing);
+    m_dropMover = std::make_unique<DroppedItemsMover>(&Brevano::doMoveFileFromWithoutReplacing);
     connect(m_dropMover.get(), &DroppedItemsMover::moveStarted, this,
             [this](const QString &path, const QString &target) {
                 showStatus(
@@ -863,28 +862,21 @@ bool PanelController::tableViewAcceptDrop(const QStringList &paths,
 {
     if (!tableViewValidateDrop(paths, place))
         return false;
-    const QString folder = dropFolder(place);
-    for (const QString &path : paths) {
-        if (place.onRow)
-            moveFile(path, folder);
-        else
-            moveFileIntoCurrentlyDisplayedFolder(path);
-    }
+    moveFiles(paths, dropFolder(place));
     // Not accepted, whatever moves: the source is never to delete anything.
     return false;
 }
 
-void PanelController::moveFileIntoCurrentlyDisplayedFolder(const QString &path)
+// One drop, queued behind the drops before it: one run of the journal.
+void PanelController::moveFiles(const QStringList &paths, const QString &folder)
 {
-    moveFile(path, m_currentPath);
-}
-
-// Queued behind the drops before it.
-void PanelController::moveFile(const QString &path, const QString &folder)
-{
-    const QString target = folder + u'/' + path.mid(path.lastIndexOf(u'/') + 1);
-    if (target != path)
-        m_dropMover->add({{path, target}});
+    QList<DroppedItemsMover::Move> moves;
+    for (const QString &path : paths) {
+        const QString target = folder + u'/' + path.mid(path.lastIndexOf(u'/') + 1);
+        if (target != path)
+            moves.append({path, target});
+    }
+    m_dropMover->add(moves, m_engine.journal());
 }
 
 // A taken name leaves the item where it was, and the status line says so.

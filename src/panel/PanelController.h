@@ -202,8 +202,7 @@ private:
     void lookForDraggedBackFiles(int checksLeft);
     void askToIgnoreDraggedBackFiles(const QStringList &desktopPaths);
     QString dropFolder(const PanelTableView::DropPlace &place) const;
-    void moveFileIntoCurrentlyDisplayedFolder(const QString &path);
-    void moveFile(const QString &path, const QString &folder);
+    void moveFiles(const QStringList &paths, const QString &folder);
     void dropMoveEnded(const QString &path, const QString &target, const FileMover::Result &result);
     void dropsMoved();
 

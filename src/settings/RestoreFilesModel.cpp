@@ -2,6 +2,7 @@
 
 #include "Brevano.h"
 #include "DirectoryListing.h"
+#include "OverwriteMover.h"
 
 void RestoreFilesModel::rebuildData(const QString &shadowDesktop)
 {
@@ -10,6 +11,8 @@ void RestoreFilesModel::rebuildData(const QString &shadowDesktop)
     m_sortedFilenames.clear();
     for (const QString &path : DirectoryListing::entries(shadowDesktop)) {
         const QString name = path.mid(path.lastIndexOf(u'/') + 1);
+        if (OverwriteMover::isWorkingName(name))
+            continue;
         m_sortedFilenames.append(name);
         m_checkStatus.insert(name, false);
     }

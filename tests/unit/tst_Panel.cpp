@@ -1169,24 +1169,26 @@ private slots:
         QCOMPARE(preferences.value(0).value(0).toString(), QString("OpenPreferences"));
     }
 
+    // A drop of two items is one run, and the action menu's first line tells it.
     void actionMenuTellsWhatTheLastRunDid()
     {
         PanelFixture p;
         JournalFixture j;
         p.f.engine.setJournal(&j.journal);
+        p.open();
         QMenu *menu = p.panel->actionMenu();
         emit menu->aboutToShow();
         QVERIFY(!menu->actions().first()->isVisible());
 
-        j.recordTidy({p.f.desktopItem("a.txt")}, p.f.sandbox.shadowDesktop());
-        const quint64 restore =
-            j.journal.beginRun(MoveJournal::RunKind::Restore, {}, QDateTime::currentDateTimeUtc());
-        j.journal.endRun(restore, QDateTime::currentDateTimeUtc());
+        Dropping two(p, {FileNames::toUrl(p.f.desktopItem("memo.txt")),
+                         FileNames::toUrl(p.f.desktopItem("plan.txt"))});
+        two.dropAt(two.at("photo.png", true));
+        QCOMPARE(j.journal.runs().size(), 1);
         emit menu->aboutToShow();
         QAction *line = menu->actions().first();
         QVERIFY(line->isVisible());
         QVERIFY(!line->isEnabled());
-        QVERIFY2(line->text().endsWith(u"  restore: moved 0, failed 0, deferred 0"),
+        QVERIFY2(line->text().endsWith(u"  drop: moved 2, failed 0, deferred 0"),
                  qPrintable(line->text()));
     }
 };

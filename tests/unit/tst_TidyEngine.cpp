@@ -718,10 +718,11 @@ void tst_TidyEngine::everyRunIsJournaled()
     QVERIFY(f.engine.deleteItemAtPath(shadow + "/Report.pdf"));
     {
         // The items of one drop are one run.
-        DroppedItemsMover mover(&journal, &Brevano::doMoveFileFromWithoutReplacing);
+        DroppedItemsMover mover(&Brevano::doMoveFileFromWithoutReplacing);
         QSignalSpy dropped(&mover, &DroppedItemsMover::finished);
         mover.add({{f.sandbox.desktop() + "/Folder", shadow + "/Folder"},
-                   {f.desktopItem("dropped.txt"), shadow + "/dropped.txt"}});
+                   {f.desktopItem("dropped.txt"), shadow + "/dropped.txt"}},
+                  &journal);
         QVERIFY(dropped.wait());
     }
     QList<MoveJournal::Run> runs = journal.runs();
@@ -751,5 +752,14 @@ void tst_TidyEngine::everyRunIsJournaled()
     g.engine.performManualTidy();
     QVERIFY(QFile::exists(g.sandbox.desktop() + "/fresh.txt"));
     QVERIFY(quiet.runs().isEmpty());
+    QVERIFY(!g.notifier.identifiers().contains("TidyNotRecorded"));
+
+    // A tidy the journal cannot record still moves, and says it cannot be undone.
+    MoveJournal unwritable(g.sandbox.write("file", "not a folder") + "/Brevano.journal");
+    g.engine.setJournal(&unwritable);
+    g.desktopItem("old.txt");
+    g.engine.performManualTidy();
+    QVERIFY(!QFile::exists(g.sandbox.desktop() + "/old.txt"));
+    QVERIFY(g.notifier.identifiers().contains("TidyNotRecorded"));
     g.engine.setJournal(nullptr);
 }
