@@ -627,13 +627,12 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
     if (g_faultHook && !g_faultHook(QStringLiteral("copied"), FileNames::decode(source)))
         return discardPartial(
             {FileMover::Status::Failed, QStringLiteral("stopped by the test hook")});
-    if (t_observer) {
-        struct stat copyInfo;
-        if (::lstat(partial.constData(), &copyInfo) != 0)
-            return discardPartial(failed(shown(partial), errno));
+    struct stat copyInfo;
+    if (::lstat(partial.constData(), &copyInfo) != 0)
+        return discardPartial(failed(shown(partial), errno));
+    if (t_observer)
         t_observer->willPlace(FileNames::decode(partial), quint64(copyInfo.st_dev),
                               quint64(copyInfo.st_ino));
-    }
     if (atomicMove(partial.constData(), target.constData()) != 0)
         return discardPartial(failed(shown(target), errno));
     // Make the new name durable before the source goes away.
@@ -641,12 +640,19 @@ FileMover::Result moveAcrossFileSystems(const QByteArray &source, const QByteArr
             ::open(splitPath(target).first.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
         folder.isValid())
         ::fsync(folder.get());
+    if (g_faultHook)
+        g_faultHook(QStringLiteral("placed"), FileNames::decode(source));
+    // What lies at target must still be the copy we placed there; if not
+    // (or it cannot be told), the source stays whole.
     const auto [targetFolder, targetName] = splitPath(target);
     const Descriptor placed(::open(targetFolder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!placed.isValid()) // the copy cannot be checked: the source stays whole
+    struct stat placedInfo;
+    if (!placed.isValid() ||
+        ::fstatat(placed.get(), targetName.constData(), &placedInfo, AT_SYMLINK_NOFOLLOW) != 0 ||
+        placedInfo.st_dev != copyInfo.st_dev || placedInfo.st_ino != copyInfo.st_ino)
         return {FileMover::Status::Incomplete,
-                QStringLiteral("copied to %1, but %2 stays: %3")
-                    .arg(shown(target), shown(source), errorText(errno))};
+                QStringLiteral("copied to %1, but %2 stays: the copy is no longer there as placed")
+                    .arg(shown(target), shown(source))};
     Leftovers left;
     removeCopied(parent.get(), placed.get(), targetName, copied, sourceName, left);
     return copiedExcept(left, target, sourceFolder);

@@ -39,6 +39,8 @@ public:
     // copied" after each entry of the source (path) was copied, a folder after
     // everything in it, and at "copied" when the whole copy is there, before
     // it is renamed into place. Returning false fails the move at that point.
+    // Last, at "placed" once the copy is in place, before the source goes
+    // (its answer is not asked for there: nothing can be taken back).
     using FaultHook = std::function<bool(const QString &stage, const QString &path)>;
 
     // Told what a move across file systems is about to do, on the thread that

@@ -3,6 +3,7 @@
 #include "SandboxHome.h"
 #include "TmpfsMount.h"
 
+#include <QProcess>
 #include <QtTest>
 
 #include <fcntl.h>
@@ -190,6 +191,21 @@ void tst_FileMover::whatChangesDuringTheCopyStaysAtTheSource()
     QCOMPARE(taken.status, FileMover::Status::Incomplete);
     QVERIFY2(taken.message.contains("Again/sub/kept.txt"), qPrintable(taken.message));
     QCOMPARE(fingerprint(again).keys(), (QStringList{".", "/sub", "/sub/kept.txt"}));
+
+    // Something else has the target's name once the copy is placed (here a
+    // copy of the copy, alike in every entry): the source stays whole.
+    makeTree(sandbox, "Desktop/Third");
+    const QString third = sandbox.desktop() + "/Third";
+    const auto whole = fingerprint(third);
+    FileMover::setFaultHookForTesting([&](const QString &stage, const QString &) {
+        if (stage == u"placed") {
+            QDir().rename(other.path() + "/Third", other.path() + "/Third moved");
+            QProcess::execute("cp", {"-a", other.path() + "/Third moved", other.path() + "/Third"});
+        }
+        return true;
+    });
+    QCOMPARE(FileMover::move(third, other.path() + "/Third").status, FileMover::Status::Incomplete);
+    QCOMPARE(fingerprint(third), whole);
 }
 
 void tst_FileMover::fullDiskLeavesNothingBehind()
