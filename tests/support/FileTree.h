@@ -8,6 +8,13 @@
 
 #include <unistd.h>
 
+// A file's bytes; empty when it cannot be read.
+inline QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 // The link's own text, not the path it resolves to.
 inline QString rawLinkTarget(const QString &path)
 {

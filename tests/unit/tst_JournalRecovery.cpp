@@ -21,12 +21,6 @@ namespace {
 
 const QDateTime kStart = QDateTime::currentDateTimeUtc();
 
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 // Our hidden names left in a folder.
 QStringList hiddenNamesIn(const QString &folder)
 {

@@ -1,4 +1,5 @@
 #include "FileNames.h"
+#include "FileTree.h"
 #include "JournalLine.h"
 #include "MoveJournal.h"
 #include "SandboxHome.h"
@@ -12,12 +13,6 @@ using Status = MoveJournal::ItemStatus;
 using Kind = MoveJournal::RunKind;
 
 namespace {
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 void writeContents(const QString &path, const QByteArray &bytes)
 {
